@@ -1,0 +1,108 @@
+#include "fileprops/property_file.h"
+
+#include <iostream>
+#include <sstream>
+
+#include "fileprops/text_file.h"
+
+namespace {
+
+// A leading decimal int as stream extraction reads it: a text without a
+// number gives 0, one beyond int the nearest int limit.
+int extract_int(const std::string& text) {
+    int number = 0;
+    std::istringstream(text) >> number;
+    return number;
+}
+
+bool is_blank(const std::string& text) {
+    return text.find_first_not_of(" \t\n\v\f\r") == std::string::npos;
+}
+
+}  // namespace
+
+property_file<int>::property_file(const std::string& name, const std::string& path, int min,
+                                  int max)
+    : property(name), path(path), min(min), max(max) {
+    read_update();
+}
+
+property_file<int>::~property_file() = default;
+
+bool property_file<int>::read_update() {
+    valid = false;
+    std::string word;
+    if (!read_first_word(path, &word)) {
+        std::cerr << "open " << path << " failed." << std::endl;
+        return false;
+    }
+    value = extract_int(word);
+    if (value < min || value > max) {
+        std::cerr << "current value " << value << " is not valid, valid range = " << min << " ~ "
+                  << max << std::endl;
+        return false;
+    }
+    valid = true;
+    return true;
+}
+
+bool property_file<int>::get(std::string& out) {
+    if (!valid)
+        return false;
+    out = std::to_string(value);
+    return true;
+}
+
+void property_file<int>::warn_about_range(const std::string& text, int bound) {
+    std::cerr << "apply current value " << value << " to " << text << "is limited to " << bound
+              << std::endl;
+}
+
+bool property_file<int>::set(const std::string& text) {
+    if (!valid)
+        return false;
+    const bool relative = text.size() > 1 && (text[0] == '-' || text[0] == '+');
+    const std::string number_text = relative ? text.substr(1) : text;
+    if (is_blank(number_text)) {
+        std::cerr << "failed to parse value " << text << std::endl;
+        return false;
+    }
+    const long long number = extract_int(number_text);
+
+    if (relative) {
+        // A negative amount turns the direction round ("+-5" acts as "-5"),
+        // so the stored value stays within min..max.
+        const long long delta = text[0] == '+' ? number : -number;
+        if (delta < 0 && value - static_cast<long long>(min) < -delta) {
+            warn_about_range(text, min);
+            value = min;
+        } else if (delta > 0 && static_cast<long long>(max) - value < delta) {
+            warn_about_range(text, max);
+            value = max;
+        } else {
+            value = static_cast<int>(value + delta);
+        }
+        return commit();
+    }
+
+    int result = static_cast<int>(number);
+    if (number < min) {
+        result = min > max ? max : min;
+        warn_about_range(text, result);
+    } else if (number > max) {
+        result = max;
+        warn_about_range(text, max);
+    }
+    value = result;
+    return commit();
+}
+
+bool property_file<int>::commit() {
+    if (!valid)
+        return false;
+    if (!write_text(path, std::to_string(value))) {
+        std::cerr << "open " << path << " failed." << std::endl;
+        return false;
+    }
+    return true;
+}

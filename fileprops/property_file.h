@@ -1,0 +1,33 @@
+// A property kept as one decimal integer in a kernel text file.
+#ifndef PADKIT_PROPERTY_FILE_H
+#define PADKIT_PROPERTY_FILE_H
+
+#include <string>
+
+#include "properties/property.h"
+
+template <typename T>
+class property_file;
+
+// The file is read once, at construction; every accepted write rewrites it.
+template <>
+class property_file<int> : public property {
+public:
+    property_file(const std::string& name, const std::string& path, int min, int max);
+    ~property_file() override;
+
+    bool set(const std::string& value) override;
+    bool get(std::string& value) override;
+
+    virtual bool read_update();
+    virtual bool commit();
+    virtual void warn_about_range(const std::string& text, int bound);
+
+    std::string path;
+    int value = 0;
+    int min;
+    int max;
+    bool valid = false;
+};
+
+#endif

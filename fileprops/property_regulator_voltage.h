@@ -1,0 +1,35 @@
+// The output voltage of a Linux regulator, through its sysfs directory.
+#ifndef PADKIT_PROPERTY_REGULATOR_VOLTAGE_H
+#define PADKIT_PROPERTY_REGULATOR_VOLTAGE_H
+
+#include <cstdint>
+#include <string>
+
+#include "properties/property.h"
+
+// Reads microvolts; writes microvolts or a percentage of the voltage found at
+// first use, rounded up to 10 mV and refused outside the regulator's limits.
+class property_regulator_voltage : public property {
+public:
+    property_regulator_voltage(const std::string& name, const std::string& path, double pct_min,
+                               double pct_max);
+    ~property_regulator_voltage() override;
+
+    bool set(const std::string& value) override;
+    bool get(std::string& value) override;
+
+    std::string path;
+    double pct_min;
+    double pct_max;
+    uint32_t min_uv = 0;
+    uint32_t max_uv = 0;
+    bool limits_loaded = false;
+    uint32_t base_uv = 0;
+
+private:
+    bool _fileintread(const std::string& file, int* out);
+    bool _fileintwrite(const std::string& file, int n);
+    bool _load_limits();
+};
+
+#endif

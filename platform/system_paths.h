@@ -1,0 +1,11 @@
+// Where the program finds the files of the system it runs on.
+#ifndef PADKIT_SYSTEM_PATHS_H
+#define PADKIT_SYSTEM_PATHS_H
+
+#include <string>
+
+// The path to open for an absolute path of the board (lock file, debugfs,
+// sysfs). The board itself uses the paths as they are.
+std::string system_path(const std::string& path);
+
+#endif

@@ -1,0 +1,143 @@
+#include "properties/property.h"
+
+#include <iostream>
+#include <stdexcept>
+#include <vector>
+
+int property::number_mode = 0;
+
+property::property(const std::string& name, bool delete_on_unregister)
+    : name(name), delete_on_unregister(delete_on_unregister) {}
+
+property::~property() = default;
+
+void property::get_help(std::string& help) { help = "no help."; }
+
+void property::on_unregister() {
+    if (delete_on_unregister)
+        delete this;
+}
+
+property::property_map& property::properties() {
+    static property_map registry;
+    return registry;
+}
+
+property* property::get_property(const std::string& name) {
+    try {
+        return properties().at(name);
+    } catch (const std::out_of_range&) {
+        return nullptr;
+    }
+}
+
+property* property::register_property(property_group* group, property* prop) {
+    if (get_property(prop->name))
+        return nullptr;
+    properties()[prop->name] = prop;
+    group->add_property(prop);
+    return prop;
+}
+
+property* property::register_property(const std::string& group_name, property* prop) {
+    return register_property(property_group::register_property_group(group_name), prop);
+}
+
+void property::free_all() {
+    for (auto& entry : properties())
+        entry.second->on_unregister();
+    properties().clear();
+}
+
+property_group::property_group(const std::string& name) : name(name) {}
+
+property_group::~property_group() = default;
+
+property* property_group::add_property(property* prop) {
+    properties[prop->name] = prop;
+    return prop;
+}
+
+property_group::group_map& property_group::property_groups() {
+    static group_map registry;
+    return registry;
+}
+
+property_group* property_group::register_property_group(const std::string& name) {
+    if (property_group* group = get_property_group(name))
+        return group;
+    auto* group = new property_group(name);
+    property_groups()[name] = group;
+    return group;
+}
+
+property_group* property_group::get_property_group(const std::string& name) {
+    auto found = property_groups().find(name);
+    return found == property_groups().end() ? nullptr : found->second;
+}
+
+property_group::group_map property_group::get_groups() { return property_groups(); }
+
+void property_group::free_all() {
+    for (auto& entry : property_groups())
+        delete entry.second;
+    property_groups().clear();
+}
+
+property_set::property_set(const std::string& name, const std::list<std::string>& members)
+    : property(name), members(members) {}
+
+bool property_set::get(std::string& value) {
+    std::string joined;
+    const char* separator = "";
+    for (const std::string& member_name : members) {
+        property* member = property::get_property(member_name);
+        if (!member)
+            return false;
+        std::string text;
+        if (!member->get(text))
+            return false;
+        joined += separator + text;
+        separator = ",";
+    }
+    value = "{" + joined + "}";
+    return true;
+}
+
+// Splits the inside of a brace list at every comma, keeping empty elements.
+static std::vector<std::string> split_elements(const std::string& inner) {
+    std::vector<std::string> elements;
+    std::string::size_type start = 0;
+    for (;;) {
+        std::string::size_type comma = inner.find(',', start);
+        if (comma == std::string::npos) {
+            elements.push_back(inner.substr(start));
+            return elements;
+        }
+        elements.push_back(inner.substr(start, comma - start));
+        start = comma + 1;
+    }
+}
+
+bool property_set::set(const std::string& value) {
+    std::vector<std::string> values;
+    if (value.size() >= 2 && value.front() == '{' && value.back() == '}') {
+        values = split_elements(value.substr(1, value.size() - 2));
+        if (values.size() != members.size()) {
+            std::cerr << values.size() << " != " << members.size() << std::endl;
+            return false;
+        }
+    } else {
+        values.assign(members.size(), value);
+    }
+
+    auto next_value = values.begin();
+    for (const std::string& member_name : members) {
+        property* member = property::get_property(member_name);
+        if (!member || !member->set(*next_value++)) {
+            std::cerr << "set failed" << std::endl;
+            return false;
+        }
+    }
+    return true;
+}

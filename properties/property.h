@@ -1,0 +1,71 @@
+// Named properties, their groups and the process-wide registries.
+#ifndef PADKIT_PROPERTY_H
+#define PADKIT_PROPERTY_H
+
+#include <list>
+#include <map>
+#include <string>
+
+class property_group;
+
+class property {
+public:
+    using property_map = std::map<std::string, property*>;
+
+    explicit property(const std::string& name, bool delete_on_unregister = true);
+    virtual ~property();
+
+    virtual bool set(const std::string& value) = 0;
+    virtual bool get(std::string& value) = 0;
+    virtual void get_help(std::string& help);
+    virtual void on_unregister();
+
+    const std::string name;
+    bool delete_on_unregister;
+
+    // 0 decimal, 1 hexadecimal; only register-backed properties honour it.
+    static int number_mode;
+
+    // Every registered property under its name. Built on first use so that
+    // static objects of other units may rely on it.
+    static property_map& properties();
+
+    static property* get_property(const std::string& name);
+    static property* register_property(property_group* group, property* prop);
+    static property* register_property(const std::string& group_name, property* prop);
+    static void free_all();
+};
+
+class property_group {
+public:
+    using group_map = std::map<std::string, property_group*>;
+
+    explicit property_group(const std::string& name);
+    virtual ~property_group();
+
+    property* add_property(property* prop);
+
+    const std::string name;
+    property::property_map properties;
+
+    static group_map& property_groups();
+
+    static property_group* register_property_group(const std::string& name);
+    static property_group* get_property_group(const std::string& name);
+    static group_map get_groups();
+    static void free_all();
+};
+
+// A composite: one name standing for an ordered list of other properties,
+// reached by name at every use.
+class property_set : public property {
+public:
+    property_set(const std::string& name, const std::list<std::string>& members);
+
+    bool set(const std::string& value) override;
+    bool get(std::string& value) override;
+
+    const std::list<std::string> members;
+};
+
+#endif

@@ -1,0 +1,19 @@
+// One 32-bit access to a physical address through the memory device.
+#ifndef PADKIT_MMAPRW32_H
+#define PADKIT_MMAPRW32_H
+
+#include <cstdint>
+
+extern "C" {
+
+// Path of the memory device, read afresh at every access.
+extern const char* fname;
+
+// The word at a physical address; 0 when the device cannot be reached.
+uint32_t mmap_read(uint32_t address);
+
+// Stores one word at a physical address. Always returns 0.
+int mmap_write(uint32_t address, uint32_t value);
+}
+
+#endif

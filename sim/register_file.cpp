@@ -1,0 +1,215 @@
+#include "sim/register_file.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "sim/board.h"
+
+namespace sim {
+
+namespace {
+
+// An ordinary word, or a word behind a DDR PHY select register value.
+struct word_key {
+    uint32_t address = 0;
+    bool selected = false;
+    uint32_t select = 0;
+    bool operator<(const word_key& other) const {
+        return std::tie(address, selected, select) <
+               std::tie(other.address, other.selected, other.select);
+    }
+};
+using board_words = std::map<word_key, uint32_t>;
+
+struct data_register {
+    uint32_t address;
+    uint32_t select_address;
+    bool per_dq;  // the PHY takes the update bit of a DQ delay word and clears it
+};
+constexpr data_register data_registers[] = {
+    {0x00f3813c, 0x00f3812c, false}, {0x00f38194, 0x00f3812c, true},
+    {0x00f381a0, 0x00f3812c, true},  {0x00f1813c, 0x00f1812c, false},
+    {0x00f18194, 0x00f1812c, true},  {0x00f181a0, 0x00f1812c, true},
+};
+constexpr uint32_t dq_update_bit = 0x80;
+
+std::string regs_path() { return board_dir() + "/regs"; }
+
+// "0x" or "0X" and hexadecimal digits whose value fits 32 bits.
+bool parse_hex(const std::string& text, uint32_t* out) {
+    if (text.size() < 3 || text[0] != '0' || (text[1] != 'x' && text[1] != 'X'))
+        return false;
+    uint64_t value = 0;
+    for (std::string::size_type i = 2; i < text.size(); ++i) {
+        const char c = text[i];
+        const int digit = c >= '0' && c <= '9'   ? c - '0'
+                          : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                          : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                 : -1;
+        if (digit < 0)
+            return false;
+        value = value * 16 + static_cast<uint64_t>(digit);
+        if (value > UINT32_MAX)
+            return false;
+    }
+    *out = static_cast<uint32_t>(value);
+    return true;
+}
+
+// A later line for the same word replaces an earlier one.
+bool parse_line(const std::string& line, board_words* words) {
+    std::istringstream in(line.substr(0, line.find('#')));
+    std::string where, value, extra;
+    if (!(in >> where))
+        return true;
+    in >> value >> extra;
+    word_key key;
+    uint32_t word = 0;
+    const std::string::size_type at = where.find('@');
+    key.selected = at != std::string::npos;
+    if (!extra.empty() || !parse_hex(where.substr(0, at), &key.address) ||
+        (key.selected && !parse_hex(where.substr(at + 1), &key.select)) || !parse_hex(value, &word))
+        return false;
+    (*words)[key] = word;
+    return true;
+}
+
+bool read_file(const std::string& path, std::string* text, mode_t* mode) {
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    struct stat st;
+    bool ok = fstat(fd, &st) == 0;
+    if (ok)
+        *mode = st.st_mode & 07777;
+    char buffer[4096];
+    ssize_t got = 0;
+    while (ok && (got = read(fd, buffer, sizeof buffer)) > 0)
+        text->append(buffer, static_cast<std::string::size_type>(got));
+    close(fd);
+    return ok && got == 0;
+}
+
+bool load(board_words* words, mode_t* mode) {
+    const std::string path = regs_path();
+    std::string text;
+    if (!read_file(path, &text, mode))
+        return false;
+    std::istringstream lines(text);
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number) {
+        if (!parse_line(line, words)) {
+            std::cerr << path << ":" << number << ": bad register entry" << std::endl;
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string format(const board_words& words) {
+    std::string text;
+    char line[64];
+    for (const auto& entry : words) {
+        const word_key& key = entry.first;
+        if (key.selected)
+            std::snprintf(line, sizeof line, "0x%08x@0x%08x 0x%08x\n", key.address, key.select,
+                          entry.second);
+        else
+            std::snprintf(line, sizeof line, "0x%08x 0x%08x\n", key.address, entry.second);
+        text += line;
+    }
+    return text;
+}
+
+// A reader (or a user's editor) sees the old file or the new one, never a mix.
+bool save(const board_words& words, mode_t mode) {
+    const std::string text = format(words);
+    std::string name = board_dir() + "/.regs-XXXXXX";
+    std::vector<char> temp(name.begin(), name.end());
+    temp.push_back('\0');
+    int fd = mkostemp(temp.data(), O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    bool ok = fchmod(fd, mode) == 0 &&
+              write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    ok = close(fd) == 0 && ok;
+    ok = ok && rename(temp.data(), regs_path().c_str()) == 0;
+    if (!ok)
+        unlink(temp.data());
+    return ok;
+}
+
+// The word an access to the address reaches, given the PHY select registers.
+word_key key_for(const board_words& words, uint32_t address, const data_register** data) {
+    *data = nullptr;
+    for (const data_register& candidate : data_registers) {
+        if (candidate.address != address)
+            continue;
+        *data = &candidate;
+        const auto select = words.find(word_key{candidate.select_address, false, 0});
+        return {address, true, select == words.end() ? 0 : select->second};
+    }
+    return {address, false, 0};
+}
+
+}  // namespace
+
+std::string fresh_regs() {
+    board_words words;
+    for (uint32_t ehci_phy : {0x00540008u, 0x0054001cu, 0x00540030u, 0x00540044u})
+        words[{ehci_phy, false, 0}] = 0x00ac111c;
+    for (uint32_t ddr_strength : {0x00f38120u, 0x00f18120u})
+        words[{ddr_strength, false, 0}] = 0x00bb00b4;
+    return format(words);
+}
+
+bool read_word(uint32_t address, uint32_t* word) {
+    board_words words;
+    mode_t mode = 0;
+    if (!load(&words, &mode))
+        return false;
+    const data_register* data = nullptr;
+    const auto found = words.find(key_for(words, address, &data));
+    *word = found == words.end() ? 0 : found->second;
+    return true;
+}
+
+bool write_word(uint32_t address, uint32_t value) {
+    board_words words;
+    mode_t mode = 0;
+    if (!load(&words, &mode))
+        return false;
+    const data_register* data = nullptr;
+    const word_key key = key_for(words, address, &data);
+    words[key] = data && data->per_dq ? value & ~dq_update_bit : value;
+    return save(words, mode);
+}
+
+void trace_access(char kind, uint32_t address, uint32_t word) {
+    const char* path = std::getenv("PADKIT_SIM_TRACE");
+    if (!path || !*path)
+        return;
+    char line[32];
+    const int length = std::snprintf(line, sizeof line, "%c 0x%08x 0x%08x\n", kind, address, word);
+    int fd = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return;
+    // One write per line: the trace is what the program asked, not a log that can fail it.
+    const ssize_t written = write(fd, line, static_cast<size_t>(length));
+    (void)written;
+    close(fd);
+}
+
+}  // namespace sim

@@ -1,0 +1,24 @@
+// The register state of the simulated board, kept in the text file <board>/regs.
+#ifndef PADKIT_SIM_REGISTER_FILE_H
+#define PADKIT_SIM_REGISTER_FILE_H
+
+#include <cstdint>
+#include <string>
+
+namespace sim {
+
+// The contents of regs on a fresh board: the reset values.
+std::string fresh_regs();
+
+// One register access on the board, resolving the DDR PHY data registers
+// through their select register. False when regs cannot be read, parsed or
+// (for a write) replaced; a bad line has already been reported then.
+bool read_word(uint32_t address, uint32_t* word);
+bool write_word(uint32_t address, uint32_t value);
+
+// Appends "R|W 0x<address> 0x<word>" to $PADKIT_SIM_TRACE, when it is set.
+void trace_access(char kind, uint32_t address, uint32_t word);
+
+}  // namespace sim
+
+#endif

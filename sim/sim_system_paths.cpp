@@ -1,0 +1,8 @@
+// Path resolution of padkit-sim: every absolute path lives under the board directory.
+#include "platform/system_paths.h"
+
+#include <string>
+
+#include "sim/board.h"
+
+std::string system_path(const std::string& path) { return sim::board_dir() + path; }

@@ -1,0 +1,279 @@
+// padkit-sim end to end: each case runs the program on a board of its own and
+// checks its output, exit status, register trace and board files.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using strings = std::vector<std::string>;
+using env_list = std::vector<std::pair<std::string, const char*>>;  // nullptr unsets
+
+std::string slurp(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+struct result { std::string out, err, trace; int status; };
+
+// A scratch directory for one run's output, and a board in it that does not
+// exist until a run creates it.
+struct board {
+    fs::path scratch = mkdtemp((fs::temp_directory_path() / "padkit-e2e-XXXXXX").string().data());
+    fs::path dir = scratch / "board";
+
+    ~board() { std::error_code ec; fs::remove_all(scratch, ec); }
+    pid_t start(const strings& args, const env_list& env = {}) const {
+        std::istringstream emulator(PADKIT_SIM_EMULATOR);
+        strings words{std::istream_iterator<std::string>(emulator), {}};
+        words.push_back(PADKIT_SIM);
+        words.insert(words.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        fs::remove(scratch / "trace");
+        const pid_t pid = fork();
+        if (pid != 0)
+            return pid;
+        setenv("PADKIT_SIM_DIR", dir.c_str(), 1);
+        setenv("PADKIT_SIM_TRACE", (scratch / "trace").c_str(), 1);
+        unsetenv("POSIXLY_CORRECT");
+        for (const auto& [name, value] : env)
+            value ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
+        dup2(open((scratch / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+        dup2(open((scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    // The status as the shell sees it.
+    result finish(pid_t pid) const {
+        int status = 0;
+        waitpid(pid, &status, 0);
+        return {slurp(scratch / "out"), slurp(scratch / "err"), slurp(scratch / "trace"),
+                WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
+    }
+    result run(const strings& args, const env_list& env = {}) const { return finish(start(args, env)); }
+    // Board set-up: nullptr removes, "->target" plants a symbolic link, else the file's text.
+    void change(const std::string& path, const char* content) const {
+        if (!content)
+            fs::remove_all(dir / path);
+        else if (std::string(content).rfind("->", 0) == 0)
+            fs::create_symlink(content + 2, dir / path);
+        else
+            std::ofstream(dir / path, std::ios::binary) << content;
+    }
+};
+
+std::string get(const std::string& name, const std::string& value) {
+    return "PADKIT: get " + name + " := " + value + "\n";
+}
+std::string set(const std::string& name, const std::string& value, bool done = true) {
+    return "PADKIT: set " + name + " := " + value + (done ? "\n" : " failed.\n");
+}
+
+const std::string usage =
+    "padkit [options] [<property> [value if write]]\noptions:\n\t-h            : help\n"
+    "\t-i            : interactive mode\n\t-l            : list all properties\n"
+    "\t-x            : show hex value (default decimal)\n";
+const std::string unknown = "No such property registered.\n", no_mem = "open /dev/zeb_mem failed.\n";
+const std::string no_lock = "Failed to open <B>/tmp/padkit.lock\nFailed to lock!\n";
+const std::string fresh_regs =
+    "0x00540008 0x00ac111c\n0x0054001c 0x00ac111c\n0x00540030 0x00ac111c\n"
+    "0x00540044 0x00ac111c\n0x00f18120 0x00bb00b4\n0x00f38120 0x00bb00b4\n";
+const std::string vref = "ehci0-phy::tx-vref", odt = "tarnm-ddra::odt", clk = "tarnm-ddrb::clkdrv";
+const std::string dq3 = "tarnm-ddra-read1::dq3", dqs = "tarnm-ddra-read0::dq";
+const std::string mmc = "mmc::rdqs", cpu = "cpu_regulator::microvolts";
+const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu_uv = "sys/class/regulator/regulator.1/microvolts";
+const std::string r_worked = "R 0x00540008 0x12345678\n", r_zero = "R 0x00540008 0x00000000\n";
+const std::string bad_get = "<B>/regs:2: bad register entry\n" + no_mem + get(vref, "0");
+
+using setup = std::vector<std::pair<std::string, const char*>>;
+const setup worked = {{"regs", "0x00540008 0x12345678\n"}};
+const setup dq_words = {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}};
+const setup no_regs = {{"regs", nullptr}}, empty_regs = {{"regs", ""}};
+
+struct row {
+    strings args;
+    setup changes;  // made on a fresh board
+    std::string out, err;  // <B> stands for the board directory
+    int status;
+    std::string trace;  // "-": not checked
+    std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
+};
+
+const row rows[] = {
+    {{}, {}, usage, "", 254, ""},
+    {{"-h"}, {}, usage, "", 254, ""},
+    {{"-i"}, {}, "Not supported yet.\n", "", 253, ""},
+    {{"-x"}, {}, "..2\n" + usage, "", 0, ""},
+    {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
+    {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
+    {{"-r"}, {}, "", unknown, 0, ""},
+    {{"-q", vref}, {}, "", unknown, 0, ""},
+    {{"-xl"}, {}, "", unknown, 0, ""},
+    {{"nope"}, {}, "", unknown, 0, ""},
+    {{vref, "16"}, {}, "", set(vref, "16", false), 245, "", {{"regs", fresh_regs}}},
+    {{vref, ""}, {}, "", set(vref, "", false), 245, ""},
+    {{"-i"}, {{"tmp", nullptr}, {"tmp", ""}}, "", no_lock, 255, ""},
+    {{"-i"}, {{"tmp/padkit.lock", nullptr}, {"tmp/padkit.lock", "->../regs"}}, "", no_lock, 255, ""},
+    // The worked example of a plain field.
+    {{vref}, worked, "8\n", get(vref, "8"), 0, r_worked},
+    {{"-x", vref}, worked, "0x8\n", get(vref, "0x8"), 0, r_worked},
+    {{vref, "9", "extra"}, worked, "", set(vref, "9"), 0,
+     "R 0x00540008 0x12345678\nW 0x00540008 0x1234d678\nR 0x00540008 0x1234d678\n",
+     {{"regs", "0x00540008 0x1234d678\n"}}},
+    {{vref, "+9"}, worked, "", "warning! applying 9 to current value 8 is out of range (0 ~ 15)."
+                               " adjusted to 15\n" + set(vref, "+9"), 0,
+     "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"},
+    // Mapped fields show and take keys of their table.
+    {{odt}, {}, "60\n", get(odt, "60"), 0, "R 0x00f38120 0x00bb00b4\n"},
+    {{clk, "30"}, {}, "", set(clk, "30"), 0,
+     "R 0x00f18120 0x00bb00b4\nW 0x00f18120 0x00fb00b4\nR 0x00f18120 0x00fb00b4\n"},
+    {{clk, "35"}, {}, "", set(clk, "35", false), 245, ""},
+    {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", 246,
+     "R 0x00f38120 0x00000005\n"},
+    // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
+    {{dq3, "5"}, dq_words, "", set(dq3, "5"), 0,
+     "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\n"
+     "W 0x00f38194 0x00001285\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n",
+     {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n"
+               "0x00f38194@0x00000307 0x00001205\n"}}},
+    {{dq3}, dq_words, "52\n", get(dq3, "52"), 0, "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\n"},
+    {{"-x", "tarnm-ddrb2::scl", "deadbeef"}, empty_regs, "", set("tarnm-ddrb2::scl", "deadbeef"), 0,
+     "W 0x00f1812c 0x00000010\nR 0x00f1813c 0x00000000\nW 0x00f1812c 0x00000010\n"
+     "W 0x00f1813c 0xdeadbeef\nW 0x00f1812c 0x00000010\nR 0x00f1813c 0xdeadbeef\n",
+     {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0xdeadbeef\n"}}},
+    // Composites.
+    {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n",
+     get(dqs, "{0,69,0,0,0,0,0,0}"), 0, "-"},
+    {{dqs, "{1,2,3,4,5,6,7,8}"}, empty_regs, "", set(dqs, "{1,2,3,4,5,6,7,8}"), 0, "-",
+     {{"regs", "0x00f3812c 0x00000000\n0x00f38194@0x00000000 0x00000001\n"
+               "0x00f38194@0x00000100 0x00000002\n0x00f38194@0x00000200 0x00000003\n"
+               "0x00f38194@0x00000300 0x00000004\n0x00f38194@0x00000400 0x00000005\n"
+               "0x00f38194@0x00000500 0x00000006\n0x00f38194@0x00000600 0x00000007\n"
+               "0x00f38194@0x00000700 0x00000008\n"}}},
+    {{dqs, "{1,2}"}, {}, "", "2 != 8\n" + set(dqs, "{1,2}", false), 245, ""},
+    // The eMMC file and the regulators.
+    {{mmc}, {}, "37\n", get(mmc, "37"), 0, ""},
+    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0,
+     "", {{rdqs, "255"}}},
+    {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
+     246, ""},
+    {{cpu}, {}, "1100000\n", get(cpu, "1100000"), 0, ""},
+    {{cpu, "95%"}, {}, "", set(cpu, "95%"), 0, "", {{cpu_uv, "1050000"}}},
+    {{cpu, "110%"}, {}, "", "percentage 110%: out of range\n" + set(cpu, "110%", false), 245, "",
+     {{cpu_uv, "1100000\n"}}},
+    {{cpu, "1500000"}, {}, "",
+     "1500000mv: out of range(800000-1300000)\n" + set(cpu, "1500000", false), 245, "",
+     {{cpu_uv, "1100000\n"}}},
+    // Without a usable regs the board has no memory device; the trace still shows each access.
+    {{vref}, no_regs, "0\n", no_mem + get(vref, "0"), 0, r_zero},
+    {{vref, "9"}, no_regs, "", no_mem + no_mem + no_mem + set(vref, "9"), 0,
+     "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"},
+    {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n", bad_get, 0, r_zero},
+    {{vref}, {{"regs", "\n0x00540008 12345678\n"}}, "0\n", bad_get, 0, r_zero},
+    {{vref}, {{"regs", "# tuned\n\n 0X00540008\t0X12345678 # by hand\n"}}, "8\n", get(vref, "8"), 0, r_worked},
+};
+
+std::string on_board(std::string text, const board& b) {
+    for (std::string::size_type at; (at = text.find("<B>")) != std::string::npos;)
+        text.replace(at, 3, b.dir.string());
+    return text;
+}
+
+}  // namespace
+
+TEST(padkit_sim, table) {
+    for (const row& r : rows) {
+        SCOPED_TRACE(testing::PrintToString(r.args));
+        board b;
+        if (!r.changes.empty())
+            b.run({"-h"});
+        for (const auto& [path, content] : r.changes)
+            b.change(path, content);
+        const result got = b.run(r.args);
+        EXPECT_EQ(got.out, r.out);
+        EXPECT_EQ(got.err, on_board(r.err, b));
+        EXPECT_EQ(got.status, r.status);
+        EXPECT_EQ(r.trace == "-" ? "-" : got.trace, r.trace);
+        for (const auto& [path, content] : r.files)
+            EXPECT_EQ(slurp(b.dir / path), content) << path;
+    }
+}
+
+TEST(padkit_sim, listing_ignores_extra_words) {
+    const result got = board().run({"-l", "x", "y"});
+    EXPECT_EQ(std::count(got.out.begin(), got.out.end(), '\n'), 6 + 317);
+    EXPECT_EQ(std::count(got.out.begin(), got.out.end(), '\t'), 317);
+    EXPECT_EQ(got.out.rfind("ehci :\n\tehci0-phy::disconnect-threshold : x=0~7  : 575mV + (-6 + 1.5x)%\n",
+                            0), 0u);
+    EXPECT_NE(got.out.find("\nmmc :\n\tmmc::rdqs : no help.\nregulator :\n"), std::string::npos);
+    EXPECT_EQ(got.err + got.trace + std::to_string(got.status), "0");
+}
+
+// Two runs start on a missing board at once: one of them creates it, and
+// neither sees half a board or leaves anything behind.
+TEST(padkit_sim, fresh_board) {
+    board first, second;
+    second.dir = first.dir;
+    const pid_t pids[] = {first.start({mmc}), second.start({mmc})};
+    for (const result& got : {first.finish(pids[0]), second.finish(pids[1])})
+        EXPECT_EQ(got.out + got.err + got.trace, "37\n" + get(mmc, "37"));
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(first.scratch))
+        if (entry.is_regular_file() && entry.path().parent_path() != first.scratch)
+            files[fs::relative(entry.path(), first.dir).string()] = slurp(entry.path());
+    const std::string reg = "sys/class/regulator/regulator.";
+    EXPECT_EQ(files, (std::map<std::string, std::string>{
+                         {"regs", fresh_regs}, {rdqs, "37\n"}, {"tmp/padkit.lock", ""},
+                         {reg + "1/microvolts", "1100000\n"}, {reg + "1/min_microvolts", "800000\n"},
+                         {reg + "1/max_microvolts", "1300000\n"}, {reg + "2/microvolts", "900000\n"},
+                         {reg + "2/min_microvolts", "800000\n"}, {reg + "2/max_microvolts", "1000000\n"}}));
+}
+
+TEST(padkit_sim, run_waits_for_the_lock) {
+    board b;
+    b.run({"-h"});
+    const int fd = open((b.dir / "tmp/padkit.lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(fd, LOCK_EX), 0);
+    const pid_t pid = b.start({"-i"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), 0) << "finished while the lock was held";
+    flock(fd, LOCK_UN);
+    close(fd);
+    const result got = b.finish(pid);
+    EXPECT_EQ(got.out + std::to_string(got.status), "Not supported yet.\n253");
+}
+
+TEST(padkit_sim, board_directory_from_environment) {
+    board b;
+    const std::string state = (b.scratch / "state").string(), home = (b.scratch / "home").string();
+    for (const auto& [env, where] : {
+             std::pair<env_list, std::string>{{{"PADKIT_SIM_DIR", ""}, {"XDG_STATE_HOME", state.c_str()}},
+                                              state + "/padkit-sim"},
+             {{{"PADKIT_SIM_DIR", nullptr}, {"XDG_STATE_HOME", ""}, {"HOME", home.c_str()}},
+              home + "/.local/state/padkit-sim"}}) {
+        EXPECT_EQ(b.run({"-r", mmc}, env).out, "37\n");
+        EXPECT_EQ(slurp(where + "/regs"), fresh_regs) << where;
+    }
+    EXPECT_FALSE(fs::exists(b.dir));
+}

@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Installation checks: install-test.sh man|completion|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
+# PADKIT_SIM is given when padkit-sim is installed; exit 77 means skipped.
+set -u
+case=$1 src=$2 build=$3 sim=${4:-}
+tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
+fails=0
+expect() { [ "$1" = "$2" ] || { echo "FAIL $3: expected '$1', got '$2'"; fails=1; }; }
+# The files that an installation holds, each after the prefix $1.
+installed() {
+    local f=(sbin/padkit share/man/man8/padkit.8 share/bash-completion/completions/padkit)
+    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1
+        share/bash-completion/completions/padkit-sim)
+    printf "$1%s\n" "${f[@]}" | sort | xargs
+}
+
+case $case in
+man)
+    command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
+    pages=("$src/doc/padkit.8" "$src/doc/padkit-sim.1")
+    expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint"
+    ! command -v groff >/dev/null ||
+        expect "" "$(groff -t -man -ww -z "${pages[@]}" 2>&1)" "groff warnings" ;;
+completion)
+    [ -n "$sim" ] || { echo "skipped: no padkit-sim to complete from"; exit 77; }
+    export PADKIT_SIM_DIR=$tmp/board
+    # shellcheck disable=SC1091
+    source "$src/completion/padkit.bash"
+    complete_line() {
+        COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDS=("$sim") COMPREPLY=() && _padkit
+        echo "${COMPREPLY[*]}"
+    }
+    expect "-h -i -l -r -x" "$(complete_line "padkit-sim -")" "options"
+    expect "tx-vref" "$(complete_line "padkit-sim ehci0-phy::tx-v")" "name after ::"
+    expect "dq dq0 dq1 dq2 dq3 dq4 dq5 dq6 dq7 dq8" \
+        "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq")" "composite and members"
+    expect "0 40 60 120" "$(complete_line "padkit-sim tarnm-ddra::odt ")" "odt keys"
+    expect "0x1e 0x22 0x28 0x3c" "$(complete_line "padkit-sim -x tarnm-ddrb::dqsdrv ")" "hex keys"
+    expect "0 1 2" "$(complete_line "padkit-sim ehci2-phy::tx-crossover ")" "values from help"
+    expect "" "$(complete_line "padkit-sim -l ")" "nothing after -l"
+    expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
+    [ -f "$PADKIT_SIM_DIR/regs" ] || { echo "FAIL: padkit-sim did not run on the board"; fails=1; } ;;
+layout)
+    cmake --install "$build" --prefix "$tmp/stage" >/dev/null || exit 1
+    expect "$(installed ./)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"
+    cmp "$src/completion/padkit.bash" "$tmp/stage/share/bash-completion/completions/padkit" ||
+        fails=1 ;;
+deb)
+    cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp" >/dev/null || exit 1
+    arch=$(sed -n 's/^set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "\(.*\)")$/\1/p' "$build/CPackConfig.cmake")
+    deb=("$tmp"/padkit_*_"${arch:=$(dpkg --print-architecture)}".deb)
+    info=$(dpkg-deb --info "${deb[0]}") || exit 1
+    expect " Architecture: $arch| Package: padkit| Section: admin" \
+        "$(grep -E '^ (Package|Architecture|Section):' <<<"$info" | sort | paste -sd '|')" "control"
+    expect "$(installed ./usr/)" \
+        "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents" ;;
+esac
+exit $fails

@@ -46,25 +46,6 @@ struct catalogue : unit_test {
     }
 };
 
-TEST_F(catalogue, TxVrefWorkedExample) {
-    const std::string name = "ehci0-phy::tx-vref";
-    fake_hw::words[0x540008] = 0x12345678;
-    EXPECT_EQ(get(name), "8");
-    property::number_mode = 1;
-    std::string fields;  // every field of the register, in name order
-    for (const auto& entry : property_group::get_property_group("ehci")->properties)
-        fields += entry.first.rfind("ehci0-phy::", 0) ? "" : get(entry.first) + ",";
-    EXPECT_EQ(fields, "0x0,0x0,0x1,0x7,0x3,0xa,0x1,0x2,0x8,0x1,");
-    EXPECT_TRUE(set(name, "9"));
-    EXPECT_EQ(fake_hw::log,
-              (accesses{{'r', 0x540008, 0x12345678}, {'w', 0x540008, 0x1234d678}, {'r', 0x540008, 0x1234d678}}));
-    forget_caches();
-    fake_hw::words[0x540008] = 0x12345678;
-    EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(set(name, "+9")); }),
-              "warning! applying 9 to current value 8 is out of range (0 ~ 15). adjusted to 15\n");
-    EXPECT_EQ(fake_hw::writes(), (accesses{{'w', 0x540008, 0x1237d678}}));
-}
-
 TEST_F(catalogue, DqWriteSelectsItsWordAndEveryCommitRewritesAllStagedFields) {
     const uint32_t sel = 0xF3812C, data = 0xF38194;
     fake_hw::words[data] = 0xabcdef12;
@@ -84,7 +65,7 @@ TEST_F(catalogue, DqWriteSelectsItsWordAndEveryCommitRewritesAllStagedFields) {
     EXPECT_TRUE(fake_hw::log.empty());
 }
 
-TEST_F(catalogue, DqWordsAreKeptPerRegisterAndFieldAndLanesSelectAroundEveryAccess) {
+TEST_F(catalogue, DqWordsAreKeptPerRegisterAndField) {
     for (const auto& [name, word, text] : {std::tuple{"tarnm-ddra-read0::dq0", 3, "3"}, {"tarnm-ddra-read1::dq0", 4, "4"},
                                           {"tarnm-ddra-read1::dq7", 5, "5"}, {"tarnm-ddra-read0::dq0", 6, "3"}}) {
         fake_hw::words[0xF38194] = word;
@@ -92,10 +73,6 @@ TEST_F(catalogue, DqWordsAreKeptPerRegisterAndFieldAndLanesSelectAroundEveryAcce
     }
     EXPECT_EQ(fake_hw::log, (accesses{{'w', 0xF3812C, 0x0}, {'r', 0xF38194, 3}, {'w', 0xF3812C, 0x7},
                                       {'r', 0xF38194, 4}, {'w', 0xF3812C, 0x707}, {'r', 0xF38194, 5}}));
-    fake_hw::reset();
-    EXPECT_TRUE(set("tarnm-ddrb3::scl", "0xffffffff"));
-    EXPECT_EQ(fake_hw::log, (accesses{{'w', 0xF1812C, 0x18}, {'r', 0xF1813C, 0}, {'w', 0xF1812C, 0x18},
-                                      {'w', 0xF1813C, 0xffffffff}, {'w', 0xF1812C, 0x18}, {'r', 0xF1813C, 0xffffffff}}));
 }
 
 TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
@@ -155,8 +132,6 @@ TEST_F(catalogue, SixGroupsOf317PropertiesInByteOrderWithHelpAndSharedFields) {
     EXPECT_EQ(get("tarnm-ddrb-write7::dq"), "{0,0,0,0,0,0,0,0,0}");
     EXPECT_EQ(stderr_of([] { EXPECT_FALSE(set("tarnm-ddra-read2::dq", "{1,2}")); }), "2 != 8\n");
     EXPECT_EQ(at("tarnm-ddra0::dq"), nullptr);
-    EXPECT_TRUE(set("tarnm-ddrb::odt", "120") && set("tarnm-ddrb::clkdrv", "40") && !set("tarnm-ddrb::adrdrv", "35"));
-    EXPECT_EQ(fake_hw::words[0xF18120], 0xB00001u);
 }
 
 TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {

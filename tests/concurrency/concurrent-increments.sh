@@ -2,21 +2,23 @@
 # Runs padkit-sim from many processes at once, all stepping one register field
 # and two fields of another register by "+1". The lock must serialise every
 # read-modify-write: no step is lost and no run's accesses interleave.
-# Usage: concurrent-increments.sh PADKIT_SIM
+# Usage: concurrent-increments.sh PADKIT_SIM [EMULATOR ARGS...]
 set -u
 sim=$1 procs=8 runs=50 steps=3 fails=0
+shift
+emulator=$*  # a cross-built padkit-sim runs under qemu
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 export PADKIT_SIM_DIR="$work/board" PADKIT_SIM_TRACE="$work/trace"
-"$sim" -l >/dev/null || exit 1  # the fresh board exists before the race
+$emulator "$sim" -l >/dev/null || exit 1  # the fresh board exists before the race
 for p in $(seq 1 $procs); do
     field=i2c0-delay::sda-delay
     [ $((p % 2)) = 0 ] && field=i2c0-delay::scl-delay
     (
         until [ -e "$work/go" ]; do sleep 0.01; done
         for i in $(seq 1 $runs); do
-            "$sim" tarnm-ddra0::scl +1 2>/dev/null || touch "$work/failed"
-            [ "$i" -gt $steps ] || "$sim" "$field" +1 2>/dev/null || touch "$work/failed"
+            $emulator "$sim" tarnm-ddra0::scl +1 2>/dev/null || touch "$work/failed"
+            [ "$i" -gt $steps ] || $emulator "$sim" "$field" +1 2>/dev/null || touch "$work/failed"
         done
     ) &
 done
@@ -31,6 +33,6 @@ runs_seen=$(cut -c1-12 "$work/trace" | sed 's/^W 0x00f3812c/s/; s/^R 0x00f3813c/
 check "accesses outside whole runs" "$(printf %s "$runs_seen" | tr -d AB | cut -c1-40)" ""
 for field in tarnm-ddra0::scl:$((procs * runs)) i2c0-delay::sda-delay:$((procs / 2 * steps)) \
     i2c0-delay::scl-delay:$((procs / 2 * steps)); do
-    check "${field%:*}" "$("$sim" "${field%:*}" 2>/dev/null)" "${field##*:}"
+    check "${field%:*}" "$($emulator "$sim" "${field%:*}" 2>/dev/null)" "${field##*:}"
 done
 exit $fails

@@ -171,20 +171,12 @@ const row rows[] = {
                "0x00f38194@0x00000300 0x00000004\n0x00f38194@0x00000400 0x00000005\n"
                "0x00f38194@0x00000500 0x00000006\n0x00f38194@0x00000600 0x00000007\n"
                "0x00f38194@0x00000700 0x00000008\n"}}},
-    {{dqs, "{1,2}"}, {}, "", "2 != 8\n" + set(dqs, "{1,2}", false), 245, ""},
     // The eMMC file and the regulators.
     {{mmc}, {}, "37\n", get(mmc, "37"), 0, ""},
-    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0,
-     "", {{rdqs, "255"}}},
     {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
      246, ""},
     {{cpu}, {}, "1100000\n", get(cpu, "1100000"), 0, ""},
     {{cpu, "95%"}, {}, "", set(cpu, "95%"), 0, "", {{cpu_uv, "1050000"}}},
-    {{cpu, "110%"}, {}, "", "percentage 110%: out of range\n" + set(cpu, "110%", false), 245, "",
-     {{cpu_uv, "1100000\n"}}},
-    {{cpu, "1500000"}, {}, "",
-     "1500000mv: out of range(800000-1300000)\n" + set(cpu, "1500000", false), 245, "",
-     {{cpu_uv, "1100000\n"}}},
     // Without a usable regs the board has no memory device; the trace still shows each access.
     {{vref}, no_regs, "0\n", no_mem + get(vref, "0"), 0, r_zero},
     {{vref, "9"}, no_regs, "", no_mem + no_mem + no_mem + set(vref, "9"), 0,

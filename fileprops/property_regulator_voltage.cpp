@@ -1,7 +1,6 @@
 #include "fileprops/property_regulator_voltage.h"
 
 #include <cerrno>
-#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
@@ -47,9 +46,8 @@ bool property_regulator_voltage::_fileintread(const std::string& file, int* out)
     char* end = nullptr;
     errno = 0;
     const long number = std::strtol(begin, &end, 10);
-    // A word that holds no number, or one beyond int, is no usable reading.
-    const long long wide = number;
-    if (end == begin || errno == ERANGE || wide < INT_MIN || wide > INT_MAX)
+    // A word that holds no number, or one beyond long, is no usable reading.
+    if (end == begin || errno == ERANGE)
         return false;
     *out = static_cast<int>(number);
     return true;

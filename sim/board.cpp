@@ -29,13 +29,7 @@ std::string choose_board_dir() {
     std::string dir = env("PADKIT_SIM_DIR");
     if (dir.empty()) {
         const std::string state = env("XDG_STATE_HOME");
-        const std::string home = env("HOME");
-        if (!state.empty())
-            dir = state + "/padkit-sim";
-        else if (!home.empty())
-            dir = home + "/.local/state/padkit-sim";
-        else  // no home to keep state in (a bare service environment): one board per user
-            dir = "/tmp/padkit-sim-" + std::to_string(geteuid());
+        dir = state.empty() ? env("HOME") + "/.local/state/padkit-sim" : state + "/padkit-sim";
     }
     // Paths are appended as "<board>/...": "/" itself becomes "".
     while (!dir.empty() && dir.back() == '/')

@@ -1,0 +1,149 @@
+// The test command's runs, stop signals, the confirmation and the progress line.
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tune/command_run.h"
+#include "tune/consent.h"
+#include "tune/progress.h"
+
+namespace {
+
+template <typename Print>
+std::string printed(Print print) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* out = open_memstream(&text, &size);
+    print(out);
+    std::fclose(out);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}
+
+// Whether the process is gone (or only waiting to be reaped), within a while.
+bool ends(pid_t pid) {
+    for (int tries = 0; tries < 100; ++tries) {
+        std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+        std::string skip, state;
+        if (!(stat >> skip >> skip >> state) || state == "Z")
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
+}  // namespace
+
+TEST(command_run, OutcomesEnvironmentTimeoutAndStopSignals) {
+    const std::string pid_file = "/tmp/padkit-sweep-pid-" + std::to_string(getpid());
+    const struct { std::vector<std::string> argv; double timeout; command_result::kind what; int detail; } rows[] = {
+        {{"true"}, 5, command_result::passed, 0},
+        {{"false"}, 5, command_result::failed, 0},
+        {{"sh", "-c", "kill -KILL $$"}, 5, command_result::failed, 0},
+        {{"sh", "-c", "[ \"$PADKIT_SWEEP_NAME=$PADKIT_SWEEP_VALUE\" = a::b=-7 ]"}, 5, command_result::passed, 0},
+        {{"/nonexistent/command"}, 5, command_result::not_started, ENOENT},
+        {{"/tmp"}, 5, command_result::not_started, EACCES},
+        // The background sleep shares the group: it ends with the command.
+        {{"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2, command_result::timed_out, 0},
+        {{"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
+        {{"sh", "-c", "kill -TERM $PPID; sleep 30"}, 30, command_result::interrupted, SIGTERM},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.argv.back());
+        stop_signals stop;
+        int ticks = 0;
+        const auto started = std::chrono::steady_clock::now();
+        const command_result got =
+            run_command(row.argv, {{"PADKIT_SWEEP_NAME", "a::b"}, {"PADKIT_SWEEP_VALUE", "-7"}}, row.timeout, stop,
+                        [&] { ++ticks; });
+        EXPECT_EQ(got.what, row.what);
+        EXPECT_EQ(got.detail, row.detail);
+        EXPECT_EQ(stop.take(), 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+        if (row.timeout > 1 && row.what == command_result::timed_out) {
+            EXPECT_GE(ticks, 1);
+            std::ifstream in(pid_file);
+            pid_t background = 0;
+            EXPECT_TRUE(in >> background);
+            EXPECT_TRUE(ends(background));
+        }
+    }
+    std::remove(pid_file.c_str());
+}
+
+TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnoredMaskRestored) {
+    signal(SIGHUP, SIG_IGN);
+    {
+        stop_signals stop;
+        EXPECT_TRUE(sigismember(&stop.set(), SIGINT) && sigismember(&stop.set(), SIGTERM));
+        EXPECT_FALSE(sigismember(&stop.set(), SIGHUP));
+        raise(SIGINT);
+        EXPECT_EQ(stop.take(), SIGINT);
+        EXPECT_EQ(stop.take(), 0);
+    }
+    signal(SIGHUP, SIG_DFL);
+    sigset_t now;
+    sigprocmask(SIG_BLOCK, nullptr, &now);
+    EXPECT_FALSE(sigismember(&now, SIGINT));
+    EXPECT_EXIT(
+        {
+            stop_signals stop;
+            stop_signals::die_of(SIGTERM);
+        },
+        testing::KilledBySignal(SIGTERM), "");
+}
+
+TEST(command_run, CommandExistsLikeExecvpWouldFindIt) {
+    for (const auto& [command, exists] : std::vector<std::pair<std::string, bool>>{
+             {"sh", true}, {"/bin/sh", true}, {"no-such-command-here", false}, {"", false},
+             {"/etc/passwd", false}, {"/tmp", false}})
+        EXPECT_EQ(command_exists(command), exists) << command;
+}
+
+TEST(consent, OnlyYOrYesOnATerminalProceeds) {
+    const struct { bool terminal; const char* input; consent answer; } rows[] = {
+        {true, "y\n", consent::given},         {true, " YES \n", consent::given},
+        {true, "yess\n", consent::refused},    {true, "\n", consent::refused},
+        {true, "", consent::refused},          {true, "n\ny\n", consent::refused},
+        {false, "y\n", consent::no_terminal},
+    };
+    for (const auto& row : rows) {
+        std::string input = row.input;
+        std::FILE* in = fmemopen(input.data(), input.size() + 1, "r");
+        consent answer = consent::given;
+        const std::string err = printed([&](std::FILE* out) { answer = ask_consent("WARNING! x", in, row.terminal, out); });
+        std::fclose(in);
+        EXPECT_EQ(answer, row.answer) << row.input;
+        EXPECT_EQ(err, row.terminal ? "WARNING! x\nContinue? [y/N] " : "WARNING! x\n");
+    }
+}
+
+TEST(progress, TextAndInPlaceLineOnlyOnATerminal) {
+    EXPECT_EQ(progress_text("mmc::rdqs", 40, 3, 254, 0), "mmc::rdqs = 40 (value 3 of 254), 0:00 elapsed");
+    EXPECT_EQ(progress_text("a", -1, 1, 1, 65), "a = -1 (value 1 of 1), 1:05 elapsed");
+    EXPECT_EQ(progress_text("a", 1, 1, 1, 3725), "a = 1 (value 1 of 1), 1:02:05 elapsed");
+    for (bool terminal : {true, false}) {
+        const std::string shown = printed([&](std::FILE* out) {
+            progress_line line(out, terminal);
+            line.show("abc", 100, 9, 10);
+            line.show("d", 1, 10, 10);
+            line.clear();
+            line.clear();
+        });
+        EXPECT_EQ(shown, terminal ? "\rabc = 100 (value 9 of 10), 0:00 elapsed"
+                                    "\rd = 1 (value 10 of 10), 0:00 elapsed   "
+                                    "\r                                    \r"
+                                  : "");
+    }
+}

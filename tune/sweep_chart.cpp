@@ -1,0 +1,77 @@
+#include "tune/sweep_chart.h"
+
+#include <algorithm>
+#include <cstddef>
+
+std::string window_summary(const sweep_row& row, const std::vector<long long>& axis) {
+    const sweep_window window = widest_window(row.results);
+    if (window.count == 0)
+        return row.name + ": no passing value";
+    return row.name + ": window " + std::to_string(axis[window.first]) + ".." +
+           std::to_string(axis[window.last()]) + " (" + std::to_string(window.count) +
+           (window.count == 1 ? " value" : " values") + "), centre " +
+           std::to_string(axis[window.centre()]);
+}
+
+static char cell_mark(outcome result) {
+    switch (result) {
+    case outcome::pass:
+        return '#';
+    case outcome::fail:
+        return '.';
+    case outcome::timeout:
+        break;
+    }
+    return 'T';
+}
+
+void print_chart(std::FILE* out, const sweep_results& results) {
+    if (results.axis.empty())
+        return;
+    std::size_t name_width = 0;
+    for (const sweep_row& row : results.rows)
+        name_width = std::max(name_width, row.name.size());
+    const int indent = static_cast<int>(name_width) + 2;
+
+    // The last label ends above the last cell, unless the axis is too short
+    // to hold both labels apart.
+    const std::string first = std::to_string(results.axis.front());
+    std::string axis = first;
+    if (results.axis.size() > 1) {
+        const std::string last = std::to_string(results.axis.back());
+        const std::size_t gap = results.axis.size() > first.size() + last.size()
+                                    ? results.axis.size() - first.size() - last.size()
+                                    : 1;
+        axis += std::string(gap, ' ') + last;
+    }
+    std::fprintf(out, "%*s%s\n", indent, "", axis.c_str());
+
+    for (const sweep_row& row : results.rows) {
+        std::string cells;
+        for (outcome result : row.results)
+            cells += cell_mark(result);
+        std::fprintf(out, "%-*s%s\n", indent, row.name.c_str(), cells.c_str());
+    }
+    for (const sweep_row& row : results.rows)
+        std::fprintf(out, "%s\n", window_summary(row, results.axis).c_str());
+}
+
+const char* outcome_name(outcome result) {
+    switch (result) {
+    case outcome::pass:
+        return "pass";
+    case outcome::fail:
+        return "fail";
+    case outcome::timeout:
+        break;
+    }
+    return "timeout";
+}
+
+void print_csv(std::FILE* out, const sweep_results& results) {
+    std::fprintf(out, "name,value,result\n");
+    for (const sweep_row& row : results.rows)
+        for (std::size_t at = 0; at < row.results.size(); ++at)
+            std::fprintf(out, "%s,%lld,%s\n", row.name.c_str(), results.axis[at],
+                         outcome_name(row.results[at]));
+}

@@ -1,0 +1,16 @@
+#include "tune/sweep_window.h"
+
+sweep_window widest_window(const std::vector<outcome>& results) {
+    sweep_window widest, current;
+    for (std::size_t at = 0; at < results.size(); ++at) {
+        if (results[at] != outcome::pass) {
+            current.count = 0;
+            continue;
+        }
+        if (current.count++ == 0)
+            current.first = at;
+        if (current.count > widest.count)
+            widest = current;
+    }
+    return widest;
+}

@@ -7,10 +7,11 @@ std::string window_summary(const sweep_row& row, const std::vector<long long>& a
     const sweep_window window = widest_window(row.results);
     if (window.count == 0)
         return row.name + ": no passing value";
-    return row.name + ": window " + std::to_string(axis[window.first]) + ".." +
-           std::to_string(axis[window.last()]) + " (" + std::to_string(window.count) +
+    const long long ends[] = {axis[window.first], axis[window.last()]};
+    return row.name + ": window " + std::to_string(std::min(ends[0], ends[1])) + ".." +
+           std::to_string(std::max(ends[0], ends[1])) + " (" + std::to_string(window.count) +
            (window.count == 1 ? " value" : " values") + "), centre " +
-           std::to_string(axis[window.centre()]);
+           std::to_string(axis[window_centre(window, axis)]);
 }
 
 static char cell_mark(outcome result) {

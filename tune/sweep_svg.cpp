@@ -82,7 +82,7 @@ void print_svg(std::FILE* out, const sweep_results& results) {
                      left + static_cast<int>(window.first) * pitch - 2, y - 2,
                      static_cast<int>(window.count) * pitch + 2, cell + 4);
         std::fprintf(out, "<circle class=\"centre\" cx=\"%d\" cy=\"%d\" r=\"3\"/>\n",
-                     left + static_cast<int>(window.centre()) * pitch + cell / 2, y + cell / 2);
+                     left + static_cast<int>(window_centre(window, results.axis)) * pitch + cell / 2, y + cell / 2);
     }
     for (int r = 0; r < n_rows; ++r)
         std::fprintf(out, "<text class=\"summary\" x=\"%d\" y=\"%d\">%s</text>\n", margin,

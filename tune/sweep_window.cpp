@@ -14,3 +14,10 @@ sweep_window widest_window(const std::vector<outcome>& results) {
     }
     return widest;
 }
+
+std::size_t window_centre(const sweep_window& window, const std::vector<long long>& axis) {
+    const std::size_t middle = window.first + (window.count - 1) / 2;
+    if (window.count % 2 == 1 || axis[middle] < axis[middle + 1])
+        return middle;
+    return middle + 1;
+}

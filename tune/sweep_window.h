@@ -16,7 +16,7 @@ struct sweep_row {
 };
 
 struct sweep_results {
-    std::vector<long long> axis;  // the values, in the order they were visited
+    std::vector<long long> axis;  // the values in the order visited, rising or falling
     std::vector<sweep_row> rows;
 };
 
@@ -26,12 +26,13 @@ struct sweep_window {
     std::size_t count = 0;  // 0: no passing value
 
     std::size_t last() const { return first + count - 1; }
-    // The lower of the two middle positions when the count is even.
-    std::size_t centre() const { return first + (count - 1) / 2; }
 };
 
 // The widest run of passing values; of equally wide ones the first, that is
 // the one at the lowest values.
 sweep_window widest_window(const std::vector<outcome>& results);
+
+// The position of the window's middle value; of two middle values, the lower.
+std::size_t window_centre(const sweep_window& window, const std::vector<long long>& axis);
 
 #endif

@@ -52,6 +52,7 @@ TEST(sweep_report, SummaryNamesTheWidestWindowAndItsCentre) {
         {range(10, 13), "####", "p: window 10..13 (4 values), centre 11"},
         {range(10, 13), "...#", "p: window 13..13 (1 value), centre 13"},
         {drive_keys, "..###.", "p: window 48..80 (3 values), centre 60"},
+        {{50, 40, 30, 20, 10}, ".####", "p: window 10..40 (4 values), centre 20"},  // falling
     };
     for (const auto& row : rows)
         EXPECT_EQ(window_summary({"p", cells(row.marks)}, row.axis), row.summary) << row.marks;

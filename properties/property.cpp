@@ -1,7 +1,6 @@
 #include "properties/property.h"
 
 #include <iostream>
-#include <stdexcept>
 #include <vector>
 
 int property::number_mode = 0;
@@ -24,11 +23,8 @@ property::property_map& property::properties() {
 }
 
 property* property::get_property(const std::string& name) {
-    try {
-        return properties().at(name);
-    } catch (const std::out_of_range&) {
-        return nullptr;
-    }
+    auto found = properties().find(name);
+    return found == properties().end() ? nullptr : found->second;
 }
 
 property* property::register_property(property_group* group, property* prop) {

@@ -1,6 +1,6 @@
 #include "properties/property.h"
 
-#include <iostream>
+#include <cstdio>
 #include <vector>
 
 int property::number_mode = 0;
@@ -120,7 +120,7 @@ bool property_set::set(const std::string& value) {
     if (value.size() >= 2 && value.front() == '{' && value.back() == '}') {
         values = split_elements(value.substr(1, value.size() - 2));
         if (values.size() != members.size()) {
-            std::cerr << values.size() << " != " << members.size() << std::endl;
+            std::fprintf(stderr, "%zu != %zu\n", values.size(), members.size());
             return false;
         }
     } else {
@@ -131,7 +131,7 @@ bool property_set::set(const std::string& value) {
     for (const std::string& member_name : members) {
         property* member = property::get_property(member_name);
         if (!member || !member->set(*next_value++)) {
-            std::cerr << "set failed" << std::endl;
+            std::fputs("set failed\n", stderr);
             return false;
         }
     }

@@ -1,18 +1,16 @@
 // padkit: read or change one hardware tuning property per run.
-#include <fcntl.h>
-#include <sys/file.h>
+#include "cli/padkit.h"
+
 #include <unistd.h>
 
 #include <iostream>
 #include <string>
 
+#include "cli/run_lock.h"
 #include "platform/platform.h"
-#include "platform/system_paths.h"
 #include "properties/property.h"
 
 namespace {
-
-int fd_flock = -1;
 
 void print_usage() {
     std::cout << "padkit [options] [<property> [value if write]]" << std::endl;
@@ -104,26 +102,15 @@ int serve_request(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    // O_NOFOLLOW: a link planted in a shared /tmp must not make root open its target.
-    const std::string lock_path = system_path("/tmp/padkit.lock");
-    fd_flock = open(lock_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (fd_flock < 0) {
-        std::cerr << "Failed to open " << lock_path << std::endl;
-        std::cerr << "Failed to lock!" << std::endl;
+int padkit_main(int argc, char** argv) {
+    if (!take_run_lock())
         return -1;
-    }
-    if (flock(fd_flock, LOCK_EX) != 0) {
-        std::cerr << "Failed to lock!" << std::endl;
-        return -1;
-    }
 
     platform_register_properties();
     const int status = serve_request(argc, argv);
 
     property_group::free_all();
     property::free_all();
-    if (fd_flock >= 0)
-        flock(fd_flock, LOCK_UN);
+    release_run_lock();
     return status;
 }

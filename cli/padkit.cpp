@@ -36,6 +36,7 @@ void print_usage() {
 }
 
 void list_properties() {
+    platform_register_properties();
     for (const auto& group : property_group::get_groups()) {
         print_line("%s :", group.first.c_str());
         for (const auto& member : group.second->properties) {
@@ -120,7 +121,8 @@ int padkit_main(int argc, char** argv) {
     if (!take_run_lock())
         return -1;
 
-    platform_register_properties();
+    // Other requests register only the properties they name.
+    property::find_unregistered = platform_register_property;
     const int status = serve_request(argc, argv);
 
     property_group::free_all();

@@ -5,6 +5,8 @@
 
 int property::number_mode = 0;
 
+property::finder property::find_unregistered = nullptr;
+
 property::property(const std::string& name, bool delete_on_unregister)
     : name(name), delete_on_unregister(delete_on_unregister) {}
 
@@ -24,11 +26,13 @@ property::property_map& property::properties() {
 
 property* property::get_property(const std::string& name) {
     auto found = properties().find(name);
-    return found == properties().end() ? nullptr : found->second;
+    if (found != properties().end())
+        return found->second;
+    return find_unregistered ? find_unregistered(name) : nullptr;
 }
 
 property* property::register_property(property_group* group, property* prop) {
-    if (get_property(prop->name))
+    if (properties().count(prop->name))
         return nullptr;
     properties()[prop->name] = prop;
     group->add_property(prop);

@@ -176,14 +176,19 @@ property_register::property_register(const std::string& name, reg_info* reg, reg
 property_register::~property_register() = default;
 
 void property_register::register_as_property(property_group* group, reg_info* reg) {
-    for (const auto& entry : reg->subvals) {
-        const std::string name = reg->name + "::" + entry.first;
-        auto* prop = new property_register(name, reg, entry.second);
-        if (!property::register_property(group, prop)) {
-            std::fprintf(stderr, "property %s is already registered.\n", name.c_str());
-            delete prop;
-        }
-    }
+    for (const auto& entry : reg->subvals)
+        register_as_property(group, reg, entry.first, entry.second);
+}
+
+property* property_register::register_as_property(property_group* group, reg_info* reg,
+                                                  const std::string& field_name,
+                                                  reg_subval* field) {
+    auto* prop = new property_register(reg->name + "::" + field_name, reg, field);
+    if (property::register_property(group, prop))
+        return prop;
+    std::fprintf(stderr, "property %s is already registered.\n", prop->name.c_str());
+    delete prop;
+    return nullptr;
 }
 
 bool property_register::get(std::string& value) {

@@ -1,7 +1,9 @@
 // apply: all of the profiles' settings or none of them.
 #include <getopt.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,14 +23,15 @@ void print_change(const change& c) {
 // The settings that differ from the board, with the board's values; false
 // when a property cannot be read.
 bool plan(const std::vector<setting>& settings, std::vector<change>* changes) {
-    for (const setting& s : settings) {
-        std::string board;
-        if (!read_now(s.prop, &board)) {
+    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        const setting& s = settings[i];
+        if (!board[i]) {
             report("%s: unreadable; nothing written", s.prop->name.c_str());
             return false;
         }
-        if (board != s.value)
-            changes->push_back({s.prop, board, s.value});
+        if (*board[i] != s.value)
+            changes->push_back({s.prop, *board[i], s.value});
     }
     return true;
 }

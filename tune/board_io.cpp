@@ -10,6 +10,17 @@ bool read_now(property* prop, std::string* value) {
     return prop->get(*value);
 }
 
+std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props) {
+    for (property* prop : props)
+        prop->refresh();
+    std::vector<std::optional<std::string>> values;
+    for (property* prop : props) {
+        std::string value;
+        values.push_back(prop->get(value) ? std::optional<std::string>(value) : std::nullopt);
+    }
+    return values;
+}
+
 bool write_checked(property* prop, const std::string& value, std::string* problem) {
     prop->refresh();
     if (!prop->set(value)) {

@@ -3,6 +3,7 @@
 #ifndef PADKIT_TUNE_BOARD_IO_H
 #define PADKIT_TUNE_BOARD_IO_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,11 @@
 
 // The property's value as the hardware holds it now, as get() shows it.
 bool read_now(property* prop, std::string* value);
+
+// The values of the properties as the hardware holds them now, each
+// register read once; nothing for an unreadable property. Meant for a
+// caller that holds the run lock, so that nothing changes in between.
+std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props);
 
 // Writes a value that the property's check() gave as canonical (decimal, so
 // property::number_mode must be 0) and reads it back. On failure says in

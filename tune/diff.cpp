@@ -2,7 +2,9 @@
 // exits: 0 equal, 1 differences, 2 trouble.
 #include <getopt.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,13 +33,14 @@ int diff_command(int argc, char** argv) {
         return 2;
     bool trouble = false;
     std::vector<change> differences;
-    for (const setting& s : settings) {
-        std::string board;
-        if (!read_now(s.prop, &board)) {
+    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        const setting& s = settings[i];
+        if (!board[i]) {
             report("%s: unreadable", s.prop->name.c_str());
             trouble = true;
-        } else if (board != s.value) {
-            differences.push_back({s.prop, board, s.value});
+        } else if (*board[i] != s.value) {
+            differences.push_back({s.prop, *board[i], s.value});
         }
     }
     const char* separator = "\n";

@@ -1,7 +1,9 @@
 // dump: every readable property as a profile, in the order of the listing.
 #include <getopt.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -71,17 +73,18 @@ int dump_command(int argc, char** argv) {
     const char* separator = "\n";
     if (json)
         std::fputs("{", stdout);
-    for (property* prop : chosen) {
-        std::string value;
-        const bool readable = read_now(prop, &value);
-        if (!readable)
+    const std::vector<std::optional<std::string>> values = read_all_now(chosen);
+    for (std::size_t i = 0; i < chosen.size(); ++i) {
+        property* prop = chosen[i];
+        const std::string* value = values[i] ? &*values[i] : nullptr;
+        if (!value)
             status = 1;
         if (json) {
             std::printf("%s  %s: %s", separator, json_string(prop->name).c_str(),
-                        json_value(readable ? &value : nullptr).c_str());
+                        json_value(value).c_str());
             separator = ",\n";
-        } else if (readable) {
-            std::printf("%s = %s\n", prop->name.c_str(), value.c_str());
+        } else if (value) {
+            std::printf("%s = %s\n", prop->name.c_str(), value->c_str());
         } else {
             std::printf("# %s: unreadable\n", prop->name.c_str());
         }

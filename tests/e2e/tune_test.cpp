@@ -131,3 +131,105 @@ TEST(padkit_tune, bad_profiles_write_nothing) {
         EXPECT_EQ(b.files(), before);
     }
 }
+
+// A regulator made read-only in a private mount namespace refuses the last
+// write: everything written before it is put back, last first.
+TEST(padkit_tune, failed_write_is_rolled_back) {
+    tune_board b;
+    const std::string regulator = (b.dir / regulator2).string();
+    b.launcher = {"unshare", "-m", "sh", "-c",
+                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
+                  regulator};
+    if (b.run({"--version"}).status != 0)
+        GTEST_SKIP() << "no private mount namespace here";
+    b.change("p", "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
+                  "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
+    b.launcher.clear();
+    const std::string before = b.run({"dump"}).out;
+    b.launcher = {"unshare", "-m", "sh", "-c",
+                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
+                  regulator};
+    const result got = b.run({"apply", (b.dir / "p").string()});
+    EXPECT_EQ(got.status, 1);
+    const std::string p = "padkit-tune-sim: ";
+    EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
+                           "cpu_regulator::microvolts: restored to 1100000\n" + p +
+                           "mmc::rdqs: restored to 37\n" + p + "tarnm-ddrb-read3::dq5: restored to 0\n" +
+                           p + "mac-tx::delay: restored to 0\n" + p +
+                           "apply failed; every property is as it was\n");
+    b.launcher.clear();
+    EXPECT_EQ(b.run({"dump"}).out, before);
+}
+
+struct cli_row {
+    strings args;
+    std::vector<std::pair<std::string, const char*>> setup;  // board file, content (nullptr removes)
+    std::string out, err_start;
+    int status;
+};
+
+const std::string profile = "tarnm-ddra-read0::dq = {1,2,3,4,5,6,7,8}\nmac-tx::delay = 0x1\n"
+                            "tarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\ncpu_regulator::microvolts = 1200000\n";
+const cli_row cli_rows[] = {
+    {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump", 2},
+    {{"--version"}, {}, "padkit-tune-sim " PADKIT_VERSION "\n", "", 0},
+    {{"--help"}, {},
+     "usage: padkit-tune-sim dump [-x] [--json] [NAME|GROUP ...]\n       padkit-tune-sim diff [--json] FILE ...\n"
+     "       padkit-tune-sim apply [-n|--dry-run] [-v] FILE ...\n"
+     "       padkit-tune-sim apply --system [-n|--dry-run] [-v]\n       padkit-tune-sim -h|--help|--version\n"
+     "A FILE of - is standard input.\n", "", 0},
+    {{"sweep"}, {}, "", "padkit-tune-sim: unknown subcommand sweep\nusage:", 2},
+    {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:", 2},
+    {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:", 2},
+    {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:", 2},
+    {{"diff", "B/nope"}, {}, "", "padkit-tune-sim: B/nope: No such file or directory\n", 2},
+    {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"}, {{"regs", "0x140000 0x200\n"}},
+     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": 37,\n"
+     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n", "", 0},
+    {{"dump", "-x", "mac-tx::delay", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", nullptr}, {"regs", "0x140000 0x300\n"}},
+     "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open B/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
+    {{"dump", "--json", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", "1\n"}}, "{\n  \"mmc::rdqs\": null\n}\n", "", 1},
+    {{"diff", "B/p"}, {{"p", profile.c_str()}},
+     "tarnm-ddra-read0::dq0: 0 -> 1\ntarnm-ddra-read0::dq1: 0 -> 2\ntarnm-ddra-read0::dq3: 0 -> 4\n"
+     "tarnm-ddra-read0::dq4: 0 -> 5\ntarnm-ddra-read0::dq5: 0 -> 6\ntarnm-ddra-read0::dq6: 0 -> 7\n"
+     "tarnm-ddra-read0::dq7: 0 -> 8\nmac-tx::delay: 0 -> 1\ncpu_regulator::microvolts: 1100000 -> 1200000\n",
+     "", 1},
+    {{"diff", "--json", "B/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
+     "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", 1},
+    {{"diff", "B/p"}, {{"p", "mmc::rdqs = 3"}, {"sys/kernel/debug/mmc0/rdqs", "x"}}, "",
+     "current value 0 is not valid, valid range = 2 ~ 255\n", 2},
+    {{"apply", "-n", "B/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 9\nmac-rx::delay = 0"}},
+     "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 9\n", "", 0},
+    {{"apply", "--system"}, {}, "", "", 0},
+    {{"apply", "--system", "-v"},
+     {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},
+      {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}},
+     "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", 0},
+};
+
+TEST(padkit_tune, command_line) {
+    for (const cli_row& row : cli_rows) {
+        SCOPED_TRACE(testing::PrintToString(row.args));
+        tune_board b;
+        for (const auto& [path, content] : row.setup) {
+            if (content && fs::path(path).has_parent_path())
+                fs::create_directories((b.dir / path).parent_path());
+            b.change(path, content);
+        }
+        const auto before = b.files();
+        strings args = row.args;
+        for (std::string& arg : args)
+            if (arg.rfind("B/", 0) == 0)
+                arg = (b.dir / arg.substr(2)).string();
+        const result got = b.run(args);
+        std::string err_start = row.err_start;
+        if (err_start.find("B/") != std::string::npos)
+            err_start.replace(err_start.find("B/"), 1, b.dir.string());
+        EXPECT_EQ(got.out, row.out);
+        EXPECT_EQ(got.err.substr(0, err_start.size()), err_start);
+        EXPECT_EQ(got.status, row.status);
+        if (row.args.size() > 1 && row.args[1] == "-n") {
+            EXPECT_EQ(b.files(), before);
+        }
+    }
+}

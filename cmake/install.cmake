@@ -12,17 +12,28 @@ include(GNUInstallDirs)
 
 set(padkit_completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-install(TARGETS padkit RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(TARGETS padkit padkit-tune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit-tune.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+        DESTINATION ${padkit_completions} RENAME padkit-tune)
+
+# Boot: a systemd unit and an init script that apply /etc/padkit.d. Neither
+# is enabled by the installation or the package.
+install(FILES ${PROJECT_SOURCE_DIR}/boot/padkit-tune.service DESTINATION lib/systemd/system)
+install(PROGRAMS ${PROJECT_SOURCE_DIR}/boot/padkit-tune.init
+        DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/init.d RENAME padkit-tune)
 install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
         DESTINATION ${padkit_completions} RENAME padkit)
 
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
-    install(TARGETS padkit-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS padkit-sim padkit-tune-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
             DESTINATION ${padkit_completions} RENAME padkit-sim)
+    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+            DESTINATION ${padkit_completions} RENAME padkit-tune-sim)
 endif()
 
 # Debian architecture of the binaries: the target's when cross compiling.

@@ -8,16 +8,18 @@ fails=0
 expect() { [ "$1" = "$2" ] || { echo "FAIL $3: expected '$1', got '$2'"; fails=1; }; }
 # The files that an installation holds, each after the prefix $1.
 installed() {
-    local f=(sbin/padkit share/man/man8/padkit.8 share/bash-completion/completions/padkit)
-    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1
-        share/bash-completion/completions/padkit-sim)
+    local c=share/bash-completion/completions
+    local f=(sbin/padkit share/man/man8/padkit.8 $c/padkit sbin/padkit-tune share/man/man8/padkit-tune.8
+        $c/padkit-tune lib/systemd/system/padkit-tune.service etc/init.d/padkit-tune)
+    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1 $c/padkit-sim
+        bin/padkit-tune-sim $c/padkit-tune-sim)
     printf "$1%s\n" "${f[@]}" | sort | xargs
 }
 
 case $case in
 man)
     command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
-    pages=("$src/doc/padkit.8" "$src/doc/padkit-sim.1")
+    pages=("$src/doc/padkit.8" "$src/doc/padkit-sim.1" "$src/doc/padkit-tune.8")
     expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint"
     ! command -v groff >/dev/null ||
         expect "" "$(groff -t -man -ww -z "${pages[@]}" 2>&1)" "groff warnings" ;;
@@ -40,6 +42,16 @@ completion)
     expect "" "$(complete_line "padkit-sim -l ")" "nothing after -l"
     expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
     [ -f "$PADKIT_SIM_DIR/regs" ] || { echo "FAIL: padkit-sim did not run on the board"; fails=1; } ;;
+boot)
+    command -v systemd-analyze >/dev/null || "$src/scripts/need-packages" systemd || exit 77
+    command -v shellcheck >/dev/null || "$src/scripts/need-packages" shellcheck || exit 77
+    # verify looks for the command in the host's own directories: point it at a stand-in.
+    cp "$(type -P true)" "$tmp/padkit-tune"
+    sed "s|^ExecStart=padkit-tune |ExecStart=$tmp/padkit-tune |" "$src/boot/padkit-tune.service" \
+        >"$tmp/padkit-tune.service"
+    expect "" "$(SYSTEMD_LOG_LEVEL=warning systemd-analyze verify --man=no \
+        "$tmp/padkit-tune.service" 2>&1)" "systemd-analyze verify"
+    expect "" "$(shellcheck -s sh "$src/boot/padkit-tune.init" 2>&1)" "shellcheck" ;;
 layout)
     cmake --install "$build" --prefix "$tmp/stage" >/dev/null || exit 1
     expect "$(installed ./)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"

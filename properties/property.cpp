@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "properties/strict_value.h"
+
 int property::number_mode = 0;
 
 property::finder property::find_unregistered = nullptr;
@@ -149,17 +151,6 @@ bool property_set::set(const std::string& value) {
     return true;
 }
 
-namespace {
-
-std::string trimmed(const std::string& text) {
-    const char* blanks = " \t";
-    const std::string::size_type first = text.find_first_not_of(blanks);
-    if (first == std::string::npos)
-        return "";
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-}  // namespace
 
 bool property_set::check_members(const std::string& value, std::vector<std::string>* canonical,
                                  std::string* problem) {

@@ -35,3 +35,11 @@ bool parse_strict_u32(const std::string& text, uint32_t* out, std::string* probl
     *out = static_cast<uint32_t>(value);
     return true;
 }
+
+std::string trimmed(const std::string& text) {
+    const char* blanks = " \t\r";
+    const std::string::size_type first = text.find_first_not_of(blanks);
+    if (first == std::string::npos)
+        return "";
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}

@@ -10,4 +10,7 @@
 // characters that fits 32 bits. On failure says why in *problem.
 bool parse_strict_u32(const std::string& text, uint32_t* out, std::string* problem);
 
+// The text without the blanks (spaces, tabs, carriage returns) around it.
+std::string trimmed(const std::string& text);
+
 #endif

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/system_paths.h"
+#include "properties/strict_value.h"
 #include "tune/report.h"
 
 namespace {
@@ -35,13 +36,6 @@ bool read_all(const std::string& path, std::string* text) {
     return !failed;
 }
 
-std::string trimmed(const std::string& text) {
-    const char* blanks = " \t\r";
-    const std::string::size_type first = text.find_first_not_of(blanks);
-    if (first == std::string::npos)
-        return "";
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 void add(std::vector<setting>* settings, property* prop, const std::string& value) {
     settings->erase(std::remove_if(settings->begin(), settings->end(),

@@ -1,18 +1,19 @@
 #include "fileprops/property_file.h"
 
-#include <iostream>
-#include <sstream>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
 
 #include "fileprops/text_file.h"
+#include "properties/strict_value.h"
 
 namespace {
 
-// A leading decimal int as stream extraction reads it: a text without a
-// number gives 0, one beyond int the nearest int limit.
+// A leading decimal int after blanks: a text without a number gives 0, one
+// beyond int the nearest int limit.
 int extract_int(const std::string& text) {
-    int number = 0;
-    std::istringstream(text) >> number;
-    return number;
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    return number < INT_MIN ? INT_MIN : number > INT_MAX ? INT_MAX : static_cast<int>(number);
 }
 
 bool is_blank(const std::string& text) {
@@ -33,13 +34,13 @@ bool property_file<int>::read_update() {
     valid = false;
     std::string word;
     if (!read_first_word(path, &word)) {
-        std::cerr << "open " << path << " failed." << std::endl;
+        std::fprintf(stderr, "open %s failed.\n", path.c_str());
         return false;
     }
     value = extract_int(word);
     if (value < min || value > max) {
-        std::cerr << "current value " << value << " is not valid, valid range = " << min << " ~ "
-                  << max << std::endl;
+        std::fprintf(stderr, "current value %d is not valid, valid range = %d ~ %d\n", value, min,
+                     max);
         return false;
     }
     valid = true;
@@ -53,9 +54,25 @@ bool property_file<int>::get(std::string& out) {
     return true;
 }
 
+bool property_file<int>::check(const std::string& text, std::string* canonical,
+                               std::string* problem) {
+    uint32_t number = 0;
+    if (!parse_strict_u32(text, &number, problem))
+        return false;
+    const long long wanted = number;
+    if (wanted < min || wanted > max) {
+        *problem = text + " is not in " + std::to_string(min) + ".." + std::to_string(max);
+        return false;
+    }
+    *canonical = std::to_string(number);
+    return true;
+}
+
+void property_file<int>::refresh() { read_update(); }
+
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
-    std::cerr << "apply current value " << value << " to " << text << "is limited to " << bound
-              << std::endl;
+    std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),
+                 bound);
 }
 
 bool property_file<int>::set(const std::string& text) {
@@ -64,7 +81,7 @@ bool property_file<int>::set(const std::string& text) {
     const bool relative = text.size() > 1 && (text[0] == '-' || text[0] == '+');
     const std::string number_text = relative ? text.substr(1) : text;
     if (is_blank(number_text)) {
-        std::cerr << "failed to parse value " << text << std::endl;
+        std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
         return false;
     }
     const long long number = extract_int(number_text);
@@ -101,7 +118,7 @@ bool property_file<int>::commit() {
     if (!valid)
         return false;
     if (!write_text(path, std::to_string(value))) {
-        std::cerr << "open " << path << " failed." << std::endl;
+        std::fprintf(stderr, "open %s failed.\n", path.c_str());
         return false;
     }
     return true;

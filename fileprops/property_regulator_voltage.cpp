@@ -1,11 +1,13 @@
 #include "fileprops/property_regulator_voltage.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
-#include <iostream>
 
 #include "fileprops/text_file.h"
+#include "properties/strict_value.h"
 
 namespace {
 
@@ -89,13 +91,13 @@ bool property_regulator_voltage::set(const std::string& value) {
         return false;
     double number = 0;
     if (!parse_double(value, &number)) {
-        std::cerr << "failed to parse value " << value << std::endl;
+        std::fprintf(stderr, "failed to parse value %s\n", value.c_str());
         return false;
     }
     uint32_t target = 0;
     if (value.size() >= 2 && value.back() == '%') {
         if (number > pct_max || number < pct_min) {
-            std::cerr << "percentage " << number << "%: out of range" << std::endl;
+            std::fprintf(stderr, "percentage %g%%: out of range\n", number);
             return false;
         }
         target = to_microvolts(std::ceil(base_uv * number / 100 / step_uv) * step_uv);
@@ -103,8 +105,34 @@ bool property_regulator_voltage::set(const std::string& value) {
         target = to_microvolts(std::ceil(number / step_uv) * step_uv);
     }
     if (target < min_uv || target > max_uv) {
-        std::cerr << target << "mv: out of range(" << min_uv << "-" << max_uv << ")" << std::endl;
+        std::fprintf(stderr, "%" PRIu32 "mv: out of range(%" PRIu32 "-%" PRIu32 ")\n", target,
+                     min_uv, max_uv);
         return false;
     }
     return _fileintwrite(path + "/microvolts", static_cast<int>(target));
 }
+
+bool property_regulator_voltage::check(const std::string& value, std::string* canonical,
+                                       std::string* problem) {
+    uint32_t microvolts = 0;
+    if (!parse_strict_u32(value, &microvolts, problem))
+        return false;
+    if (!_load_limits()) {
+        *problem = "cannot read the limits of " + path;
+        return false;
+    }
+    if (microvolts < min_uv || microvolts > max_uv) {
+        *problem = value + " is not in the regulator's limits " + std::to_string(min_uv) + ".." +
+                   std::to_string(max_uv);
+        return false;
+    }
+    if (microvolts % static_cast<uint32_t>(step_uv) != 0) {
+        *problem = value + " is not a multiple of " + std::to_string(static_cast<uint32_t>(step_uv)) +
+                   " microvolts";
+        return false;
+    }
+    *canonical = std::to_string(microvolts);
+    return true;
+}
+
+void property_regulator_voltage::refresh() { limits_loaded = false; }

@@ -1,11 +1,12 @@
 #include "registers/regctl.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
-#include <iostream>
-#include <sstream>
 
+#include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
 
 namespace {
@@ -53,9 +54,24 @@ const std::string& reg_subval::get_desc() { return desc; }
 
 void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t min, uint32_t max,
                                     uint32_t limit) {
-    std::cerr << "warning! applying " << delta << " to current value " << current
-              << " is out of range (" << min << " ~ " << max << "). adjusted to " << limit
-              << std::endl;
+    std::fprintf(stderr,
+                 "warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32
+                 " ~ %" PRIu32 "). adjusted to %" PRIu32 "\n",
+                 delta, current, min, max, limit);
+}
+
+bool reg_subval::accepts(uint32_t v) {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    get_limits(&min, &max);
+    return v >= min && v <= max;
+}
+
+std::string reg_subval::valid_values() {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    get_limits(&min, &max);
+    return "in " + std::to_string(min) + ".." + std::to_string(max);
 }
 
 uint32_t reg_subval::clamp(long long value, uint32_t current, long long delta) {
@@ -98,6 +114,8 @@ uint32_t reg_bitmask::apply_subval(uint32_t word, uint32_t v) {
     return (word & ~(mask << shift)) | (v << shift);
 }
 
+bool reg_bitmask::accepts(uint32_t v) { return check_subval(v); }
+
 bool reg_bitmask::_before_set(uint32_t&) { return true; }
 
 bool reg_bitmask::_after_read(uint32_t&) { return true; }
@@ -128,6 +146,13 @@ reg_bitmask_map::reg_bitmask_map(int msb, int lsb, const std::string& name,
 reg_bitmask_map::~reg_bitmask_map() = default;
 
 bool reg_bitmask_map::check_subval(uint32_t v) { return value_map->count(v) != 0; }
+
+std::string reg_bitmask_map::valid_values() {
+    std::string keys;
+    for (const auto& entry : *value_map)
+        keys += (keys.empty() ? "one of " : ", ") + std::to_string(entry.first);
+    return keys;
+}
 
 bool reg_bitmask_map::_before_set(uint32_t& v) {
     auto found = value_map->find(v);
@@ -167,6 +192,8 @@ uint32_t reg_info::load(reg_subval*) {
 
 void reg_info::store(reg_subval*, uint32_t word) { value = word; }
 
+void reg_info::invalidate() { loaded = false; }
+
 void reg_info::add_garbage() { reginfo_garbages().items.push_back(this); }
 
 property_register::property_register(const std::string& name, reg_info* reg, reg_subval* subval)
@@ -175,26 +202,28 @@ property_register::property_register(const std::string& name, reg_info* reg, reg
 property_register::~property_register() = default;
 
 void property_register::register_as_property(property_group* group, reg_info* reg) {
-    for (const auto& entry : reg->subvals) {
-        const std::string name = reg->name + "::" + entry.first;
-        auto* prop = new property_register(name, reg, entry.second);
-        if (!property::register_property(group, prop)) {
-            std::cerr << "property " << name << " is already registered." << std::endl;
-            delete prop;
-        }
-    }
+    for (const auto& entry : reg->subvals)
+        register_as_property(group, reg, entry.first, entry.second);
+}
+
+property* property_register::register_as_property(property_group* group, reg_info* reg,
+                                                  const std::string& field_name,
+                                                  reg_subval* field) {
+    auto* prop = new property_register(reg->name + "::" + field_name, reg, field);
+    if (property::register_property(group, prop))
+        return prop;
+    std::fprintf(stderr, "property %s is already registered.\n", prop->name.c_str());
+    delete prop;
+    return nullptr;
 }
 
 bool property_register::get(std::string& value) {
     uint32_t field = 0;
     if (!subval->get(reg, &field))
         return false;
-    std::ostringstream text;
-    if (number_mode == 1)
-        text << "0x" << std::hex << field;
-    else
-        text << field;
-    value = text.str();
+    char text[16];
+    std::snprintf(text, sizeof text, number_mode == 1 ? "0x%" PRIx32 : "%" PRIu32, field);
+    value = text;
     return true;
 }
 
@@ -214,7 +243,7 @@ bool parse_number(const std::string& text, int base, bool as_unsigned, long long
 }
 
 bool report_unparsable(const std::string& text) {
-    std::cerr << "failed to parse value " << text << std::endl;
+    std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
     return false;
 }
 
@@ -245,3 +274,18 @@ bool property_register::set(const std::string& value) {
 }
 
 void property_register::get_help(std::string& help) { help = subval->get_desc(); }
+
+bool property_register::check(const std::string& value, std::string* canonical,
+                              std::string* problem) {
+    uint32_t number = 0;
+    if (!parse_strict_u32(value, &number, problem))
+        return false;
+    if (!subval->accepts(number)) {
+        *problem = value + " is not " + subval->valid_values();
+        return false;
+    }
+    *canonical = std::to_string(number);
+    return true;
+}
+
+void property_register::refresh() { reg->invalidate(); }

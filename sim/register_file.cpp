@@ -5,12 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -68,13 +67,23 @@ bool parse_hex(const std::string& text, uint32_t* out) {
     return true;
 }
 
+// The next blank-delimited word of text from *at on ("" at the end).
+std::string next_word(const std::string& text, std::string::size_type* at) {
+    static const char blanks[] = " \t\n\v\f\r";
+    const std::string::size_type start = std::min(text.find_first_not_of(blanks, *at), text.size());
+    *at = std::min(text.find_first_of(blanks, start), text.size());
+    return text.substr(start, *at - start);
+}
+
 // A later line for the same word replaces an earlier one.
 bool parse_line(const std::string& line, board_words* words) {
-    std::istringstream in(line.substr(0, line.find('#')));
-    std::string where, value, extra;
-    if (!(in >> where))
+    const std::string entry = line.substr(0, line.find('#'));
+    std::string::size_type next = 0;
+    const std::string where = next_word(entry, &next);
+    if (where.empty())
         return true;
-    in >> value >> extra;
+    const std::string value = next_word(entry, &next);
+    const std::string extra = next_word(entry, &next);
     word_key key;
     uint32_t word = 0;
     const std::string::size_type at = where.find('@');
@@ -107,13 +116,14 @@ bool load(board_words* words, mode_t* mode) {
     std::string text;
     if (!read_file(path, &text, mode))
         return false;
-    std::istringstream lines(text);
-    std::string line;
-    for (int number = 1; std::getline(lines, line); ++number) {
-        if (!parse_line(line, words)) {
-            std::cerr << path << ":" << number << ": bad register entry" << std::endl;
+    std::string::size_type start = 0;
+    for (int number = 1; start < text.size(); ++number) {
+        const std::string::size_type end = std::min(text.find('\n', start), text.size());
+        if (!parse_line(text.substr(start, end - start), words)) {
+            std::fprintf(stderr, "%s:%d: bad register entry\n", path.c_str(), number);
             return false;
         }
+        start = end + 1;
     }
     return true;
 }

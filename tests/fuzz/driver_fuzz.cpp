@@ -1,6 +1,5 @@
 // The driver's whole argument vector: one run per input, the words separated
-// by newlines. The driver is compiled in so that its lock descriptor can be
-// closed between runs.
+// by newlines.
 #include <unistd.h>
 
 #include <cstddef>
@@ -11,12 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "cli/padkit.h"
 #include "platform/tarnm.h"
 #include "tests/unit/fake_hw.h"
-
-#define main padkit_main
-#include "cli/padkit.cpp"
-#undef main
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     // Built once before the first run: a run's end must not delete them.
@@ -42,8 +38,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     property::number_mode = 0;
     fake_hw::reset();
     const int status = padkit_main(static_cast<int>(words.size()), argv.data());
-    close(fd_flock);
-    fd_flock = -1;
     if (status != 0 && status != -2 && status != -3 && status != -10 && status != -11)
         abort();  // not even -1: the board's lock can always be taken here
     return 0;

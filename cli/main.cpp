@@ -1,0 +1,3 @@
+#include "cli/padkit.h"
+
+int main(int argc, char** argv) { return padkit_main(argc, argv); }

@@ -1,0 +1,13 @@
+// The lock that keeps two runs from touching the board at the same time.
+#ifndef PADKIT_RUN_LOCK_H
+#define PADKIT_RUN_LOCK_H
+
+// Opens the board's lock file on first use and takes the exclusive lock,
+// waiting for another run to release it. On failure says why on standard
+// error and returns false.
+bool take_run_lock();
+
+// Releases the lock; the file stays open, so it can be taken again.
+void release_run_lock();
+
+#endif

@@ -148,8 +148,8 @@ private:
     int finish(bool every_window) {
         print_chart(stdout, results);
         std::fflush(stdout);
-        const bool files_written = write_file(csv, options.csv_path, print_csv) &
-                                   write_file(svg, options.svg_path, print_svg);
+        const bool csv_written = write_file(csv, options.csv_path, print_csv);
+        const bool svg_written = write_file(svg, options.svg_path, print_svg);
         if (ended == cut::signal) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
@@ -160,7 +160,7 @@ private:
             return 3;
         if (ended == cut::not_started)
             return 2;
-        return ended == cut::write_failed || !every_window || !files_written ? 1 : 0;
+        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? 1 : 0;
     }
 
     bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
@@ -236,7 +236,8 @@ int sweep_command(int argc, char** argv) {
     for (auto [path, file] : {std::make_pair(&options.csv_path, &csv), std::make_pair(&options.svg_path, &svg)}) {
         if (path->empty())
             continue;
-        file->reset(std::fopen(path->c_str(), "w"));
+        // Close-on-exec: the test command has no business with them.
+        file->reset(std::fopen(path->c_str(), "we"));
         if (!*file) {
             report("cannot write %s: %s; nothing written", path->c_str(), std::strerror(errno));
             return 2;

@@ -14,17 +14,17 @@ std::string window_summary(const sweep_row& row, const std::vector<long long>& a
            std::to_string(axis[window_centre(window, axis)]);
 }
 
-static char cell_mark(outcome result) {
-    switch (result) {
-    case outcome::pass:
-        return '#';
-    case outcome::fail:
-        return '.';
-    case outcome::timeout:
-        break;
-    }
-    return 'T';
-}
+namespace {
+
+// By outcome: the chart's mark and the name in files.
+const struct {
+    char mark;
+    const char* name;
+} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}};
+
+}  // namespace
+
+const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
 
 void print_chart(std::FILE* out, const sweep_results& results) {
     if (results.axis.empty())
@@ -50,23 +50,11 @@ void print_chart(std::FILE* out, const sweep_results& results) {
     for (const sweep_row& row : results.rows) {
         std::string cells;
         for (outcome result : row.results)
-            cells += cell_mark(result);
+            cells += outcome_texts[static_cast<int>(result)].mark;
         std::fprintf(out, "%-*s%s\n", indent, row.name.c_str(), cells.c_str());
     }
     for (const sweep_row& row : results.rows)
         std::fprintf(out, "%s\n", window_summary(row, results.axis).c_str());
-}
-
-const char* outcome_name(outcome result) {
-    switch (result) {
-    case outcome::pass:
-        return "pass";
-    case outcome::fail:
-        return "fail";
-    case outcome::timeout:
-        break;
-    }
-    return "timeout";
 }
 
 void print_csv(std::FILE* out, const sweep_results& results) {

@@ -19,9 +19,11 @@ void print_usage(std::FILE* out) {
                  "       %s diff [--json] FILE ...\n"
                  "       %s apply [-n|--dry-run] [-v] FILE ...\n"
                  "       %s apply --system [-n|--dry-run] [-v]\n"
+                 "       %s sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+                 "             [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
                  "       %s -h|--help|--version\n"
                  "A FILE of - is standard input.\n",
-                 name, name, name, name, name);
+                 name, name, name, name, name, name);
 }
 
 int usage_error(const std::string& problem) {
@@ -55,6 +57,8 @@ int serve(int argc, char** argv) {
         return diff_command(argc - 1, argv + 1);
     if (command == "apply")
         return apply_command(argc - 1, argv + 1);
+    if (command == "sweep")
+        return sweep_command(argc - 1, argv + 1);
     return usage_error("unknown subcommand " + command);
 }
 

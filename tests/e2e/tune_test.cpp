@@ -176,9 +176,11 @@ const cli_row cli_rows[] = {
     {{"--help"}, {},
      "usage: padkit-tune-sim dump [-x] [--json] [NAME|GROUP ...]\n       padkit-tune-sim diff [--json] FILE ...\n"
      "       padkit-tune-sim apply [-n|--dry-run] [-v] FILE ...\n"
-     "       padkit-tune-sim apply --system [-n|--dry-run] [-v]\n       padkit-tune-sim -h|--help|--version\n"
-     "A FILE of - is standard input.\n", "", 0},
-    {{"sweep"}, {}, "", "padkit-tune-sim: unknown subcommand sweep\nusage:", 2},
+     "       padkit-tune-sim apply --system [-n|--dry-run] [-v]\n"
+     "       padkit-tune-sim sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "             [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "       padkit-tune-sim -h|--help|--version\nA FILE of - is standard input.\n", "", 0},
+    {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:", 2},
     {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:", 2},
     {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:", 2},
     {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:", 2},

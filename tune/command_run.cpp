@@ -43,7 +43,9 @@ bool wait_for_end(pid_t pid, steady::time_point until) {
     }
 }
 
-// SIGCONT wakes a group stopped by job control, so that it sees the SIGTERM.
+// Ends whatever runs in the child's group and reaps the child; gives its
+// wait status. SIGCONT wakes a group stopped by job control, so that it sees
+// the SIGTERM.
 int end_group(pid_t pid) {
     kill(-pid, SIGTERM);
     kill(-pid, SIGCONT);
@@ -125,8 +127,8 @@ command_result run_command(const std::vector<std::string>& argv, const environme
         if (arrived < 0 && errno == EAGAIN && every_second)
             every_second();
     }
-    int status = 0;
-    waitpid(pid, &status, 0);
+    // What it left running in its group would overlap the next value.
+    const int status = end_group(pid);
     return {WIFEXITED(status) && WEXITSTATUS(status) == 0 ? command_result::passed : command_result::failed,
             0};
 }

@@ -21,11 +21,11 @@ using environment = std::vector<std::pair<std::string, std::string>>;
 // How long a command's process group has between SIGTERM and SIGKILL.
 constexpr double kill_grace_seconds = 2;
 
-// Passed: the command exited with 0 within the time limit. When it ends,
-// when the limit has passed, or when a stop signal arrives, its whole
-// process group gets SIGTERM and, after the grace, SIGKILL, so that nothing
-// it started runs on into the next value. every_second runs about once a
-// second while the command runs.
+// Passed: the command exited with 0 within the time limit. Past the limit,
+// or when a stop signal arrives, its whole process group gets SIGTERM and,
+// after the grace, SIGKILL; when it exits, what it left running in the group
+// gets both at once, so that nothing of it runs on into the next value.
+// every_second runs about once a second while the command runs.
 command_result run_command(const std::vector<std::string>& argv, const environment& extra,
                            double timeout_seconds, const stop_signals& stop,
                            const std::function<void()>& every_second);

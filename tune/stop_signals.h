@@ -1,6 +1,7 @@
 // SIGINT, SIGTERM and SIGHUP as requests to stop: blocked while an object of
 // this class lives and taken only where stopping is safe, so that whatever
 // runs between two such points (a write, a restore) is never cut short.
+// Those still pending when it goes act as they would have.
 #ifndef PADKIT_STOP_SIGNALS_H
 #define PADKIT_STOP_SIGNALS_H
 

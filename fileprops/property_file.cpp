@@ -1,18 +1,16 @@
 #include "fileprops/property_file.h"
 
-#include <iostream>
-#include <sstream>
-
-#include "fileprops/text_file.h"
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
 // A leading decimal int as stream extraction reads it: a text without a
 // number gives 0, one beyond int the nearest int limit.
 int extract_int(const std::string& text) {
-    int number = 0;
-    std::istringstream(text) >> number;
-    return number;
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    return number < INT_MIN ? INT_MIN : number > INT_MAX ? INT_MAX : static_cast<int>(number);
 }
 
 bool is_blank(const std::string& text) {
@@ -23,7 +21,7 @@ bool is_blank(const std::string& text) {
 
 property_file<int>::property_file(const std::string& name, const std::string& path, int min,
                                   int max)
-    : property(name), path(path), min(min), max(max) {
+    : property(name), file(path), min(min), max(max) {
     read_update();
 }
 
@@ -32,39 +30,47 @@ property_file<int>::~property_file() = default;
 bool property_file<int>::read_update() {
     valid = false;
     std::string word;
-    if (!read_first_word(path, &word)) {
-        std::cerr << "open " << path << " failed." << std::endl;
+    if (!file.read_first_word(&word)) {
+        report("open " + file.path() + " failed.");
         return false;
     }
     value = extract_int(word);
     if (value < min || value > max) {
-        std::cerr << "current value " << value << " is not valid, valid range = " << min << " ~ "
-                  << max << std::endl;
+        report("current value " + std::to_string(value) + " is not valid, valid range = " +
+               std::to_string(min) + " ~ " + std::to_string(max));
         return false;
     }
+    last_report.clear();
     valid = true;
     return true;
 }
 
+void property_file<int>::report(const std::string& message) {
+    if (message == last_report)
+        return;
+    last_report = message;
+    std::fprintf(stderr, "%s\n", message.c_str());
+}
+
 bool property_file<int>::get(std::string& out) {
-    if (!valid)
+    if (!read_update())
         return false;
     out = std::to_string(value);
     return true;
 }
 
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
-    std::cerr << "apply current value " << value << " to " << text << "is limited to " << bound
-              << std::endl;
+    std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),
+                 bound);
 }
 
 bool property_file<int>::set(const std::string& text) {
-    if (!valid)
+    if (!read_update())
         return false;
     const bool relative = text.size() > 1 && (text[0] == '-' || text[0] == '+');
     const std::string number_text = relative ? text.substr(1) : text;
     if (is_blank(number_text)) {
-        std::cerr << "failed to parse value " << text << std::endl;
+        std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
         return false;
     }
     const long long number = extract_int(number_text);
@@ -100,9 +106,8 @@ bool property_file<int>::set(const std::string& text) {
 bool property_file<int>::commit() {
     if (!valid)
         return false;
-    if (!write_text(path, std::to_string(value))) {
-        std::cerr << "open " << path << " failed." << std::endl;
-        return false;
-    }
-    return true;
+    const write_result result = file.write(std::to_string(value));
+    if (result == write_result::not_opened)
+        report("open " + file.path() + " failed.");
+    return result == write_result::written;
 }

@@ -7,10 +7,14 @@
 #include <string>
 
 #include "cli/run_lock.h"
+#include "cli/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 
 namespace {
+
+// Status of a run whose request was served but whose output was lost.
+constexpr int output_failed = -12;
 
 void print_usage() {
     std::cout << "padkit [options] [<property> [value if write]]" << std::endl;
@@ -112,5 +116,6 @@ int padkit_main(int argc, char** argv) {
     property_group::free_all();
     property::free_all();
     release_run_lock();
-    return status;
+    const bool output_written = standard_output_written();
+    return status == 0 && !output_written ? output_failed : status;
 }

@@ -17,7 +17,7 @@ fi
 mount_board() {
     local img stage d
     img=$(mktemp) && stage=$(mktemp -d) && truncate -s 16M "$img" && mount -t tmpfs tmpfs "$stage" || return
-    for d in null zero urandom; do touch "$stage/$d" && mount --bind "/dev/$d" "$stage/$d" || return; done
+    for d in null zero urandom full; do touch "$stage/$d" && mount --bind "/dev/$d" "$stage/$d" || return; done
     touch "$stage/zeb_mem" && mount --bind "$img" "$stage/zeb_mem" && cp "$bin" "$stage/.padkit" &&
         mount --move "$stage" /dev && rmdir "$stage" && rm "$img" || return
     for d in /sys/class /sys/kernel/debug /tmp; do mount -t tmpfs tmpfs "$d" || return; done
@@ -64,6 +64,13 @@ files)
     for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
         set -- $set; run_full "$1" "$2"; expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
     done ;;
+streams)  # a closed output must not become the lock file; a full one fails the run
+    "${padkit[@]}" mmc::rdqs >&- 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >&-"
+    expect "0|PADKIT: get mmc::rdqs := 37"; what="lock file"; expect "" "$(cat /tmp/padkit.lock)"
+    "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
+    expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed."
+    "${padkit[@]}" -l >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit -l >/dev/full"
+    expect "244|write standard output failed." ;;
 no-device)
     umount /dev/zeb_mem && rm /dev/zeb_mem
     run ehci0-phy::tx-vref; expect "0|0|open /dev/zeb_mem failed."$'\n'"PADKIT: get ehci0-phy::tx-vref := 0"

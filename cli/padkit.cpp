@@ -3,7 +3,8 @@
 
 #include <unistd.h>
 
-#include <iostream>
+#include <cstdarg>
+#include <cstdio>
 #include <string>
 
 #include "cli/run_lock.h"
@@ -16,22 +17,36 @@ namespace {
 // Status of a run whose request was served but whose output was lost.
 constexpr int output_failed = -12;
 
+// One line on standard output, flushed at once so that it keeps its place
+// among the messages on standard error, also through a pipe.
+__attribute__((format(printf, 1, 2))) void print_line(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    std::vprintf(format, arguments);
+    va_end(arguments);
+    std::putchar('\n');
+    std::fflush(stdout);
+}
+
+void report_unknown_property() { std::fputs("No such property registered.\n", stderr); }
+
 void print_usage() {
-    std::cout << "padkit [options] [<property> [value if write]]" << std::endl;
-    std::cout << "options:" << std::endl;
-    std::cout << "\t-h            : help" << std::endl;
-    std::cout << "\t-i            : interactive mode" << std::endl;
-    std::cout << "\t-l            : list all properties" << std::endl;
-    std::cout << "\t-x            : show hex value (default decimal)" << std::endl;
+    print_line("padkit [options] [<property> [value if write]]");
+    print_line("options:");
+    print_line("\t-h            : help");
+    print_line("\t-i            : interactive mode");
+    print_line("\t-l            : list all properties");
+    print_line("\t-x            : show hex value (default decimal)");
 }
 
 void list_properties() {
+    platform_register_properties();
     for (const auto& group : property_group::get_groups()) {
-        std::cout << group.first << " :" << std::endl;
+        print_line("%s :", group.first.c_str());
         for (const auto& member : group.second->properties) {
             std::string help;
             member.second->get_help(help);
-            std::cout << "\t" << member.second->name << " : " << help << std::endl;
+            print_line("\t%s : %s", member.second->name.c_str(), help.c_str());
         }
     }
 }
@@ -40,15 +55,15 @@ void raw_read(const std::string& name) {
     property* prop = property::get_property(name);
     std::string value;
     if (prop && prop->get(value))
-        std::cout << value << std::endl;
+        print_line("%s", value.c_str());
     else
-        std::cerr << "No such property registered." << std::endl;
+        report_unknown_property();
 }
 
 // Get or set the property named at argv[first]; a following word is the value.
 int access_property(int argc, char** argv, int first) {
     if (argc - first <= 0) {
-        std::cout << ".." << first << std::endl;
+        print_line("..%d", first);
         print_usage();
         return 0;
     }
@@ -58,21 +73,21 @@ int access_property(int argc, char** argv, int first) {
 
     property* prop = property::get_property(name);
     if (!prop) {
-        std::cerr << "No such property registered." << std::endl;
+        report_unknown_property();
         return 0;
     }
     if (set_mode) {
         const bool done = prop->set(value);
-        std::cerr << "PADKIT: set " << name << " := " << value << (done ? "" : " failed.")
-                  << std::endl;
+        std::fprintf(stderr, "PADKIT: set %s := %s%s\n", name.c_str(), value.c_str(),
+                     done ? "" : " failed.");
         return done ? 0 : -11;
     }
     const bool done = prop->get(value);
-    std::cout << value << std::endl;
+    print_line("%s", value.c_str());
     if (done)
-        std::cerr << "PADKIT: get " << name << " := " << value << std::endl;
+        std::fprintf(stderr, "PADKIT: get %s := %s\n", name.c_str(), value.c_str());
     else
-        std::cerr << "PADKIT: get " << name << "failed." << std::endl;
+        std::fprintf(stderr, "PADKIT: get %sfailed.\n", name.c_str());
     return done ? 0 : -10;
 }
 
@@ -87,7 +102,7 @@ int serve_request(int argc, char** argv) {
         print_usage();
         return -2;
     case 'i':
-        std::cout << "Not supported yet." << std::endl;
+        print_line("Not supported yet.");
         return -3;
     case 'l':
         list_properties();
@@ -110,7 +125,8 @@ int padkit_main(int argc, char** argv) {
     if (!take_run_lock())
         return -1;
 
-    platform_register_properties();
+    // Other requests register only the properties they name.
+    property::find_unregistered = platform_register_property;
     const int status = serve_request(argc, argv);
 
     property_group::free_all();

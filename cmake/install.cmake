@@ -11,18 +11,50 @@
 include(GNUInstallDirs)
 
 set(padkit_completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+set(padkit_completion_script ${PROJECT_BINARY_DIR}/completion/padkit.bash)
+set(padkit_doc ${PROJECT_BINARY_DIR}/doc)
+set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
+
+# The man pages carry the project's version; the Debian changelog and
+# copyright file the version, the contact and the licence of this tree.
+foreach(page padkit.8 padkit-sim.1)
+    configure_file(${PROJECT_SOURCE_DIR}/doc/${page} ${padkit_doc}/${page} @ONLY)
+endforeach()
+configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${padkit_doc}/changelog @ONLY)
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE padkit_license_text)
+string(FIND "${padkit_license_text}" "Permission is hereby granted" padkit_license_start)
+string(SUBSTRING "${padkit_license_text}" ${padkit_license_start} -1 padkit_license_text)
+string(STRIP "${padkit_license_text}" padkit_license_text)
+string(REPLACE "\n\n" "\n.\n" padkit_license_text "${padkit_license_text}")
+string(REPLACE "\n" "\n " padkit_license_text " ${padkit_license_text}")
+configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${padkit_doc}/copyright @ONLY)
+
+# Man pages and changelog are installed compressed, as Debian wants them.
+set(padkit_compressed "")
+foreach(file padkit.8 padkit-sim.1 changelog)
+    add_custom_command(OUTPUT ${padkit_doc}/${file}.gz
+        COMMAND gzip -9nkf ${padkit_doc}/${file}
+        DEPENDS ${padkit_doc}/${file}
+        VERBATIM)
+    list(APPEND padkit_compressed ${padkit_doc}/${file}.gz)
+endforeach()
+add_custom_target(padkit_compressed_docs ALL DEPENDS ${padkit_compressed})
 
 install(TARGETS padkit RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
-install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
-install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
-        DESTINATION ${padkit_completions} RENAME padkit)
+install(FILES ${padkit_doc}/padkit.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit)
+install(FILES ${padkit_doc}/copyright ${padkit_doc}/changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(PADKIT_STATIC)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/lintian-overrides
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME padkit)
+endif()
 
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
     install(TARGETS padkit-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
-            DESTINATION ${padkit_completions} RENAME padkit-sim)
+    install(FILES ${padkit_doc}/padkit-sim.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit-sim)
 endif()
 
 # Debian architecture of the binaries: the target's when cross compiling.
@@ -48,7 +80,6 @@ endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME padkit)
 set(CPACK_PACKAGE_VENDOR "padkit developers")
-set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
     "read and change the hardware tuning of a running tarnm board")
 set(CPACK_PACKAGE_DESCRIPTION

@@ -6,8 +6,8 @@
 
 namespace {
 
-// A leading decimal int as stream extraction reads it: a text without a
-// number gives 0, one beyond int the nearest int limit.
+// A leading decimal int after blanks: a text without a number gives 0, one
+// beyond int the nearest int limit.
 int extract_int(const std::string& text) {
     const long number = std::strtol(text.c_str(), nullptr, 10);
     return number < INT_MIN ? INT_MIN : number > INT_MAX ? INT_MAX : static_cast<int>(number);

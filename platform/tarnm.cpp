@@ -6,6 +6,8 @@
 #include "fileprops/property_file.h"
 #include "fileprops/property_regulator_voltage.h"
 #include "platform/platform.h"
+#include "properties/property.h"
+#include "registers/regctl.h"
 
 // The definitions below run in this order at start-up; every list is
 // complete before a register refers to it.
@@ -174,52 +176,82 @@ const std::initializer_list<property*> regulators = {
 
 namespace {
 
-void register_registers(const std::string& group_name, std::initializer_list<reg_info*> registers) {
-    property_group* group = property_group::register_property_group(group_name);
-    for (reg_info* reg : registers)
-        property_register::register_as_property(group, reg);
+struct register_family {
+    const char* group;
+    const std::initializer_list<reg_info*>& registers;
+};
+
+const register_family register_families[] = {
+    {"tarnm-ddr", tarnm::tarnm_ddr_regs},
+    {"ehci", tarnm::ehci_regs},
+    {"i2c", tarnm::i2c_regs},
+    {"mac", tarnm::mac_regs},
+};
+
+struct file_family {
+    const char* group;
+    const std::initializer_list<property*>& properties;
+};
+
+const file_family file_families[] = {
+    {"regulator", tarnm::regulators},
+    {"mmc", tarnm::mmc_rdqs},
+};
+
+// The composite "<register>::dq" of a DQ register: all its DQ fields, in order.
+property* register_dq_composite(property_group* group, reg_info* reg) {
+    std::list<std::string> members;
+    for (const auto& field : reg->subvals)
+        members.push_back(reg->name + "::" + field.first);
+    auto* composite = new property_set(reg->name + "::dq", members);
+    if (property::register_property(group, composite))
+        return composite;
+    delete composite;
+    return nullptr;
 }
 
-// One composite "<prefix><register>::<field>" per register over its DQ fields.
-void _register_ddr_groups(std::string group, std::string prefix,
-                          std::initializer_list<const char* const> registers, std::string field,
-                          std::initializer_list<const char* const> members) {
-    for (const char* suffix : registers) {
-        std::list<std::string> names;
-        for (const char* member : members)
-            names.push_back(prefix + suffix + "::" + member);
-        auto* composite = new property_set(prefix + suffix + "::" + field, names);
-        if (!property::register_property(group, composite))
-            delete composite;
-    }
-}
+bool is_dq_register(reg_info* reg) { return dynamic_cast<tarnm::reg_info_tarn_dq*>(reg) != nullptr; }
 
 }  // namespace
 
 void platform_register_properties() {
-    register_registers("tarnm-ddr", tarnm::tarnm_ddr_regs);
-    register_registers("ehci", tarnm::ehci_regs);
-    register_registers("i2c", tarnm::i2c_regs);
-    register_registers("mac", tarnm::mac_regs);
-    for (property* regulator : tarnm::regulators)
-        property::register_property("regulator", regulator);
-    for (property* mmc : tarnm::mmc_rdqs)
-        property::register_property("mmc", mmc);
+    for (const register_family& family : register_families) {
+        property_group* group = property_group::register_property_group(family.group);
+        for (reg_info* reg : family.registers)
+            property_register::register_as_property(group, reg);
+    }
+    for (const file_family& family : file_families)
+        for (property* prop : family.properties)
+            property::register_property(family.group, prop);
+    for (const register_family& family : register_families) {
+        property_group* group = property_group::register_property_group(family.group);
+        for (reg_info* reg : family.registers)
+            if (is_dq_register(reg))
+                register_dq_composite(group, reg);
+    }
+}
 
-    const std::initializer_list<const char* const> read_fields = {"dq0", "dq1", "dq2", "dq3", "dq4", "dq5", "dq6", "dq7"};
-    const std::initializer_list<const char* const> write_fields = {"dq0", "dq1", "dq2", "dq3", "dq4", "dq5", "dq6", "dq7", "dq8"};
-    _register_ddr_groups("tarnm-ddr", "tarnm-",
-                         {"ddra-read0", "ddra-read1", "ddra-read2", "ddra-read3"}, "dq",
-                         read_fields);
-    _register_ddr_groups("tarnm-ddr", "tarnm-",
-                         {"ddra-write0", "ddra-write1", "ddra-write2", "ddra-write3"}, "dq",
-                         write_fields);
-    _register_ddr_groups("tarnm-ddr", "tarnm-",
-                         {"ddrb-read0", "ddrb-read1", "ddrb-read2", "ddrb-read3", "ddrb-read4",
-                          "ddrb-read5", "ddrb-read6", "ddrb-read7"},
-                         "dq", read_fields);
-    _register_ddr_groups("tarnm-ddr", "tarnm-",
-                         {"ddrb-write0", "ddrb-write1", "ddrb-write2", "ddrb-write3", "ddrb-write4",
-                          "ddrb-write5", "ddrb-write6", "ddrb-write7"},
-                         "dq", write_fields);
+property* platform_register_property(const std::string& name) {
+    for (const file_family& family : file_families)
+        for (property* prop : family.properties)
+            if (prop->name == name)
+                return property::register_property(family.group, prop);
+    const std::string::size_type separator = name.find("::");
+    if (separator == std::string::npos)
+        return nullptr;
+    const std::string register_name = name.substr(0, separator);
+    const std::string field_name = name.substr(separator + 2);
+    for (const register_family& family : register_families)
+        for (reg_info* reg : family.registers) {
+            if (reg->name != register_name)
+                continue;
+            property_group* group = property_group::register_property_group(family.group);
+            if (field_name == "dq" && is_dq_register(reg))
+                return register_dq_composite(group, reg);
+            const auto field = reg->subvals.find(field_name);
+            if (field == reg->subvals.end())
+                return nullptr;
+            return property_register::register_as_property(group, reg, field->first, field->second);
+        }
+    return nullptr;
 }

@@ -1,10 +1,11 @@
 #include "properties/property.h"
 
-#include <iostream>
-#include <stdexcept>
+#include <cstdio>
 #include <vector>
 
 int property::number_mode = 0;
+
+property::finder property::find_unregistered = nullptr;
 
 property::property(const std::string& name, bool delete_on_unregister)
     : name(name), delete_on_unregister(delete_on_unregister) {}
@@ -24,15 +25,14 @@ property::property_map& property::properties() {
 }
 
 property* property::get_property(const std::string& name) {
-    try {
-        return properties().at(name);
-    } catch (const std::out_of_range&) {
-        return nullptr;
-    }
+    auto found = properties().find(name);
+    if (found != properties().end())
+        return found->second;
+    return find_unregistered ? find_unregistered(name) : nullptr;
 }
 
 property* property::register_property(property_group* group, property* prop) {
-    if (get_property(prop->name))
+    if (properties().count(prop->name))
         return nullptr;
     properties()[prop->name] = prop;
     group->add_property(prop);
@@ -124,7 +124,7 @@ bool property_set::set(const std::string& value) {
     if (value.size() >= 2 && value.front() == '{' && value.back() == '}') {
         values = split_elements(value.substr(1, value.size() - 2));
         if (values.size() != members.size()) {
-            std::cerr << values.size() << " != " << members.size() << std::endl;
+            std::fprintf(stderr, "%zu != %zu\n", values.size(), members.size());
             return false;
         }
     } else {
@@ -135,7 +135,7 @@ bool property_set::set(const std::string& value) {
     for (const std::string& member_name : members) {
         property* member = property::get_property(member_name);
         if (!member || !member->set(*next_value++)) {
-            std::cerr << "set failed" << std::endl;
+            std::fputs("set failed\n", stderr);
             return false;
         }
     }

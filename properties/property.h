@@ -30,6 +30,12 @@ public:
     // static objects of other units may rely on it.
     static property_map& properties();
 
+    // Registers and returns the property of a name not registered yet, or
+    // returns nullptr; lets a platform build only the properties a run names.
+    using finder = property* (*)(const std::string& name);
+    static finder find_unregistered;
+
+    // The registered property of that name, else what find_unregistered makes.
     static property* get_property(const std::string& name);
     static property* register_property(property_group* group, property* prop);
     static property* register_property(const std::string& group_name, property* prop);

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <iostream>
+#include <cstdio>
 
 const char* fname = "/dev/zeb_mem";
 
@@ -39,7 +39,7 @@ void with_mapped_word(uint32_t address, Access access) {
     const char* device = fname;
     int fd = open(device, O_RDWR | O_SYNC);
     if (fd < 0) {
-        std::cerr << "open " << device << " failed." << std::endl;
+        std::fprintf(stderr, "open %s failed.\n", device);
         return;
     }
     const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
@@ -47,7 +47,7 @@ void with_mapped_word(uint32_t address, Access access) {
                      ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, page_base)
                      : MAP_FAILED;
     if (page == MAP_FAILED) {
-        std::cerr << "mmap " << device << " failed." << std::endl;
+        std::fprintf(stderr, "mmap %s failed.\n", device);
         close(fd);
         return;
     }

@@ -1,10 +1,10 @@
 #include "registers/regctl.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
-#include <iostream>
-#include <sstream>
 
 #include "registers/mmaprw32.h"
 
@@ -53,9 +53,10 @@ const std::string& reg_subval::get_desc() { return desc; }
 
 void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t min, uint32_t max,
                                     uint32_t limit) {
-    std::cerr << "warning! applying " << delta << " to current value " << current
-              << " is out of range (" << min << " ~ " << max << "). adjusted to " << limit
-              << std::endl;
+    std::fprintf(stderr,
+                 "warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32
+                 " ~ %" PRIu32 "). adjusted to %" PRIu32 "\n",
+                 delta, current, min, max, limit);
 }
 
 uint32_t reg_subval::clamp(long long value, uint32_t current, long long delta) {
@@ -175,26 +176,28 @@ property_register::property_register(const std::string& name, reg_info* reg, reg
 property_register::~property_register() = default;
 
 void property_register::register_as_property(property_group* group, reg_info* reg) {
-    for (const auto& entry : reg->subvals) {
-        const std::string name = reg->name + "::" + entry.first;
-        auto* prop = new property_register(name, reg, entry.second);
-        if (!property::register_property(group, prop)) {
-            std::cerr << "property " << name << " is already registered." << std::endl;
-            delete prop;
-        }
-    }
+    for (const auto& entry : reg->subvals)
+        register_as_property(group, reg, entry.first, entry.second);
+}
+
+property* property_register::register_as_property(property_group* group, reg_info* reg,
+                                                  const std::string& field_name,
+                                                  reg_subval* field) {
+    auto* prop = new property_register(reg->name + "::" + field_name, reg, field);
+    if (property::register_property(group, prop))
+        return prop;
+    std::fprintf(stderr, "property %s is already registered.\n", prop->name.c_str());
+    delete prop;
+    return nullptr;
 }
 
 bool property_register::get(std::string& value) {
     uint32_t field = 0;
     if (!subval->get(reg, &field))
         return false;
-    std::ostringstream text;
-    if (number_mode == 1)
-        text << "0x" << std::hex << field;
-    else
-        text << field;
-    value = text.str();
+    char text[16];
+    std::snprintf(text, sizeof text, number_mode == 1 ? "0x%" PRIx32 : "%" PRIu32, field);
+    value = text;
     return true;
 }
 
@@ -214,7 +217,7 @@ bool parse_number(const std::string& text, int base, bool as_unsigned, long long
 }
 
 bool report_unparsable(const std::string& text) {
-    std::cerr << "failed to parse value " << text << std::endl;
+    std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
     return false;
 }
 

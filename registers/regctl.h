@@ -134,6 +134,9 @@ public:
 
     // One property "<register>::<field>" per field, in field-name order.
     static void register_as_property(property_group* group, reg_info* reg);
+    // The property of one of the register's fields; nullptr when its name is taken.
+    static property* register_as_property(property_group* group, reg_info* reg,
+                                          const std::string& field_name, reg_subval* field);
 
     reg_info* reg;
     reg_subval* subval;

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -82,36 +83,35 @@ bool parse_hex(const std::string& text, uint32_t* out) {
     return true;
 }
 
-std::vector<std::string> split_words(const std::string& text) {
-    static const char* const space = " \t\n\v\f\r";
-    std::vector<std::string> words;
-    for (auto at = text.find_first_not_of(space); at != std::string::npos;
-         at = text.find_first_not_of(space, at)) {
-        const auto end = text.find_first_of(space, at);
-        words.push_back(text.substr(at, end - at));
-        at = end;
-    }
-    return words;
+// The next blank-delimited word of text from *at on ("" at the end).
+std::string next_word(const std::string& text, std::string::size_type* at) {
+    static const char blanks[] = " \t\n\v\f\r";
+    const std::string::size_type start = std::min(text.find_first_not_of(blanks, *at), text.size());
+    *at = std::min(text.find_first_of(blanks, start), text.size());
+    return text.substr(start, *at - start);
 }
 
 // A later line for the same word replaces an earlier one; comment lines wait
 // in *comments for the entry they stand above.
 bool parse_line(const std::string& line, std::string* comments, board_words* words) {
     const std::string::size_type hash = line.find('#');
-    const std::vector<std::string> fields = split_words(line.substr(0, hash));
-    if (fields.empty()) {
+    const std::string entry = line.substr(0, hash);
+    std::string::size_type next = 0;
+    const std::string where = next_word(entry, &next);
+    if (where.empty()) {
         if (hash != std::string::npos)
             *comments += line + "\n";
         return true;
     }
+    const std::string value_text = next_word(entry, &next);
+    const std::string extra = next_word(entry, &next);
     word_key key;
     uint32_t value = 0;
-    const std::string& where = fields[0];
     const std::string::size_type at = where.find('@');
     key.selected = at != std::string::npos;
-    if (fields.size() != 2 || !parse_hex(where.substr(0, at), &key.address) ||
+    if (!extra.empty() || !parse_hex(where.substr(0, at), &key.address) ||
         (key.selected && !parse_hex(where.substr(at + 1), &key.select)) ||
-        !parse_hex(fields[1], &value))
+        !parse_hex(value_text, &value))
         return false;
     board_word& word = (*words)[key];
     word.value = value;
@@ -160,15 +160,14 @@ bool load(regs_file* regs) {
     if (!read_file(path, &text, &regs->mode))
         return false;
     std::string comments;
-    int number = 1;
-    for (std::string::size_type begin = 0, end; begin < text.size(); begin = end + 1, ++number) {
-        end = text.find('\n', begin);
-        if (end == std::string::npos)
-            end = text.size();
-        if (!parse_line(text.substr(begin, end - begin), &comments, &regs->words)) {
+    std::string::size_type start = 0;
+    for (int number = 1; start < text.size(); ++number) {
+        const std::string::size_type end = std::min(text.find('\n', start), text.size());
+        if (!parse_line(text.substr(start, end - start), &comments, &regs->words)) {
             std::fprintf(stderr, "%s:%d: bad register entry\n", path.c_str(), number);
             return false;
         }
+        start = end + 1;
     }
     regs->closing_comments = comments;
     return true;

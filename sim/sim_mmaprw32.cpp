@@ -2,7 +2,7 @@
 #include "registers/mmaprw32.h"
 
 #include <cstdint>
-#include <iostream>
+#include <cstdio>
 
 #include "sim/register_file.h"
 
@@ -11,7 +11,7 @@ const char* fname = "/dev/zeb_mem";
 namespace {
 
 // What the real tool says when the device cannot be opened.
-void report_unreachable() { std::cerr << "open " << fname << " failed." << std::endl; }
+void report_unreachable() { std::fprintf(stderr, "open %s failed.\n", fname); }
 
 }  // namespace
 

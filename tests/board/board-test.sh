@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# The real padkit on a fake board in a private mount namespace: a sparse image
-# as /dev/zeb_mem (word at physical address A at offset A), kernel files in tmpfs.
+# The real padkit on a fake board (fake-board.sh) in a private mount namespace.
 # Usage: board-test.sh CASE PADKIT [EMULATOR ARGS...]. Exit 77 means skipped,
 # unless PADKIT_BOARD_REQUIRED is set (CI as root): then a skip fails.
 set -u
@@ -12,23 +11,10 @@ if [ -z "${PADKIT_BOARD_NS:-}" ]; then
     unshare -m --propagation private true 2>/dev/null || skip "unshare -m refused here"
     PADKIT_BOARD_NS=1 exec unshare -m --propagation private bash "$0" "$@"
 fi
-# The new /dev is put together aside and moved in while the real nodes are
-# still reachable; it gets a copy of padkit, whose build dir may be in /tmp.
-mount_board() {
-    local img stage d
-    img=$(mktemp) && stage=$(mktemp -d) && truncate -s 16M "$img" && mount -t tmpfs tmpfs "$stage" || return
-    for d in null zero urandom full; do touch "$stage/$d" && mount --bind "/dev/$d" "$stage/$d" || return; done
-    touch "$stage/zeb_mem" && mount --bind "$img" "$stage/zeb_mem" && cp "$bin" "$stage/.padkit" &&
-        mount --move "$stage" /dev && rmdir "$stage" && rm "$img" || return
-    for d in /sys/class /sys/kernel/debug /tmp; do mount -t tmpfs tmpfs "$d" || return; done
-}
-mount_board || skip "mounting the fake board refused"
-mkdir -p /sys/class/regulator/regulator.{1,2} /sys/kernel/debug/mmc0
-printf '37\n' >/sys/kernel/debug/mmc0/rdqs
-for r in 1 2; do (cd "/sys/class/regulator/regulator.$r" && echo 800000 >min_microvolts &&
-    echo 1300000 >max_microvolts && echo "1${r}00000" >microvolts); done
+. "$(dirname "$0")/fake-board.sh"
+fake_board "$bin" || skip "mounting the fake board refused"
 cd / && umask 022
-padkit=("${@:3}" /dev/.padkit) fails=0
+padkit=("${@:3}" "/dev/.${bin##*/}") fails=0
 run() { out=$("${padkit[@]}" "$@" 2>/dev/.err); got="$?|$out|$(cat /dev/.err)" what="padkit $*"; }
 # With no room for a byte, every write of a kernel file fails; both streams go to a pipe.
 run_full() { got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?"); what="padkit $* (no room)"; }

@@ -225,8 +225,7 @@ TEST(padkit_sim, table) {
 
 TEST(padkit_sim, listing_ignores_extra_words) {
     const result got = board().run({"-l", "x", "y"});
-    EXPECT_EQ(std::count(got.out.begin(), got.out.end(), '\n'), 6 + 317);
-    EXPECT_EQ(std::count(got.out.begin(), got.out.end(), '\t'), 317);
+    EXPECT_EQ(got.out, board().run({"-l"}).out);
     EXPECT_EQ(got.out.rfind("ehci :\n\tehci0-phy::disconnect-threshold : x=0~7  : 575mV + (-6 + 1.5x)%\n",
                             0), 0u);
     EXPECT_NE(got.out.find("\nmmc :\n\tmmc::rdqs : no help.\nregulator :\n"), std::string::npos);

@@ -8,8 +8,10 @@ fails=0
 expect() { [ "$1" = "$2" ] || { echo "FAIL $3: expected '$1', got '$2'"; fails=1; }; }
 # The files that an installation holds, each after the prefix $1.
 installed() {
-    local f=(sbin/padkit share/man/man8/padkit.8 share/bash-completion/completions/padkit)
-    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1
+    local f=(sbin/padkit share/man/man8/padkit.8.gz share/bash-completion/completions/padkit
+        share/doc/padkit/copyright share/doc/padkit/changelog.gz)
+    grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
+    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz
         share/bash-completion/completions/padkit-sim)
     printf "$1%s\n" "${f[@]}" | sort | xargs
 }
@@ -17,15 +19,22 @@ installed() {
 case $case in
 man)
     command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
-    pages=("$src/doc/padkit.8" "$src/doc/padkit-sim.1")
+    pages=("$build/doc/padkit.8" "$build/doc/padkit-sim.1")
+    expect "" "$(grep -H '@[A-Z_]*@' "${pages[@]}")" "substituted"
     expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint"
     ! command -v groff >/dev/null ||
         expect "" "$(groff -t -man -ww -z "${pages[@]}" 2>&1)" "groff warnings" ;;
 completion)
     [ -n "$sim" ] || { echo "skipped: no padkit-sim to complete from"; exit 77; }
-    export PADKIT_SIM_DIR=$tmp/board
+    "$src/scripts/need-packages" bash-completion || exit 1
+    cmake --install "$build" --prefix "$tmp/stage" >/dev/null || exit 1
+    export PADKIT_SIM_DIR=$tmp/board BASH_COMPLETION_USER_DIR=$tmp/stage/share/bash-completion
+    # Loaded by name from the installation, as bash does on the first <Tab>.
+    set +u
     # shellcheck disable=SC1091
-    source "$src/completion/padkit.bash"
+    source /usr/share/bash-completion/bash_completion
+    _completion_loader padkit-sim
+    expect "complete -F _padkit padkit-sim" "$(complete -p padkit-sim)" "loaded"
     complete_line() {
         COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDS=("$sim") COMPREPLY=() && _padkit
         echo "${COMPREPLY[*]}"
@@ -43,7 +52,7 @@ completion)
 layout)
     cmake --install "$build" --prefix "$tmp/stage" >/dev/null || exit 1
     expect "$(installed ./)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"
-    cmp "$src/completion/padkit.bash" "$tmp/stage/share/bash-completion/completions/padkit" ||
+    cmp "$build/completion/padkit.bash" "$tmp/stage/share/bash-completion/completions/padkit" ||
         fails=1 ;;
 deb)
     cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp" >/dev/null || exit 1
@@ -53,6 +62,9 @@ deb)
     expect " Architecture: $arch| Package: padkit| Section: admin" \
         "$(grep -E '^ (Package|Architecture|Section):' <<<"$info" | sort | paste -sd '|')" "control"
     expect "$(installed ./usr/)" \
-        "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents" ;;
+        "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents"
+    "$src/scripts/need-packages" lintian || exit 1
+    report=$(lintian --fail-on error "${deb[0]}" 2>&1) || { echo "FAIL lintian"; fails=1; }
+    grep -v '^running with root privileges' <<<"$report" ;;
 esac
 exit $fails

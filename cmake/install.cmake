@@ -17,7 +17,7 @@ set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 
 # The man pages carry the project's version; the Debian changelog and
 # copyright file the version, the contact and the licence of this tree.
-foreach(page padkit.8 padkit-sim.1)
+foreach(page padkit.8 padkit-tune.8 padkit-sim.1)
     configure_file(${PROJECT_SOURCE_DIR}/doc/${page} ${padkit_doc}/${page} @ONLY)
 endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${padkit_doc}/changelog @ONLY)
@@ -31,7 +31,7 @@ configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${padkit_doc}/copyri
 
 # Man pages and changelog are installed compressed, as Debian wants them.
 set(padkit_compressed "")
-foreach(file padkit.8 padkit-sim.1 changelog)
+foreach(file padkit.8 padkit-tune.8 padkit-sim.1 changelog)
     add_custom_command(OUTPUT ${padkit_doc}/${file}.gz
         COMMAND gzip -9nkf ${padkit_doc}/${file}
         DEPENDS ${padkit_doc}/${file}
@@ -40,9 +40,12 @@ foreach(file padkit.8 padkit-sim.1 changelog)
 endforeach()
 add_custom_target(padkit_compressed_docs ALL DEPENDS ${padkit_compressed})
 
-install(TARGETS padkit RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
-install(FILES ${padkit_doc}/padkit.8.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(TARGETS padkit padkit-tune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(FILES ${padkit_doc}/padkit.8.gz ${padkit_doc}/padkit-tune.8.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit)
+install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+        DESTINATION ${padkit_completions} RENAME padkit-tune)
 install(FILES ${padkit_doc}/copyright ${padkit_doc}/changelog.gz
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(PADKIT_STATIC)
@@ -50,11 +53,30 @@ if(PADKIT_STATIC)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME padkit)
 endif()
 
+# Boot: a systemd unit and an init script that apply /etc/padkit.d. Neither
+# is enabled by the installation or the package.
+install(FILES ${PROJECT_SOURCE_DIR}/boot/padkit-tune.service DESTINATION lib/systemd/system)
+# The init script goes where init looks: /etc when installed under /usr (a
+# package, a board's root file system), else below the prefix. Decided at
+# install time, since `cmake --install --prefix` and CPack choose the prefix then.
+set(padkit_init_script ${PROJECT_SOURCE_DIR}/boot/padkit-tune.init)
+install(CODE "
+    set(init_dir \"\${CMAKE_INSTALL_PREFIX}/etc/init.d\")
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+        set(init_dir /etc/init.d)
+    endif()
+    file(INSTALL \"${padkit_init_script}\" DESTINATION \"\${init_dir}\" RENAME padkit-tune
+         FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                          WORLD_READ WORLD_EXECUTE)
+")
+
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
-    install(TARGETS padkit-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS padkit-sim padkit-tune-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${padkit_doc}/padkit-sim.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit-sim)
+    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+            DESTINATION ${padkit_completions} RENAME padkit-tune-sim)
 endif()
 
 # Debian architecture of the binaries: the target's when cross compiling.
@@ -92,6 +114,12 @@ set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
+# Installed with DESTDIR under the real prefix, so the init script finds /etc;
+# there it is a configuration file that dpkg keeps the administrator's edits of.
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
+file(WRITE ${PROJECT_BINARY_DIR}/packaging/conffiles "/etc/init.d/padkit-tune\n")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packaging/conffiles)
 # A static padkit needs nothing; a dynamic native one gets its library
 # dependencies from dpkg-shlibdeps (package dpkg-dev) when that is there.
 find_program(PADKIT_DPKG_SHLIBDEPS dpkg-shlibdeps)

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "fileprops/text_file.h"
+#include "fileprops/kernel_file.h"
 #include "properties/property.h"
 
 template <typename T>

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "fileprops/text_file.h"
+#include "fileprops/kernel_file.h"
 #include "properties/property.h"
 
 // Reads microvolts; writes microvolts or a percentage of the voltage found at

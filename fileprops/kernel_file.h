@@ -1,6 +1,6 @@
 // The small kernel text files behind the file-backed properties.
-#ifndef PADKIT_TEXT_FILE_H
-#define PADKIT_TEXT_FILE_H
+#ifndef PADKIT_KERNEL_FILE_H
+#define PADKIT_KERNEL_FILE_H
 
 #include <string>
 

@@ -1,8 +1,9 @@
-#include "fileprops/text_file.h"
+#include "fileprops/kernel_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -47,6 +48,8 @@ write_result kernel_file::write(const std::string& text) const {
     const int fd = open(path_.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return write_result::not_opened;
+    // A file size limit (ulimit -f) must fail the write, not kill the run.
+    std::signal(SIGXFSZ, SIG_IGN);
     // Kernel attribute files take the value in one write or not at all.
     const ssize_t written = ::write(fd, text.data(), text.size());
     const char* failure = written < 0 ? std::strerror(errno)

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -24,6 +25,13 @@ int _mmap_write(volatile uint32_t* mapped, uintptr_t value) {
     return 0;
 }
 
+// A regular file standing in for the device (a fake board, a test image) must
+// hold the whole page: touching a page past its end raises SIGBUS.
+bool page_reachable(int fd, off_t page_base) {
+    struct stat st;
+    return fstat(fd, &st) == 0 && (!S_ISREG(st.st_mode) || st.st_size >= page_base + page_size);
+}
+
 // Opens the device, maps the page that holds the address and hands the
 // word's location to access; nothing is touched when either step fails.
 template <typename Access>
@@ -35,7 +43,9 @@ void with_mapped_word(uint32_t address, Access access) {
         return;
     }
     const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
-    void* page = mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, page_base);
+    void* page = page_reachable(fd, page_base)
+                     ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, page_base)
+                     : MAP_FAILED;
     if (page == MAP_FAILED) {
         std::fprintf(stderr, "mmap %s failed.\n", device);
         close(fd);

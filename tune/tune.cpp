@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cli/run_lock.h"
+#include "cli/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 #include "tune/commands.h"
@@ -71,5 +72,7 @@ int padkit_tune_main(int argc, char** argv) {
     property_group::free_all();
     property::free_all();
     release_run_lock();
-    return status;
+    // Lost output is a failure even where the request itself went well.
+    const bool output_written = standard_output_written();
+    return status == 0 && !output_written ? 1 : status;
 }

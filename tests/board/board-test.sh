@@ -16,6 +16,8 @@ fake_board "$bin" || skip "mounting the fake board refused"
 cd / && umask 022
 padkit=("${@:3}" "/dev/.${bin##*/}") fails=0
 run() { out=$("${padkit[@]}" "$@" 2>/dev/.err); got="$?|$out|$(cat /dev/.err)" what="padkit $*"; }
+# With no room for a byte, every write of a kernel file fails; both streams go to a pipe.
+run_full() { got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?"); what="padkit $* (no room)"; }
 expect() { [ "$1" = "${2-$got}" ] || { echo "FAIL $what: expected '$1', got '${2-$got}'"; fails=1; }; }
 poke() { perl -e 'open F, "+<", "/dev/zeb_mem" or die; seek F, hex $ARGV[0], 0; print F pack "L", hex $ARGV[1]' "$@"; }
 word() { what="word at $1"; expect "$2" "$(od -An -tx4 -j $(($1)) -N4 /dev/zeb_mem | tr -d ' ')"; }
@@ -44,7 +46,17 @@ files)
     run mmc::rdqs 300; what="rdqs file"; expect 255 "$(cat /sys/kernel/debug/mmc0/rdqs)"
     run cpu_regulator::microvolts 95%; what="regulator.1"; expect 1050000 "$(cat /sys/class/regulator/regulator.1/microvolts)"
     run core_regulator::microvolts; expect "0|1200000|PADKIT: get core_regulator::microvolts := 1200000"
-    run core_regulator::microvolts 1500000; expect "245||1500000mv: out of range(800000-1300000)"$'\n'"PADKIT: set core_regulator::microvolts := 1500000 failed." ;;
+    run core_regulator::microvolts 1500000; expect "245||1500000mv: out of range(800000-1300000)"$'\n'"PADKIT: set core_regulator::microvolts := 1500000 failed."
+    for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
+        set -- $set; run_full "$1" "$2"; expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
+    done ;;
+streams)  # a closed output must not become the lock file; a full one fails the run
+    "${padkit[@]}" mmc::rdqs >&- 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >&-"
+    expect "0|PADKIT: get mmc::rdqs := 37"; what="lock file"; expect "" "$(cat /tmp/padkit.lock)"
+    "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
+    expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed."
+    "${padkit[@]}" -l >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit -l >/dev/full"
+    expect "244|write standard output failed." ;;
 no-device)
     umount /dev/zeb_mem && rm /dev/zeb_mem
     run ehci0-phy::tx-vref; expect "0|0|open /dev/zeb_mem failed."$'\n'"PADKIT: get ehci0-phy::tx-vref := 0"

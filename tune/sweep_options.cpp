@@ -14,10 +14,10 @@ namespace {
 // Seconds as digits with at most one decimal point; more than 0 and at most
 // about eleven days.
 bool parse_seconds(const char* text, double* out) {
-    const char* dot = std::strchr(text, '.');
-    const std::size_t length = std::strlen(text);
-    if (std::strspn(text, "0123456789.") != length || length == (dot ? 1u : 0u) ||
-        (dot && std::strchr(dot + 1, '.')))
+    const std::size_t whole = std::strspn(text, "0123456789");
+    const char* fraction = text + whole + (text[whole] == '.');
+    const std::size_t fraction_digits = std::strspn(fraction, "0123456789");
+    if (whole + fraction_digits == 0 || fraction[fraction_digits] != '\0')
         return false;
     *out = std::strtod(text, nullptr);
     return *out > 0 && *out <= 1e6;

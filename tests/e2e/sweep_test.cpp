@@ -65,6 +65,9 @@ const sweep_case cases[] = {
      "                           1000000 1050000\ncpu_regulator::microvolts  ###...\n"
      "cpu_regulator::microvolts: window 1000000..1020000 (3 values), centre 1010000\n", "", 0, cpu,
      cpu + " = 1100000\n"},
+    {{"-y", "--step", "20000", cpu, "1040000", "1000000"}, in(0, 1020000), "                           1040000 1000000\n"
+     "cpu_regulator::microvolts  .##\ncpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n",
+     "", 0, cpu, cpu + " = 1100000\n"},
     {{"-y", dq, "0", "1"}, members_apart, "-", "", 0, dq, dq + " = {5,5,5,5,5,5,5,5}\n"},
     // Hanging past the time-out, and interrupted half-way.
     {{"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30", "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\n",
@@ -74,6 +77,10 @@ const sweep_case cases[] = {
      "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143, mmc, "mmc::rdqs = 37\n"},
     // Refused before anything is written.
     {{mmc, "30", "40"}, "true", "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)", 2, mmc, "mmc::rdqs = 37\n"},
+    {{"-y", "--timeout", "1.", mmc, "30", "x"}, "true", "", "padkit-tune-sim: TO: 'x' is not a decimal", 2, mmc,
+     "mmc::rdqs = 37\n"},
+    {{"-y", "--timeout", ".", mmc, "30", "31"}, "true", "", "padkit-tune-sim: --timeout: '.' is not", 2, mmc,
+     "mmc::rdqs = 37\n"},
     {{"-y", mmc, "1", "40"}, "true", "", "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, mmc,
      "mmc::rdqs = 37\n"},
     {{"-y", odt, "1", "30"}, "true", "", "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, odt,

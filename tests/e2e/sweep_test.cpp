@@ -42,17 +42,20 @@ struct sweep_case {
 };
 
 const sweep_case cases[] = {
-    // A window with a hole, two equal windows, no window.
+    // A window with a hole, two equal windows.
     {{"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41),
      "           30            45\nmmc::rdqs  ..###..#####....\nmmc::rdqs: window 37..41 (5 values), centre 39\n", "", 0,
      mmc, "mmc::rdqs = 37\n"},
     {{"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37),
      "           39      30\nmmc::rdqs  ..###.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\n", "", 0,
      mmc, "mmc::rdqs = 37\n"},
-    {{"-y", "--runs", "3", "mac-tx::delay", "0", "3"}, "false",
-     "               0  3\nmac-tx::delay  ....\nmac-tx::delay: no passing value\n", "", 1,
+    // Every run must pass: here the second one passes at 2 only.
+    {{"-y", "--runs", "2", "mac-tx::delay", "0", "3"},
+     "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || "
+     "{ rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }",
+     "               0  3\nmac-tx::delay  ..#.\nmac-tx::delay: window 2..2 (1 value), centre 2\n", "", 0,
      "mac-tx::delay", "mac-tx::delay = 0\n"},
-    // Keeping the centre, or the original where there is no window.
+    // Keeping the centre, or the original where there is no window at all.
     {{"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40),
      "           30            45\nmmc::rdqs  ...########.....\nmmc::rdqs: window 33..40 (8 values), centre 36\n",
      "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, mmc, "mmc::rdqs = 36\n"},

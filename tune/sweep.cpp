@@ -59,8 +59,7 @@ bool read_originals(const std::vector<property*>& rows, std::vector<std::string>
 
 class sweep {
 public:
-    // The files, when given, are open already, so that a bad path is found
-    // before anything is written.
+    // The files, when given, are open already.
     sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg)
         : options(options), plan(plan), csv(csv), svg(svg), progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
@@ -210,6 +209,18 @@ bool confirmed(const sweep_options& options, const sweep_plan& plan) {
     return false;
 }
 
+// Opened before anything is written, so that a bad path costs nothing;
+// close-on-exec, since the test command has no business with it.
+bool open_output(const std::string& path, file_ptr* file) {
+    if (path.empty())
+        return true;
+    file->reset(std::fopen(path.c_str(), "we"));
+    if (*file)
+        return true;
+    report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
+    return false;
+}
+
 }  // namespace
 
 int sweep_command(int argc, char** argv) {
@@ -233,15 +244,7 @@ int sweep_command(int argc, char** argv) {
     if (!confirmed(options, plan))
         return 2;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    for (auto [path, file] : {std::make_pair(&options.csv_path, &csv), std::make_pair(&options.svg_path, &svg)}) {
-        if (path->empty())
-            continue;
-        // Close-on-exec: the test command has no business with them.
-        file->reset(std::fopen(path->c_str(), "we"));
-        if (!*file) {
-            report("cannot write %s: %s; nothing written", path->c_str(), std::strerror(errno));
-            return 2;
-        }
-    }
+    if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
+        return 2;
     return sweep(options, plan, csv.get(), svg.get()).run();
 }

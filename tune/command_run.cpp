@@ -1,6 +1,7 @@
 #include "tune/command_run.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -57,15 +58,11 @@ int end_group(pid_t pid) {
     return status;
 }
 
-[[noreturn]] void exec_child(const std::vector<std::string>& argv, const environment& extra,
-                             const stop_signals& stop, int error_pipe) {
+[[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra, const stop_signals& stop,
+                             int error_pipe) {
     setpgid(0, 0);
     for (const auto& [name, value] : extra)
         setenv(name.c_str(), value.c_str(), 1);
-    std::vector<char*> args;
-    for (const std::string& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
     sigprocmask(SIG_SETMASK, &stop.original_mask(), nullptr);
     execvp(args[0], args.data());
     const int error = errno;
@@ -88,12 +85,16 @@ command_result run_command(const std::vector<std::string>& argv, const environme
         ~mask_restorer() { sigprocmask(SIG_SETMASK, &mask, nullptr); }
     } restore{before};
 
+    std::vector<char*> args;
+    for (const std::string& arg : argv)
+        args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
     int error_pipe[2];
     if (pipe2(error_pipe, O_CLOEXEC) != 0)
         return {command_result::not_started, errno};
     const pid_t pid = fork();
     if (pid == 0)
-        exec_child(argv, extra, stop, error_pipe[1]);
+        exec_child(args, extra, stop, error_pipe[1]);
     const int fork_error = errno;
     close(error_pipe[1]);
     if (pid < 0) {

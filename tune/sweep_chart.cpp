@@ -51,7 +51,8 @@ void print_chart(std::FILE* out, const sweep_results& results) {
         std::string cells;
         for (outcome result : row.results)
             cells += outcome_texts[static_cast<int>(result)].mark;
-        std::fprintf(out, "%-*s%s\n", indent, row.name.c_str(), cells.c_str());
+        // A row interrupted before its first value has no cells to line up.
+        std::fprintf(out, "%-*s%s\n", cells.empty() ? 0 : indent, row.name.c_str(), cells.c_str());
     }
     for (const sweep_row& row : results.rows)
         std::fprintf(out, "%s\n", window_summary(row, results.axis).c_str());

@@ -27,6 +27,10 @@ plain)
     run ehci0-phy::tx-vref; expect "0|8|PADKIT: get ehci0-phy::tx-vref := 8"
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
     word 0x540008 1234d678
+    # Every access opens the device for reading and writing, uncached.
+    "$(dirname "$0")/../../scripts/need-packages" strace || exit 1
+    strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null
+    what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
     run -x ehci0-phy::tx-vref; expect "0|0x9|PADKIT: get ehci0-phy::tx-vref := 0x9" ;;
 mapped)  # odt codes: 4 is 60 ohm, 1 is 120 ohm; clkdrv 40 is code 0xb
     poke F38120 00abcd04

@@ -70,6 +70,7 @@ const row rows[] = {
     {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
     {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
     {{"-r"}, {}, "", unknown, 0, ""},
+    {{"-r", "nope"}, {}, "", unknown, 0, ""},
     {{"-q", vref}, {}, "", unknown, 0, ""},
     {{"-xl"}, {}, "", unknown, 0, ""},
     {{"nope"}, {}, "", unknown, 0, ""},
@@ -115,6 +116,7 @@ const row rows[] = {
                "0x00f38194@0x00000700 0x00000008\n"}}},
     // The eMMC file and the regulators.
     {{mmc}, {}, "37\n", get(mmc, "37"), 0, ""},
+    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0, "", {{rdqs, "255"}}},
     {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
      246, ""},
     {{cpu}, {}, "1100000\n", get(cpu, "1100000"), 0, ""},

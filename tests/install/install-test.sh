@@ -2,12 +2,10 @@
 # Installation checks: install-test.sh man|completion|boot|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
 # PADKIT_SIM is given when padkit-sim is installed; exit 77 means skipped.
 set -u
-case=$1 src=$2 build=$3 sim=${4:-}
+case=$1 src=$2 build=$3 sim=${4:-} fails=0
 tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
-fails=0
 expect() { [ "$1" = "$2" ] || { echo "FAIL $3: expected '$1', got '$2'"; fails=1; }; }
-# The files that an installation holds, each after the prefix $1; the init
-# script after $2.
+# The files that an installation holds, each after the prefix $1; the init script after $2.
 installed() {
     local c=share/bash-completion/completions
     local f=(sbin/padkit share/man/man8/padkit.8.gz $c/padkit share/doc/padkit/copyright
@@ -74,7 +72,6 @@ deb)
     expect "$(installed ./usr/ ./)" \
         "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents"
     "$src/scripts/need-packages" lintian || exit 1
-    report=$(lintian --fail-on error "${deb[0]}" 2>&1) || { echo "FAIL lintian"; fails=1; }
-    grep -v '^running with root privileges' <<<"$report" ;;
+    lintian --fail-on error "${deb[0]}" || { echo "FAIL lintian"; fails=1; } ;;
 esac
 exit $fails

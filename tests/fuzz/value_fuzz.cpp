@@ -1,12 +1,10 @@
 // Value texts of every property kind. Input: a byte choosing the property, a
 // byte choosing the number mode, then the text. A text the property refuses
 // must reach neither the hardware nor a file; a composite's members get its elements.
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -24,19 +22,13 @@ const char* const names[] = {  // the first input byte picks one: '0'..'7' in th
 const char* const files[] = {"/sys/kernel/debug/mmc0/rdqs",
                              "/sys/class/regulator/regulator.1/microvolts"};
 
-// Files are backdated before each set, so that a write shows in their times.
-bool files_written(bool backdate) {
-    bool written = false;
+std::string files_text() {
+    std::string text;
     for (const char* file : files) {
-        const std::string path = system_path(file);
-        const timespec epoch[2] = {};
-        struct stat st;
-        if (backdate)
-            utimensat(AT_FDCWD, path.c_str(), epoch, 0);
-        else
-            written |= stat(path.c_str(), &st) != 0 || st.st_mtim.tv_sec != 0;
+        std::ifstream in(system_path(file));
+        text.append(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()) += '\n';
     }
-    return written;
+    return text;
 }
 
 // Members of a composite of its own: each records its name and what it is
@@ -88,9 +80,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     property::number_mode = data[1] & 1;
     const std::string text(reinterpret_cast<const char*>(data) + 2, size - 2);
     fake_hw::reset();
-    files_written(true);
+    const std::string files_before = files_text();
     // A composite may change members before one refuses its value.
-    if (!prop->set(text) && !dynamic_cast<property_set*>(prop) && (!fake_hw::writes().empty() || files_written(false)))
+    if (!prop->set(text) && !dynamic_cast<property_set*>(prop) &&
+        (!fake_hw::writes().empty() || files_text() != files_before))
         abort();
     order.clear(), given.clear();
     property_set composite("fuzz", {std::begin(members), std::end(members)});

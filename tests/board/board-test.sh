@@ -19,12 +19,13 @@ run() { out=$("${padkit[@]}" "$@" 2>/dev/.err); got="$?|$out|$(cat /dev/.err)" w
 # With no room for a byte, every write of a kernel file fails; both streams go to a pipe.
 run_full() { got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?"); what="padkit $* (no room)"; }
 expect() { [ "$1" = "${2-$got}" ] || { echo "FAIL $what: expected '$1', got '${2-$got}'"; fails=1; }; }
+word() { what="word at $1"; expect "$2" "$(od -An -tx4 -j $(($1)) -N4 /dev/zeb_mem | tr -d ' ')"; }
 case $case in
 plain)
     perl -e 'open F, "+<", "/dev/zeb_mem" or die; seek F, 0x540008, 0; print F pack "L", 0x12345678'
     run ehci0-phy::tx-vref; expect "0|8|PADKIT: get ehci0-phy::tx-vref := 8"
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
-    what="word at 0x540008"; expect 1234d678 "$(od -An -tx4 -j $((0x540008)) -N4 /dev/zeb_mem | tr -d ' ')"
+    word 0x540008 1234d678
     # Every access opens the device for reading and writing, uncached.
     "$(dirname "$0")/../../scripts/need-packages" strace || exit 1
     strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null

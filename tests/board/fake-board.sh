@@ -3,9 +3,8 @@
 # sparse image as /dev/zeb_mem (the word at physical address A at offset A),
 # tmpfs with the kernel files on /sys/class, /sys/kernel/debug and /tmp.
 
-# fake_board FILE...: builds the board. The new /dev is put together aside and
-# moved in while the real nodes are still reachable; it gets a copy of each
-# FILE as /dev/.NAME, since their build directory may be in /tmp.
+# fake_board FILE...: the new /dev is built aside while the real nodes are still
+# reachable, with a copy of each FILE as /dev/.NAME (their directory may be in /tmp).
 fake_board() {
     local img stage d f
     img=$(mktemp) && stage=$(mktemp -d) && truncate -s 16M "$img" && mount -t tmpfs tmpfs "$stage" || return

@@ -11,8 +11,6 @@
 
 namespace {
 
-using fake_hw::accesses;
-
 // Back to a fresh run: no register fetched, no DQ word staged.
 void forget_caches() {
     for (const auto& list : {tarnm::tarnm_ddr_regs, tarnm::ehci_regs, tarnm::i2c_regs, tarnm::mac_regs})
@@ -34,10 +32,7 @@ struct catalogue : unit_test {
                 prop->delete_on_unregister = false;
         platform_register_properties();
     }
-    static bool set(const std::string& name, const std::string& text) {
-        return property::get_property(name)->set(text);
-    }
-    static bool get(const std::string& name, std::string& value) { return property::get_property(name)->get(value); }
+    static property* at(const std::string& name) { return property::get_property(name); }
 };
 
 // The sequence of a write is checked end to end. A read shows the staged
@@ -49,6 +44,7 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
         {0x03, "-60", 0x3F}, {0x03, "-61", 0x3F, true}, {0x03, "-9223372036854775808", 0x3F, true},
         {0x45, "+9223372036854775807", 0x7F, true}};
     const uint32_t data = 0xF181A0;
+    const std::string dq0 = "tarnm-ddrb-write7::dq0", dq8 = "tarnm-ddrb-write7::dq8";
     for (const auto& row : rows) {
         forget_caches();
         fake_hw::words[data] = 0xff00 | row.code;
@@ -57,28 +53,25 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
             snprintf(warning, sizeof warning,
                      "warning! applying %s to current value %u is out of range (0 ~ 127). adjusted to %u\n",
                      row.delta + (row.delta[0] == '+'), row.code, row.result);
-        EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(set("tarnm-ddrb-write7::dq8", row.delta)); }), warning) << row.delta;
+        EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(at(dq8)->set(row.delta)); }), warning) << row.delta;
         fake_hw::reset();  // the data word reads 0 from now on
-        std::string dq0, dq8;
-        EXPECT_TRUE(set("tarnm-ddrb-write7::dq0", "1") && get("tarnm-ddrb-write7::dq0", dq0) &&
-                    get("tarnm-ddrb-write7::dq8", dq8));
-        EXPECT_EQ(dq0 + " " + dq8, "1 " + std::to_string(row.result)) << row.delta;
-        const accesses::value_type staged{'w', data, 0xff80 | row.result};  // with the update bit
+        std::string read0, read8;
+        EXPECT_TRUE(at(dq0)->set("1") && at(dq0)->get(read0) && at(dq8)->get(read8));
+        EXPECT_EQ(read0 + " " + read8, "1 " + std::to_string(row.result)) << row.delta;
+        const fake_hw::accesses::value_type staged{'w', data, 0xff80 | row.result};  // with the update bit
         EXPECT_EQ(std::count(fake_hw::log.begin(), fake_hw::log.end(), staged), 1) << row.delta;
     }
     fake_hw::reset();
     (*tarnm::tarnm_ddr_regs.begin())->commit();  // tarnm-ddra-read0: nothing staged
-    EXPECT_FALSE(set("tarnm-ddrb-write7::dq8", "0x80"));
+    EXPECT_FALSE(at(dq8)->set("0x80"));
     EXPECT_TRUE(fake_hw::log.empty());
 }
 
 TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
-    using access_set = std::set<std::tuple<char, uint32_t, uint32_t>>;
-    access_set want = {{'r', 0x140000, 0}};
-    for (uint32_t n = 0; n < 4; ++n)
-        want.emplace('r', 0x540008 + 0x14 * n, 0);
-    for (uint32_t address : {0x190110, 0x190130, 0x190150, 0x190170, 0x190190, 0x1901B0, 0x1901D0, 0x1901F0,
-                             0x191010, 0x191030, 0x191070, 0x191090})
+    std::set<std::tuple<char, uint32_t, uint32_t>> want;
+    for (uint32_t address : {0x540008, 0x54001C, 0x540030, 0x540044, 0x140000, 0x190110, 0x190130,
+                             0x190150, 0x190170, 0x190190, 0x1901B0, 0x1901D0, 0x1901F0, 0x191010,
+                             0x191030, 0x191070, 0x191090})
         want.emplace('r', address, 0);
     // Lane N selects 8 N; DQ register N, field dqK selects 7 N | K << 8.
     for (const auto& [lanes, sel, block] : {std::tuple{4u, 0xF3812Cu, 0xF38000u}, {8u, 0xF1812Cu, 0xF18000u}}) {
@@ -91,7 +84,7 @@ TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSele
     std::string value;
     for (const auto& entry : property::properties())
         entry.second->get(value);  // strength code 0 is no table key: the read happens all the same
-    EXPECT_EQ(access_set(fake_hw::log.begin(), fake_hw::log.end()), want);
+    EXPECT_EQ(decltype(want)(fake_hw::log.begin(), fake_hw::log.end()), want);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ struct catalogue : unit_test {
 };
 
 // The sequence of a write is checked end to end. A read shows the staged
-// word, not the read-back, and each commit writes every staged word again.
+// word without reading the hardware, and each commit writes every staged word again.
 TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     const struct { uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
         {0x45, "-3", 0x42}, {0x45, "-5", 0x00}, {0x45, "-7", 0x02}, {0x03, "+5", 0x42}, {0x03, "+3", 0x00},

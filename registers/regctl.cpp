@@ -11,16 +11,18 @@
 namespace {
 
 // Built on first use: the catalogue creates fields and registers during
-// static initialisation, in whatever order the units are initialised.
-// Registers are created after the first field, so they are deleted first.
+// static initialisation, in whatever order the units are initialised. The
+// owners live as long as the process: the catalogue is used until exit, and
+// deleting its hundreds of objects one by one at exit costs a run more than
+// the request it serves.
 regctl_garbages<reg_subval*>& subval_garbages() {
-    static regctl_garbages<reg_subval*> owner;
-    return owner;
+    static auto* owner = new regctl_garbages<reg_subval*>;
+    return *owner;
 }
 
 regctl_garbages<reg_info*>& reginfo_garbages() {
-    static regctl_garbages<reg_info*> owner;
-    return owner;
+    static auto* owner = new regctl_garbages<reg_info*>;
+    return *owner;
 }
 
 }  // namespace

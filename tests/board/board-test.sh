@@ -45,6 +45,14 @@ files)
     run cpu_regulator::microvolts 95%; what="regulator.1"; expect 1050000 "$(cat /sys/class/regulator/regulator.1/microvolts)"
     run core_regulator::microvolts; expect "0|1200000|PADKIT: get core_regulator::microvolts := 1200000"
     run core_regulator::microvolts 1500000; expect "245||1500000mv: out of range(800000-1300000)"$'\n'"PADKIT: set core_regulator::microvolts := 1500000 failed." ;;
+budget)  # instructions of a whole run, deterministic unlike its wall time
+    command -v valgrind >/dev/null || skip "valgrind is not installed"
+    for args in "-h" "ehci0-phy::tx-vref" "ehci0-phy::tx-vref 9"; do
+        # shellcheck disable=SC2086
+        n=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null "${padkit[@]}" $args 2>&1 >/dev/null |
+            sed -n 's/.*Collected : //p')
+        what="instructions of padkit $args: ${n:-none}"; expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
+    done ;;
 no-device)
     umount /dev/zeb_mem && rm /dev/zeb_mem
     run ehci0-phy::tx-vref; expect "0|0|open /dev/zeb_mem failed."$'\n'"PADKIT: get ehci0-phy::tx-vref := 0"

@@ -1,6 +1,7 @@
 #include "properties/property.h"
 
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 int property::number_mode = 0;
@@ -32,9 +33,8 @@ property* property::get_property(const std::string& name) {
 }
 
 property* property::register_property(property_group* group, property* prop) {
-    if (properties().count(prop->name))
+    if (!properties().emplace(prop->name, prop).second)
         return nullptr;
-    properties()[prop->name] = prop;
     group->add_property(prop);
     return prop;
 }
@@ -84,8 +84,8 @@ void property_group::free_all() {
     property_groups().clear();
 }
 
-property_set::property_set(const std::string& name, const std::list<std::string>& members)
-    : property(name), members(members) {}
+property_set::property_set(const std::string& name, std::list<std::string> members)
+    : property(name), members(std::move(members)) {}
 
 bool property_set::get(std::string& value) {
     std::string joined;

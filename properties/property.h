@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <utility>
 
 class property_group;
 
@@ -66,7 +67,7 @@ public:
 // reached by name at every use.
 class property_set : public property {
 public:
-    property_set(const std::string& name, const std::list<std::string>& members);
+    property_set(const std::string& name, std::list<std::string> members);
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;

@@ -11,18 +11,72 @@
 include(GNUInstallDirs)
 
 set(padkit_completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+set(padkit_completion_script ${PROJECT_BINARY_DIR}/completion/padkit.bash)
+set(padkit_doc ${PROJECT_BINARY_DIR}/doc)
+set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 
-install(TARGETS padkit RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
-install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
-install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
-        DESTINATION ${padkit_completions} RENAME padkit)
+# The man pages carry the project's version; the Debian changelog and
+# copyright file the version, the contact and the licence of this tree.
+foreach(page padkit.8 padkit-tune.8 padkit-sim.1)
+    configure_file(${PROJECT_SOURCE_DIR}/doc/${page} ${padkit_doc}/${page} @ONLY)
+endforeach()
+configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${padkit_doc}/changelog @ONLY)
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE padkit_license_text)
+string(FIND "${padkit_license_text}" "Permission is hereby granted" padkit_license_start)
+string(SUBSTRING "${padkit_license_text}" ${padkit_license_start} -1 padkit_license_text)
+string(STRIP "${padkit_license_text}" padkit_license_text)
+string(REPLACE "\n\n" "\n.\n" padkit_license_text "${padkit_license_text}")
+string(REPLACE "\n" "\n " padkit_license_text " ${padkit_license_text}")
+configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${padkit_doc}/copyright @ONLY)
+
+# Man pages and changelog are installed compressed, as Debian wants them.
+set(padkit_compressed "")
+foreach(file padkit.8 padkit-tune.8 padkit-sim.1 changelog)
+    add_custom_command(OUTPUT ${padkit_doc}/${file}.gz
+        COMMAND gzip -9nkf ${padkit_doc}/${file}
+        DEPENDS ${padkit_doc}/${file}
+        VERBATIM)
+    list(APPEND padkit_compressed ${padkit_doc}/${file}.gz)
+endforeach()
+add_custom_target(padkit_compressed_docs ALL DEPENDS ${padkit_compressed})
+
+install(TARGETS padkit padkit-tune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(FILES ${padkit_doc}/padkit.8.gz ${padkit_doc}/padkit-tune.8.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit)
+install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+        DESTINATION ${padkit_completions} RENAME padkit-tune)
+install(FILES ${padkit_doc}/copyright ${padkit_doc}/changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(PADKIT_STATIC)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/lintian-overrides
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME padkit)
+endif()
+
+# Boot: a systemd unit and an init script that apply /etc/padkit.d. Neither
+# is enabled by the installation or the package.
+install(FILES ${PROJECT_SOURCE_DIR}/boot/padkit-tune.service DESTINATION lib/systemd/system)
+# The init script goes where init looks: /etc when installed under /usr (a
+# package, a board's root file system), else below the prefix. Decided at
+# install time, since `cmake --install --prefix` and CPack choose the prefix then.
+set(padkit_init_script ${PROJECT_SOURCE_DIR}/boot/padkit-tune.init)
+install(CODE "
+    set(init_dir \"\${CMAKE_INSTALL_PREFIX}/etc/init.d\")
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+        set(init_dir /etc/init.d)
+    endif()
+    file(INSTALL \"${padkit_init_script}\" DESTINATION \"\${init_dir}\" RENAME padkit-tune
+         FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                          WORLD_READ WORLD_EXECUTE)
+")
 
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
-    install(TARGETS padkit-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    install(FILES ${PROJECT_SOURCE_DIR}/doc/padkit-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit.bash
-            DESTINATION ${padkit_completions} RENAME padkit-sim)
+    install(TARGETS padkit-sim padkit-tune-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${padkit_doc}/padkit-sim.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit-sim)
+    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
+            DESTINATION ${padkit_completions} RENAME padkit-tune-sim)
 endif()
 
 # Debian architecture of the binaries: the target's when cross compiling.
@@ -48,7 +102,6 @@ endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME padkit)
 set(CPACK_PACKAGE_VENDOR "padkit developers")
-set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
     "read and change the hardware tuning of a running tarnm board")
 set(CPACK_PACKAGE_DESCRIPTION
@@ -61,6 +114,12 @@ set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
+# Installed with DESTDIR under the real prefix, so the init script finds /etc;
+# there it is a configuration file that dpkg keeps the administrator's edits of.
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
+file(WRITE ${PROJECT_BINARY_DIR}/packaging/conffiles "/etc/init.d/padkit-tune\n")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packaging/conffiles)
 # A static padkit needs nothing; a dynamic native one gets its library
 # dependencies from dpkg-shlibdeps (package dpkg-dev) when that is there.
 find_program(PADKIT_DPKG_SHLIBDEPS dpkg-shlibdeps)

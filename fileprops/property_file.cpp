@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "fileprops/text_file.h"
+#include "properties/strict_value.h"
 
 namespace {
 
@@ -52,6 +53,22 @@ bool property_file<int>::get(std::string& out) {
     out = std::to_string(value);
     return true;
 }
+
+bool property_file<int>::check(const std::string& text, std::string* canonical,
+                               std::string* problem) {
+    uint32_t number = 0;
+    if (!parse_strict_u32(text, &number, problem))
+        return false;
+    const long long wanted = number;
+    if (wanted < min || wanted > max) {
+        *problem = text + " is not in " + std::to_string(min) + ".." + std::to_string(max);
+        return false;
+    }
+    *canonical = std::to_string(number);
+    return true;
+}
+
+void property_file<int>::refresh() { read_update(); }
 
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
     std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),

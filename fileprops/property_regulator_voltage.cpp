@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "fileprops/text_file.h"
+#include "properties/strict_value.h"
 
 namespace {
 
@@ -110,3 +111,28 @@ bool property_regulator_voltage::set(const std::string& value) {
     }
     return _fileintwrite(path + "/microvolts", static_cast<int>(target));
 }
+
+bool property_regulator_voltage::check(const std::string& value, std::string* canonical,
+                                       std::string* problem) {
+    uint32_t microvolts = 0;
+    if (!parse_strict_u32(value, &microvolts, problem))
+        return false;
+    if (!_load_limits()) {
+        *problem = "cannot read the limits of " + path;
+        return false;
+    }
+    if (microvolts < min_uv || microvolts > max_uv) {
+        *problem = value + " is not in the regulator's limits " + std::to_string(min_uv) + ".." +
+                   std::to_string(max_uv);
+        return false;
+    }
+    if (microvolts % static_cast<uint32_t>(step_uv) != 0) {
+        *problem = value + " is not a multiple of " + std::to_string(static_cast<uint32_t>(step_uv)) +
+                   " microvolts";
+        return false;
+    }
+    *canonical = std::to_string(microvolts);
+    return true;
+}
+
+void property_regulator_voltage::refresh() { limits_loaded = false; }

@@ -17,6 +17,11 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
+    // Microvolts on the 10 mV step within the limit files: what set() would
+    // write unchanged, since it rounds and refuses nothing else.
+    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
+    // Reads the limit files again at the next use.
+    void refresh() override;
 
     std::string path;
     double pct_min;

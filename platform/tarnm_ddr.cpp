@@ -79,6 +79,13 @@ uint32_t reg_info_tarn_dq::load(reg_subval* sv) {
     return dq_values[sv];
 }
 
+void reg_info_tarn_dq::invalidate() {
+    for (auto& entry : dq_loaded)
+        entry.second = false;
+    for (auto& entry : dq_dirty)
+        entry.second = false;
+}
+
 void reg_info_tarn_dq::commit() {
     // Every field staged this run is written again: the marks are never cleared.
     for (const auto& entry : subvals) {

@@ -53,6 +53,8 @@ public:
     void commit() override;
     uint32_t load(reg_subval* sv) override;
     void store(reg_subval* sv, uint32_t word) override;
+    // Forgets every DQ word and every staged field.
+    void invalidate() override;
 
     std::map<reg_subval*, uint32_t> dq_values;
     std::map<reg_subval*, bool> dq_loaded;

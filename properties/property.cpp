@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "properties/strict_value.h"
+
 int property::number_mode = 0;
 
 property::finder property::find_unregistered = nullptr;
@@ -14,6 +16,13 @@ property::property(const std::string& name, bool delete_on_unregister)
 property::~property() = default;
 
 void property::get_help(std::string& help) { help = "no help."; }
+
+bool property::check(const std::string&, std::string*, std::string* problem) {
+    *problem = "cannot be set";
+    return false;
+}
+
+void property::refresh() {}
 
 void property::on_unregister() {
     if (delete_on_unregister)
@@ -140,4 +149,52 @@ bool property_set::set(const std::string& value) {
         }
     }
     return true;
+}
+
+
+bool property_set::check_members(const std::string& value, std::vector<std::string>* canonical,
+                                 std::string* problem) {
+    const std::string count = std::to_string(members.size());
+    if (value.size() < 2 || value.front() != '{' || value.back() != '}') {
+        *problem = "expected a brace list of " + count + " values";
+        return false;
+    }
+    const std::vector<std::string> values = split_elements(value.substr(1, value.size() - 2));
+    if (values.size() != members.size()) {
+        *problem = "expected " + count + " values, found " + std::to_string(values.size());
+        return false;
+    }
+    canonical->clear();
+    auto next_value = values.begin();
+    for (const std::string& member_name : members) {
+        property* member = property::get_property(member_name);
+        std::string member_value;
+        if (!member) {
+            *problem = "no member " + member_name;
+            return false;
+        }
+        if (!member->check(trimmed(*next_value++), &member_value, problem)) {
+            *problem = member_name + ": " + *problem;
+            return false;
+        }
+        canonical->push_back(member_value);
+    }
+    return true;
+}
+
+bool property_set::check(const std::string& value, std::string* canonical, std::string* problem) {
+    std::vector<std::string> values;
+    if (!check_members(value, &values, problem))
+        return false;
+    std::string joined;
+    for (const std::string& member_value : values)
+        joined += (joined.empty() ? "{" : ",") + member_value;
+    *canonical = joined + "}";
+    return true;
+}
+
+void property_set::refresh() {
+    for (const std::string& member_name : members)
+        if (property* member = property::get_property(member_name))
+            member->refresh();
 }

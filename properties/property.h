@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 class property_group;
 
@@ -20,6 +21,17 @@ public:
     virtual bool get(std::string& value) = 0;
     virtual void get_help(std::string& help);
     virtual void on_unregister();
+
+    // Whether set() would take the value exactly as written, decided without
+    // touching the hardware. The value is read strictly (see strict_value.h)
+    // and never clamped. Gives the value as get() shows it in decimal, or
+    // says what is wrong with it. Properties that cannot be set refuse all.
+    virtual bool check(const std::string& value, std::string* canonical, std::string* problem);
+
+    // Forgets what the property remembers of the hardware, so that the next
+    // get or set sees the hardware as it is now. A run that serves one
+    // request never needs it.
+    virtual void refresh();
 
     const std::string name;
     bool delete_on_unregister;
@@ -71,6 +83,13 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
+    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
+    void refresh() override;
+
+    // A brace list with one value per member, blanks around each allowed,
+    // checked by each member: the members' canonical values in order.
+    bool check_members(const std::string& value, std::vector<std::string>* canonical,
+                       std::string* problem);
 
     const std::list<std::string> members;
 };

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
 
 namespace {
@@ -61,6 +62,20 @@ void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t 
                  delta, current, min, max, limit);
 }
 
+bool reg_subval::accepts(uint32_t v) {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    get_limits(&min, &max);
+    return v >= min && v <= max;
+}
+
+std::string reg_subval::valid_values() {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    get_limits(&min, &max);
+    return "in " + std::to_string(min) + ".." + std::to_string(max);
+}
+
 uint32_t reg_subval::clamp(long long value, uint32_t current, long long delta) {
     uint32_t min = 0;
     uint32_t max = 0;
@@ -101,6 +116,8 @@ uint32_t reg_bitmask::apply_subval(uint32_t word, uint32_t v) {
     return (word & ~(mask << shift)) | (v << shift);
 }
 
+bool reg_bitmask::accepts(uint32_t v) { return check_subval(v); }
+
 bool reg_bitmask::_before_set(uint32_t&) { return true; }
 
 bool reg_bitmask::_after_read(uint32_t&) { return true; }
@@ -131,6 +148,13 @@ reg_bitmask_map::reg_bitmask_map(int msb, int lsb, const std::string& name,
 reg_bitmask_map::~reg_bitmask_map() = default;
 
 bool reg_bitmask_map::check_subval(uint32_t v) { return value_map->count(v) != 0; }
+
+std::string reg_bitmask_map::valid_values() {
+    std::string keys;
+    for (const auto& entry : *value_map)
+        keys += (keys.empty() ? "one of " : ", ") + std::to_string(entry.first);
+    return keys;
+}
 
 bool reg_bitmask_map::_before_set(uint32_t& v) {
     auto found = value_map->find(v);
@@ -169,6 +193,8 @@ uint32_t reg_info::load(reg_subval*) {
 }
 
 void reg_info::store(reg_subval*, uint32_t word) { value = word; }
+
+void reg_info::invalidate() { loaded = false; }
 
 void reg_info::add_garbage() { reginfo_garbages().items.push_back(this); }
 
@@ -250,3 +276,18 @@ bool property_register::set(const std::string& value) {
 }
 
 void property_register::get_help(std::string& help) { help = subval->get_desc(); }
+
+bool property_register::check(const std::string& value, std::string* canonical,
+                              std::string* problem) {
+    uint32_t number = 0;
+    if (!parse_strict_u32(value, &number, problem))
+        return false;
+    if (!subval->accepts(number)) {
+        *problem = value + " is not " + subval->valid_values();
+        return false;
+    }
+    *canonical = std::to_string(number);
+    return true;
+}
+
+void property_register::refresh() { reg->invalidate(); }

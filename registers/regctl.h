@@ -29,6 +29,9 @@ public:
     virtual bool set(reg_info* reg, uint32_t v) = 0;
     virtual bool get(reg_info* reg, uint32_t* out) = 0;
     virtual void get_limits(uint32_t* min, uint32_t* max) = 0;
+    // Whether set() takes the user value, and the values it takes, in words.
+    virtual bool accepts(uint32_t v);
+    virtual std::string valid_values();
     virtual uint32_t clamp(long long value, uint32_t current, long long delta);
     virtual bool adjust(reg_info* reg, long long delta);
     virtual const std::string& get_name();
@@ -50,6 +53,7 @@ public:
     bool set(reg_info* reg, uint32_t v) override;
     bool get(reg_info* reg, uint32_t* out) override;
     void get_limits(uint32_t* min, uint32_t* max) override;
+    bool accepts(uint32_t v) override;
 
     virtual void init(const std::string& name, const std::string& desc, int msb, int lsb);
     virtual bool check_subval(uint32_t v);
@@ -73,6 +77,7 @@ public:
     bool check_subval(uint32_t v) override;
     bool _before_set(uint32_t& v) override;
     bool _after_read(uint32_t& v) override;
+    std::string valid_values() override;
 
     const value_table* value_map;
 };
@@ -96,6 +101,8 @@ public:
     virtual void commit();
     virtual uint32_t load(reg_subval* sv);
     virtual void store(reg_subval* sv, uint32_t word);
+    // Drops the cached word: the next load reads the hardware again.
+    virtual void invalidate();
 
     void add_garbage();
 
@@ -132,6 +139,8 @@ public:
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
     void get_help(std::string& help) override;
+    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
+    void refresh() override;
 
     // One property "<register>::<field>" per field, in field-name order.
     static void register_as_property(property_group* group, reg_info* reg);

@@ -6,26 +6,40 @@ case=$1 src=$2 build=$3 sim=${4:-}
 tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
 fails=0
 expect() { [ "$1" = "$2" ] || { echo "FAIL $3: expected '$1', got '$2'"; fails=1; }; }
-# The files that an installation holds, each after the prefix $1.
+# The files that an installation holds, each after the prefix $1; the init
+# script after $2.
 installed() {
-    local f=(sbin/padkit share/man/man8/padkit.8 share/bash-completion/completions/padkit)
-    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1
-        share/bash-completion/completions/padkit-sim)
-    printf "$1%s\n" "${f[@]}" | sort | xargs
+    local c=share/bash-completion/completions
+    local f=(sbin/padkit share/man/man8/padkit.8.gz $c/padkit share/doc/padkit/copyright
+        share/doc/padkit/changelog.gz sbin/padkit-tune share/man/man8/padkit-tune.8.gz
+        $c/padkit-tune lib/systemd/system/padkit-tune.service)
+    grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
+    [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz $c/padkit-sim
+        bin/padkit-tune-sim $c/padkit-tune-sim)
+    { printf "$1%s\n" "${f[@]}"; echo "${2}etc/init.d/padkit-tune"; } | sort | xargs
 }
+# An installation below $tmp/stage: DESTDIR keeps even absolute paths there.
+stage() { DESTDIR=$tmp/stage cmake --install "$build" --prefix /opt/padkit >/dev/null; }
 
 case $case in
 man)
     command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
-    pages=("$src/doc/padkit.8" "$src/doc/padkit-sim.1")
+    pages=("$build/doc/padkit.8" "$build/doc/padkit-tune.8" "$build/doc/padkit-sim.1")
+    expect "" "$(grep -H '@[A-Z_]*@' "${pages[@]}")" "substituted"
     expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint"
     ! command -v groff >/dev/null ||
         expect "" "$(groff -t -man -ww -z "${pages[@]}" 2>&1)" "groff warnings" ;;
 completion)
     [ -n "$sim" ] || { echo "skipped: no padkit-sim to complete from"; exit 77; }
-    export PADKIT_SIM_DIR=$tmp/board
+    "$src/scripts/need-packages" bash-completion || exit 1
+    stage || exit 1
+    export PADKIT_SIM_DIR=$tmp/board BASH_COMPLETION_USER_DIR=$tmp/stage/opt/padkit/share/bash-completion
+    # Loaded by name from the installation, as bash does on the first <Tab>.
+    set +u
     # shellcheck disable=SC1091
-    source "$src/completion/padkit.bash"
+    source /usr/share/bash-completion/bash_completion
+    _completion_loader padkit-sim
+    expect "complete -F _padkit padkit-sim" "$(complete -p padkit-sim)" "loaded"
     complete_line() {
         COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDS=("$sim") COMPREPLY=() && _padkit
         echo "${COMPREPLY[*]}"
@@ -40,10 +54,20 @@ completion)
     expect "" "$(complete_line "padkit-sim -l ")" "nothing after -l"
     expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
     [ -f "$PADKIT_SIM_DIR/regs" ] || { echo "FAIL: padkit-sim did not run on the board"; fails=1; } ;;
+boot)
+    command -v systemd-analyze >/dev/null || "$src/scripts/need-packages" systemd || exit 77
+    command -v shellcheck >/dev/null || "$src/scripts/need-packages" shellcheck || exit 77
+    # verify looks for the command in the host's own directories: point it at a stand-in.
+    cp "$(type -P true)" "$tmp/padkit-tune"
+    sed "s|^ExecStart=padkit-tune |ExecStart=$tmp/padkit-tune |" "$src/boot/padkit-tune.service" \
+        >"$tmp/padkit-tune.service"
+    expect "" "$(SYSTEMD_LOG_LEVEL=warning systemd-analyze verify --man=no \
+        "$tmp/padkit-tune.service" 2>&1)" "systemd-analyze verify"
+    expect "" "$(shellcheck -s sh "$src/boot/padkit-tune.init" 2>&1)" "shellcheck" ;;
 layout)
-    cmake --install "$build" --prefix "$tmp/stage" >/dev/null || exit 1
-    expect "$(installed ./)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"
-    cmp "$src/completion/padkit.bash" "$tmp/stage/share/bash-completion/completions/padkit" ||
+    stage || exit 1
+    expect "$(installed ./opt/padkit/ ./opt/padkit/)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"
+    cmp "$build/completion/padkit.bash" "$tmp/stage/opt/padkit/share/bash-completion/completions/padkit" ||
         fails=1 ;;
 deb)
     cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp" >/dev/null || exit 1
@@ -52,7 +76,10 @@ deb)
     info=$(dpkg-deb --info "${deb[0]}") || exit 1
     expect " Architecture: $arch| Package: padkit| Section: admin" \
         "$(grep -E '^ (Package|Architecture|Section):' <<<"$info" | sort | paste -sd '|')" "control"
-    expect "$(installed ./usr/)" \
-        "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents" ;;
+    expect "$(installed ./usr/ ./)" \
+        "$(dpkg-deb --contents "${deb[0]}" | awk '{print $6}' | grep -v '/$' | sort | xargs)" "contents"
+    "$src/scripts/need-packages" lintian || exit 1
+    report=$(lintian --fail-on error "${deb[0]}" 2>&1) || { echo "FAIL lintian"; fails=1; }
+    grep -v '^running with root privileges' <<<"$report" ;;
 esac
 exit $fails

@@ -1,0 +1,45 @@
+// Writes the bash completion script: the template with its line
+// "@PADKIT_MAP_KEYS@" replaced by one case arm per table-mapped field, whose
+// keys the listing does not show.
+// Usage: padkit_completion_script TEMPLATE OUTPUT
+#include <fstream>
+#include <string>
+
+#include "platform/platform.h"
+#include "properties/property.h"
+#include "registers/regctl.h"
+
+namespace {
+
+void write_map_keys(std::ostream& out) {
+    for (const auto& [name, prop] : property::properties()) {
+        const auto* reg = dynamic_cast<const property_register*>(prop);
+        const auto* field = reg ? dynamic_cast<const reg_bitmask_map*>(reg->subval) : nullptr;
+        if (!field)
+            continue;
+        out << "        " << name << ") echo";
+        for (const auto& key_code : *field->value_map)
+            out << ' ' << key_code.first;
+        out << " ;;\n";
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3)
+        return 2;
+    std::ifstream in(argv[1]);
+    std::ofstream out(argv[2]);
+    platform_register_properties();
+    for (std::string line; std::getline(in, line);) {
+        if (line == "@PADKIT_MAP_KEYS@")
+            write_map_keys(out);
+        else
+            out << line << '\n';
+    }
+    property_group::free_all();
+    property::free_all();
+    out.close();
+    return in.eof() && out ? 0 : 1;
+}

@@ -1,0 +1,84 @@
+// Running a program of the simulated board as a separate process, on a board
+// of its own, and collecting its output, status and register trace.
+#ifndef PADKIT_TESTS_SIM_BOARD_H
+#define PADKIT_TESTS_SIM_BOARD_H
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+using strings = std::vector<std::string>;
+using env_list = std::vector<std::pair<std::string, const char*>>;  // nullptr unsets
+
+std::string slurp(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+struct result { std::string out, err, trace; int status; };
+
+// A scratch directory for one run's output, and a board in it that does not
+// exist until a run creates it.
+struct sim_board {
+    explicit sim_board(std::string program) : program(std::move(program)) {}
+    std::string program;
+    strings launcher;  // words run before the (emulated) program, e.g. a namespace wrapper
+    fs::path scratch = mkdtemp((fs::temp_directory_path() / "padkit-e2e-XXXXXX").string().data());
+    fs::path dir = scratch / "board";
+
+    ~sim_board() { std::error_code ec; fs::remove_all(scratch, ec); }
+    pid_t start(const strings& args, const env_list& env = {}) const {
+        std::istringstream emulator(PADKIT_SIM_EMULATOR);
+        strings words = launcher;
+        words.insert(words.end(), std::istream_iterator<std::string>(emulator), {});
+        words.push_back(program);
+        words.insert(words.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        fs::remove(scratch / "trace");
+        const pid_t pid = fork();
+        if (pid != 0)
+            return pid;
+        setenv("PADKIT_SIM_DIR", dir.c_str(), 1);
+        setenv("PADKIT_SIM_TRACE", (scratch / "trace").c_str(), 1);
+        unsetenv("POSIXLY_CORRECT");
+        for (const auto& [name, value] : env)
+            value ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
+        dup2(open((scratch / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+        dup2(open((scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    // The status as the shell sees it.
+    result finish(pid_t pid) const {
+        int status = 0;
+        waitpid(pid, &status, 0);
+        return {slurp(scratch / "out"), slurp(scratch / "err"), slurp(scratch / "trace"),
+                WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
+    }
+    result run(const strings& args, const env_list& env = {}) const { return finish(start(args, env)); }
+    // Board set-up: nullptr removes, "->target" plants a symbolic link, else the file's text.
+    void change(const std::string& path, const char* content) const {
+        if (!content)
+            fs::remove_all(dir / path);
+        else if (std::string(content).rfind("->", 0) == 0)
+            fs::create_symlink(content + 2, dir / path);
+        else
+            std::ofstream(dir / path, std::ios::binary) << content;
+    }
+};
+
+#endif

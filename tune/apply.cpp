@@ -1,0 +1,110 @@
+// apply: all of the profiles' settings or none of them.
+#include <getopt.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/run_lock.h"
+#include "tune/board_io.h"
+#include "tune/commands.h"
+#include "tune/held_signals.h"
+#include "tune/profile.h"
+#include "tune/report.h"
+
+namespace {
+
+void print_change(const change& c) {
+    std::printf("%s: %s -> %s\n", c.prop->name.c_str(), c.before.c_str(), c.after.c_str());
+}
+
+// The settings that differ from the board, with the board's values; false
+// when a property cannot be read.
+bool plan(const std::vector<setting>& settings, std::vector<change>* changes) {
+    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        const setting& s = settings[i];
+        if (!board[i]) {
+            report("%s: unreadable; nothing written", s.prop->name.c_str());
+            return false;
+        }
+        if (*board[i] != s.value)
+            changes->push_back({s.prop, *board[i], s.value});
+    }
+    return true;
+}
+
+// Writes the changes in order; on the first failure puts back what was
+// written. Returns the exit status.
+int write_all(const std::vector<change>& changes, bool verbose) {
+    std::vector<change> written;
+    for (const change& c : changes) {
+        std::string problem;
+        written.push_back(c);
+        if (write_checked(c.prop, c.after, &problem)) {
+            if (verbose)
+                print_change(c);
+            continue;
+        }
+        report("%s: %s", c.prop->name.c_str(), problem.c_str());
+        const std::vector<std::string> left = undo(written);
+        if (left.empty()) {
+            report("apply failed; every property is as it was");
+            return 1;
+        }
+        std::string names;
+        for (const std::string& name : left)
+            names += " " + name;
+        report("apply failed; left changed:%s", names.c_str());
+        return 3;
+    }
+    return 0;
+}
+
+}  // namespace
+
+int apply_command(int argc, char** argv) {
+    static const option options[] = {{"dry-run", no_argument, nullptr, 'n'},
+                                     {"system", no_argument, nullptr, 's'},
+                                     {"help", no_argument, nullptr, 'h'},
+                                     {}};
+    bool dry_run = false;
+    bool verbose = false;
+    bool system = false;
+    for (int opt; (opt = getopt_long(argc, argv, "nvh", options, nullptr)) != -1;) {
+        switch (opt) {
+        case 'n': dry_run = true; break;
+        case 'v': verbose = true; break;
+        case 's': system = true; break;
+        case 'h': print_usage(stdout); return 0;
+        default: return unknown_option(argv);
+        }
+    }
+    std::vector<std::string> files(argv + optind, argv + argc);
+    if (system && !files.empty())
+        return usage_error("apply --system takes no FILE");
+    if (!system && files.empty())
+        return usage_error("apply needs a FILE");
+    if (system && !system_profiles(&files))
+        return 2;
+    if (files.empty())
+        return 0;
+    std::vector<setting> settings;
+    if (!load_profiles(files, &settings))
+        return 2;
+    std::vector<change> changes;
+    if (!take_run_lock() || !plan(settings, &changes))
+        return 1;
+    if (!dry_run) {
+        // A signal held during the writes acts once the output is out.
+        const held_signals held;
+        const int status = write_all(changes, verbose);
+        std::fflush(stdout);
+        return status;
+    }
+    for (const change& c : changes)
+        print_change(c);
+    return 0;
+}

@@ -1,0 +1,58 @@
+#include "tune/board_io.h"
+
+#include <string>
+#include <vector>
+
+#include "tune/report.h"
+
+bool read_now(property* prop, std::string* value) {
+    prop->refresh();
+    return prop->get(*value);
+}
+
+std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props) {
+    for (property* prop : props)
+        prop->refresh();
+    std::vector<std::optional<std::string>> values;
+    for (property* prop : props) {
+        std::string value;
+        values.push_back(prop->get(value) ? std::optional<std::string>(value) : std::nullopt);
+    }
+    return values;
+}
+
+bool write_checked(property* prop, const std::string& value, std::string* problem) {
+    prop->refresh();
+    if (!prop->set(value)) {
+        *problem = "writing " + value + " failed";
+        return false;
+    }
+    std::string now;
+    if (!read_now(prop, &now)) {
+        *problem = "wrote " + value + ", cannot read it back";
+        return false;
+    }
+    if (now != value) {
+        *problem = "wrote " + value + ", reads back " + now;
+        return false;
+    }
+    return true;
+}
+
+std::vector<std::string> undo(const std::vector<change>& changes) {
+    std::vector<std::string> left;
+    for (auto c = changes.rbegin(); c != changes.rend(); ++c) {
+        std::string now;
+        if (read_now(c->prop, &now) && now == c->before)
+            continue;
+        std::string problem;
+        if (write_checked(c->prop, c->before, &problem)) {
+            report("%s: restored to %s", c->prop->name.c_str(), c->before.c_str());
+        } else {
+            report("%s: not restored to %s: %s", c->prop->name.c_str(), c->before.c_str(),
+                   problem.c_str());
+            left.push_back(c->prop->name);
+        }
+    }
+    return left;
+}

@@ -1,0 +1,61 @@
+// diff: the settings of profiles that the board does not hold, like diff(1)
+// exits: 0 equal, 1 differences, 2 trouble.
+#include <getopt.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/run_lock.h"
+#include "tune/board_io.h"
+#include "tune/commands.h"
+#include "tune/json.h"
+#include "tune/profile.h"
+#include "tune/report.h"
+
+int diff_command(int argc, char** argv) {
+    static const option options[] = {
+        {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {}};
+    bool json = false;
+    for (int opt; (opt = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
+        switch (opt) {
+        case 'j': json = true; break;
+        case 'h': print_usage(stdout); return 0;
+        default: return unknown_option(argv);
+        }
+    }
+    if (optind == argc)
+        return usage_error("diff needs a FILE");
+    std::vector<setting> settings;
+    if (!load_profiles({argv + optind, argv + argc}, &settings) || !take_run_lock())
+        return 2;
+    bool trouble = false;
+    std::vector<change> differences;
+    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        const setting& s = settings[i];
+        if (!board[i]) {
+            report("%s: unreadable", s.prop->name.c_str());
+            trouble = true;
+        } else if (*board[i] != s.value) {
+            differences.push_back({s.prop, *board[i], s.value});
+        }
+    }
+    const char* separator = "\n";
+    if (json)
+        std::fputs("[", stdout);
+    for (const change& d : differences) {
+        if (json)
+            std::printf("%s  {\"name\": %s, \"board\": %s, \"file\": %s}", separator,
+                        json_string(d.prop->name).c_str(), json_value(&d.before).c_str(),
+                        json_value(&d.after).c_str());
+        else
+            std::printf("%s: %s -> %s\n", d.prop->name.c_str(), d.before.c_str(), d.after.c_str());
+        separator = ",\n";
+    }
+    if (json)
+        std::fputs(differences.empty() ? "]\n" : "\n]\n", stdout);
+    return trouble ? 2 : differences.empty() ? 0 : 1;
+}

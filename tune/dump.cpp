@@ -1,0 +1,95 @@
+// dump: every readable property as a profile, in the order of the listing.
+#include <getopt.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cli/run_lock.h"
+#include "properties/property.h"
+#include "tune/board_io.h"
+#include "tune/commands.h"
+#include "tune/json.h"
+#include "tune/report.h"
+
+namespace {
+
+// The properties the names and groups stand for (all when there are none),
+// in listing order; members of a chosen composite are left to it.
+bool choose(int count, char** names, std::vector<property*>* chosen) {
+    std::set<property*> wanted;
+    for (int i = 0; i < count; ++i) {
+        if (property* prop = property::get_property(names[i])) {
+            wanted.insert(prop);
+        } else if (property_group* group = property_group::get_property_group(names[i])) {
+            for (const auto& entry : group->properties)
+                wanted.insert(entry.second);
+        } else {
+            usage_error(std::string("no property or group ") + names[i]);
+            return false;
+        }
+    }
+    std::set<std::string> members;
+    for (const auto& group : property_group::property_groups())
+        for (const auto& entry : group.second->properties)
+            if (count == 0 || wanted.count(entry.second))
+                chosen->push_back(entry.second);
+    for (property* prop : *chosen)
+        if (auto* composite = dynamic_cast<property_set*>(prop))
+            members.insert(composite->members.begin(), composite->members.end());
+    std::vector<property*> kept;
+    for (property* prop : *chosen)
+        if (!members.count(prop->name))
+            kept.push_back(prop);
+    chosen->swap(kept);
+    return true;
+}
+
+}  // namespace
+
+int dump_command(int argc, char** argv) {
+    static const option options[] = {
+        {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {}};
+    bool hex = false;
+    bool json = false;
+    for (int opt; (opt = getopt_long(argc, argv, "xh", options, nullptr)) != -1;) {
+        switch (opt) {
+        case 'x': hex = true; break;
+        case 'j': json = true; break;
+        case 'h': print_usage(stdout); return 0;
+        default: return unknown_option(argv);
+        }
+    }
+    std::vector<property*> chosen;
+    if (!choose(argc - optind, argv + optind, &chosen))
+        return 2;
+    if (!take_run_lock())
+        return 1;
+    property::number_mode = hex && !json ? 1 : 0;
+    int status = 0;
+    const char* separator = "\n";
+    if (json)
+        std::fputs("{", stdout);
+    const std::vector<std::optional<std::string>> values = read_all_now(chosen);
+    for (std::size_t i = 0; i < chosen.size(); ++i) {
+        property* prop = chosen[i];
+        const std::string* value = values[i] ? &*values[i] : nullptr;
+        if (!value)
+            status = 1;
+        if (json) {
+            std::printf("%s  %s: %s", separator, json_string(prop->name).c_str(),
+                        json_value(value).c_str());
+            separator = ",\n";
+        } else if (value) {
+            std::printf("%s = %s\n", prop->name.c_str(), value->c_str());
+        } else {
+            std::printf("# %s: unreadable\n", prop->name.c_str());
+        }
+    }
+    if (json)
+        std::fputs(chosen.empty() ? "}\n" : "\n}\n", stdout);
+    return status;
+}

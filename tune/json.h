@@ -1,0 +1,14 @@
+// The JSON forms of names and property values.
+#ifndef PADKIT_TUNE_JSON_H
+#define PADKIT_TUNE_JSON_H
+
+#include <string>
+
+// A JSON string literal holding the text.
+std::string json_string(const std::string& text);
+
+// A value as get() shows it in decimal: a number, or "{a,b}" as an array.
+// nullptr (an unreadable property) is null.
+std::string json_value(const std::string* value);
+
+#endif

@@ -1,0 +1,3 @@
+#include "tune/tune.h"
+
+int main(int argc, char** argv) { return padkit_tune_main(argc, argv); }

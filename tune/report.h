@@ -1,0 +1,12 @@
+// Messages of padkit-tune on standard error, each prefixed by the program's name.
+#ifndef PADKIT_TUNE_REPORT_H
+#define PADKIT_TUNE_REPORT_H
+
+// The name messages begin with: the last part of argv[0].
+void set_program_name(const char* argv0);
+const char* program_name();
+
+// One line "<program>: <message>" on standard error.
+void report(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+#endif

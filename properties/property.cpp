@@ -10,8 +10,8 @@ int property::number_mode = 0;
 
 property::finder property::find_unregistered = nullptr;
 
-property::property(const std::string& name, bool delete_on_unregister)
-    : name(name), delete_on_unregister(delete_on_unregister) {}
+property::property(std::string name, bool delete_on_unregister)
+    : name(std::move(name)), delete_on_unregister(delete_on_unregister) {}
 
 property::~property() = default;
 

@@ -14,7 +14,7 @@ class property {
 public:
     using property_map = std::map<std::string, property*>;
 
-    explicit property(const std::string& name, bool delete_on_unregister = true);
+    explicit property(std::string name, bool delete_on_unregister = true);
     virtual ~property();
 
     virtual bool set(const std::string& value) = 0;

@@ -133,7 +133,7 @@ public:
 
 class property_register : public property {
 public:
-    property_register(const std::string& name, reg_info* reg, reg_subval* subval);
+    property_register(std::string name, reg_info* reg, reg_subval* subval);
     ~property_register() override;
 
     bool set(const std::string& value) override;

@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,7 +13,8 @@ class property_group;
 
 class property {
 public:
-    using property_map = std::map<std::string, property*>;
+    // Keyed by the property's own name, which lives as long as the property.
+    using property_map = std::map<std::string_view, property*>;
 
     explicit property(std::string name, bool delete_on_unregister = true);
     virtual ~property();

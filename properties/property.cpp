@@ -29,8 +29,8 @@ void property::on_unregister() {
         delete this;
 }
 
-property::property_map& property::properties() {
-    static property_map registry;
+property::registry_map& property::properties() {
+    static registry_map registry;
     return registry;
 }
 

@@ -13,8 +13,10 @@ class property_group;
 
 class property {
 public:
-    // Keyed by the property's own name, which lives as long as the property.
-    using property_map = std::map<std::string_view, property*>;
+    using property_map = std::map<std::string, property*>;
+    // Keyed by the registered property's own name: an entry goes when its
+    // property is freed.
+    using registry_map = std::map<std::string_view, property*>;
 
     explicit property(std::string name, bool delete_on_unregister = true);
     virtual ~property();
@@ -43,7 +45,7 @@ public:
 
     // Every registered property under its name. Built on first use so that
     // static objects of other units may rely on it.
-    static property_map& properties();
+    static registry_map& properties();
 
     // Registers and returns the property of a name not registered yet, or
     // returns nullptr; lets a platform build only the properties a run names.

@@ -24,7 +24,7 @@ TEST_F(unit_test, RegistryIsByteOrderedExactAndFreesWhatItOwns) {
         property::register_property("g", new stub(name, "", false, &deaths));
     std::vector<std::string> names;
     for (const auto& entry : property_group::get_property_group("g")->properties)
-        names.emplace_back(entry.first);
+        names.push_back(entry.first);
     EXPECT_EQ(names, (std::vector<std::string>{"B", "a", "a-b", "a1"}));
     EXPECT_EQ(property::get_property("A"), property::get_property("a "));  // both absent
     stub taken("a"), kept("k", "", false, &deaths);

@@ -120,7 +120,7 @@ TEST_F(catalogue, SixGroupsOfEveryFieldInByteOrderWithHelpAndSharedFields) {
     EXPECT_EQ(property::properties().size(), in_groups);
     std::vector<std::string> ddr;
     for (const auto& entry : property_group::get_property_group("tarnm-ddr")->properties)
-        ddr.emplace_back(entry.first);
+        ddr.push_back(entry.first);
     auto pos = [&](const std::string& name) { return std::find(ddr.begin(), ddr.end(), name) - ddr.begin(); };
     EXPECT_EQ(pos("tarnm-ddra-read0::dq") + 1, pos("tarnm-ddra-read0::dq0"));
     EXPECT_EQ(pos("tarnm-ddra3::scl") + 1, pos("tarnm-ddra::adrdrv"));

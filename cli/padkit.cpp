@@ -8,10 +8,14 @@
 #include <string>
 
 #include "cli/run_lock.h"
+#include "cli/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 
 namespace {
+
+// Status of a run whose request was served but whose output was lost.
+constexpr int output_failed = -12;
 
 // One line of the pieces on standard output, flushed at once so that it
 // keeps its place among the messages on standard error, also through a pipe.
@@ -126,5 +130,6 @@ int padkit_main(int argc, char** argv) {
     property_group::free_all();
     property::free_all();
     release_run_lock();
-    return status;
+    const bool output_written = standard_output_written();
+    return status == 0 && !output_written ? output_failed : status;
 }

@@ -2,8 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/types.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "platform/system_paths.h"
@@ -11,24 +16,60 @@
 namespace {
 
 int fd_flock = -1;
+std::string lock_path;
+
+// The process holding a lock on the open file, as /proc/locks names it by
+// device and inode; 0 when it cannot be found.
+long lock_holder(int fd) {
+    struct stat st;
+    FILE* locks = fstat(fd, &st) == 0 ? std::fopen("/proc/locks", "re") : nullptr;
+    if (!locks)
+        return 0;
+    long holder = 0;
+    char line[256];
+    // "1: FLOCK  ADVISORY  WRITE 1234 08:01:5678 0 EOF"; a waiter's line has "->".
+    while (holder <= 0 && std::fgets(line, sizeof line, locks)) {
+        long pid = 0;
+        unsigned int dev_major = 0, dev_minor = 0;
+        unsigned long long inode = 0;
+        if (!std::strstr(line, "->") &&
+            std::sscanf(line, "%*d: %*s %*s %*s %ld %x:%x:%llu", &pid, &dev_major, &dev_minor,
+                        &inode) == 4 &&
+            dev_major == major(st.st_dev) && dev_minor == minor(st.st_dev) && inode == st.st_ino)
+            holder = pid;
+    }
+    std::fclose(locks);
+    return holder > 0 ? holder : 0;
+}
 
 }  // namespace
 
 bool take_run_lock() {
     if (fd_flock < 0) {
         // O_NOFOLLOW: a link planted in a shared /tmp must not make root open its target.
-        const std::string lock_path = system_path("/tmp/padkit.lock");
+        lock_path = system_path("/tmp/padkit.lock");
         fd_flock = open(lock_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd_flock < 0) {
             std::fprintf(stderr, "Failed to open %s\nFailed to lock!\n", lock_path.c_str());
             return false;
         }
     }
-    if (flock(fd_flock, LOCK_EX) != 0) {
-        std::fputs("Failed to lock!\n", stderr);
-        return false;
+    if (flock(fd_flock, LOCK_EX | LOCK_NB) == 0)
+        return true;
+    // Anyone who can open the file can hold it: say who makes this run wait.
+    if (errno == EWOULDBLOCK) {
+        const long holder = lock_holder(fd_flock);
+        if (holder)
+            std::fprintf(stderr, "Waiting for the lock on %s, held by process %ld.\n",
+                         lock_path.c_str(), holder);
+        else
+            std::fprintf(stderr, "Waiting for the lock on %s, held by another process.\n",
+                         lock_path.c_str());
+        if (flock(fd_flock, LOCK_EX) == 0)
+            return true;
     }
-    return true;
+    std::fputs("Failed to lock!\n", stderr);
+    return false;
 }
 
 void release_run_lock() {

@@ -2,9 +2,10 @@
 #ifndef PADKIT_RUN_LOCK_H
 #define PADKIT_RUN_LOCK_H
 
-// Opens the board's lock file on first use and takes the exclusive lock,
-// waiting for another run to release it. On failure says why on standard
-// error and returns false.
+// Opens the board's lock file on first use and takes the exclusive lock.
+// When another process holds it, says on standard error which one (when
+// /proc/locks tells) and waits for it. On failure says why on standard error
+// and returns false.
 bool take_run_lock();
 
 // Releases the lock; the file stays open, so it can be taken again.

@@ -17,7 +17,7 @@ set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 
 # The man pages carry the project's version; the Debian changelog and
 # copyright file the version, the contact and the licence of this tree.
-foreach(page padkit.8 padkit-tune.8 padkit-sim.1)
+foreach(page padkit.8 padkit-tune.8 padkit-sim.1 padkit-tune-sim.1)
     configure_file(${PROJECT_SOURCE_DIR}/doc/${page} ${padkit_doc}/${page} @ONLY)
 endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${padkit_doc}/changelog @ONLY)
@@ -31,7 +31,7 @@ configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${padkit_doc}/copyri
 
 # Man pages and changelog are installed compressed, as Debian wants them.
 set(padkit_compressed "")
-foreach(file padkit.8 padkit-tune.8 padkit-sim.1 changelog)
+foreach(file padkit.8 padkit-tune.8 padkit-sim.1 padkit-tune-sim.1 changelog)
     add_custom_command(OUTPUT ${padkit_doc}/${file}.gz
         COMMAND gzip -9nkf ${padkit_doc}/${file}
         DEPENDS ${padkit_doc}/${file}
@@ -73,7 +73,8 @@ install(CODE "
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
     install(TARGETS padkit-sim padkit-tune-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    install(FILES ${padkit_doc}/padkit-sim.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${padkit_doc}/padkit-sim.1.gz ${padkit_doc}/padkit-tune-sim.1.gz
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit-sim)
     install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
             DESTINATION ${padkit_completions} RENAME padkit-tune-sim)

@@ -1,26 +1,49 @@
 # bash completion for padkit-tune and padkit-tune-sim        -*- shell-script -*-
 #
-# Names and groups for dump come from the listing of the padkit beside the
-# program being completed (padkit-tune-sim: padkit-sim), so no list can drift.
+# Names and groups for dump and sweep come from the listing of the padkit
+# beside the program being completed (padkit-tune-sim: padkit-sim), so no
+# list can drift.
 
 _padkit_tune()
 {
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep -h --help --version" -- "$cur")
         return
+    fi
+    if [[ $command == sweep ]]; then
+        local i prev=${COMP_WORDS[COMP_CWORD - 1]}
+        # After "--" comes the test command: its name, then its own words.
+        for ((i = 2; i < COMP_CWORD; i++)); do
+            [[ ${COMP_WORDS[i]} == -- ]] || continue
+            if ((i == COMP_CWORD - 1)); then
+                mapfile -t COMPREPLY < <(compgen -c -- "$cur")
+            else
+                mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+            fi
+            return
+        done
+        case $prev in
+            --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
+            --csv | --svg) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --step | --runs | --timeout) return ;;
+        esac
     fi
     case $command:$cur in
         dump:-*) mapfile -t COMPREPLY < <(compgen -W "-x --json" -- "$cur") ;;
         diff:-*) mapfile -t COMPREPLY < <(compgen -W "--json" -- "$cur") ;;
         apply:-*) mapfile -t COMPREPLY < <(compgen -W "-n --dry-run -v --system" -- "$cur") ;;
-        dump:*)
-            # The words of a name as readline splits them at its colons.
-            local line=${COMP_LINE:0:COMP_POINT} word
+        sweep:-*)
+            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --" -- "$cur") ;;
+        dump:* | sweep:*)
+            # The words of a name as readline splits them at its colons. The
+            # listing's group lines have no tab; sweep takes no group.
+            local line=${COMP_LINE:0:COMP_POINT} word tab='\{0,1\}'
             word=${line##*[[:space:]]}
+            [[ $command == sweep ]] && tab=
             mapfile -t COMPREPLY < <(compgen -W "$(timeout 5 "${prog/padkit-tune/padkit}" -l 2>/dev/null |
-                sed -n 's/^\t\{0,1\}\([^ ]*\) :.*/\1/p')" -- "$word")
+                sed -n "s/^\t$tab\([^ ]*\) :.*/\1/p")" -- "$word")
             if [[ $word == *:* && $COMP_WORDBREAKS == *:* ]]; then
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi

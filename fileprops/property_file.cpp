@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "fileprops/text_file.h"
 #include "properties/strict_value.h"
 
 namespace {
@@ -24,7 +23,7 @@ bool is_blank(const std::string& text) {
 
 property_file<int>::property_file(const std::string& name, const std::string& path, int min,
                                   int max)
-    : property(name), path(path), min(min), max(max) {
+    : property(name), file(path), min(min), max(max) {
     read_update();
 }
 
@@ -33,22 +32,30 @@ property_file<int>::~property_file() = default;
 bool property_file<int>::read_update() {
     valid = false;
     std::string word;
-    if (!read_first_word(path, &word)) {
-        std::fprintf(stderr, "open %s failed.\n", path.c_str());
+    if (!file.read_first_word(&word)) {
+        report("open " + file.path() + " failed.");
         return false;
     }
     value = extract_int(word);
     if (value < min || value > max) {
-        std::fprintf(stderr, "current value %d is not valid, valid range = %d ~ %d\n", value, min,
-                     max);
+        report("current value " + std::to_string(value) + " is not valid, valid range = " +
+               std::to_string(min) + " ~ " + std::to_string(max));
         return false;
     }
+    last_report.clear();
     valid = true;
     return true;
 }
 
+void property_file<int>::report(const std::string& message) {
+    if (message == last_report)
+        return;
+    last_report = message;
+    std::fprintf(stderr, "%s\n", message.c_str());
+}
+
 bool property_file<int>::get(std::string& out) {
-    if (!valid)
+    if (!read_update())
         return false;
     out = std::to_string(value);
     return true;
@@ -76,7 +83,7 @@ void property_file<int>::warn_about_range(const std::string& text, int bound) {
 }
 
 bool property_file<int>::set(const std::string& text) {
-    if (!valid)
+    if (!read_update())
         return false;
     const bool relative = text.size() > 1 && (text[0] == '-' || text[0] == '+');
     const std::string number_text = relative ? text.substr(1) : text;
@@ -117,9 +124,8 @@ bool property_file<int>::set(const std::string& text) {
 bool property_file<int>::commit() {
     if (!valid)
         return false;
-    if (!write_text(path, std::to_string(value))) {
-        std::fprintf(stderr, "open %s failed.\n", path.c_str());
-        return false;
-    }
-    return true;
+    const write_result result = file.write(std::to_string(value));
+    if (result == write_result::not_opened)
+        report("open " + file.path() + " failed.");
+    return result == write_result::written;
 }

@@ -4,12 +4,15 @@
 
 #include <string>
 
+#include "fileprops/kernel_file.h"
 #include "properties/property.h"
 
 template <typename T>
 class property_file;
 
-// The file is read once, at construction; every accepted write rewrites it.
+// The file is read at construction, which says what makes it unusable, and
+// read again by every get and set, so that a run holding the lock works on
+// what the file holds then; every accepted write rewrites it.
 template <>
 class property_file<int> : public property {
 public:
@@ -26,11 +29,18 @@ public:
     virtual bool commit();
     virtual void warn_about_range(const std::string& text, int bound);
 
-    std::string path;
+    kernel_file file;
     int value = 0;
     int min;
     int max;
     bool valid = false;
+
+private:
+    // Prints the message unless it is the one given last: a file that stays
+    // unusable is reported once, however often it is read.
+    void report(const std::string& message);
+
+    std::string last_report;
 };
 
 #endif

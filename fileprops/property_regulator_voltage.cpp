@@ -3,10 +3,11 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
-#include "fileprops/text_file.h"
 #include "properties/strict_value.h"
 
 namespace {
@@ -31,58 +32,50 @@ bool parse_double(const std::string& text, double* out) {
     return end != begin && std::isfinite(*out);
 }
 
+// Microvolts as the file's first word. The word is read as a 64-bit number on
+// every target, so that no value wraps; one that is not a decimal integer
+// from 0 to what the driver takes (an int) is no usable reading.
+bool read_microvolts(const kernel_file& file, int64_t* out) {
+    std::string word;
+    if (!file.read_first_word(&word))
+        return false;
+    const char* begin = word.c_str();
+    char* end = nullptr;
+    errno = 0;
+    const long long number = std::strtoll(begin, &end, 10);
+    if (end == begin || errno == ERANGE || number < 0 || number > INT32_MAX)
+        return false;
+    *out = number;
+    return true;
+}
+
 }  // namespace
 
 property_regulator_voltage::property_regulator_voltage(const std::string& name,
                                                        const std::string& path, double pct_min,
                                                        double pct_max)
-    : property(name), path(path), pct_min(pct_min), pct_max(pct_max) {}
+    : property(name),
+      microvolts_file(path + "/microvolts"),
+      min_file(path + "/min_microvolts"),
+      max_file(path + "/max_microvolts"),
+      pct_min(pct_min),
+      pct_max(pct_max) {}
 
 property_regulator_voltage::~property_regulator_voltage() = default;
 
-bool property_regulator_voltage::_fileintread(const std::string& file, int* out) {
-    std::string word;
-    if (!read_first_word(file, &word))
-        return false;
-    const char* begin = word.c_str();
-    char* end = nullptr;
-    errno = 0;
-    const long number = std::strtol(begin, &end, 10);
-    // A word that holds no number, or one beyond long, is no usable reading.
-    if (end == begin || errno == ERANGE)
-        return false;
-    *out = static_cast<int>(number);
-    return true;
-}
-
-bool property_regulator_voltage::_fileintwrite(const std::string& file, int n) {
-    return write_text(file, std::to_string(n));
-}
-
 bool property_regulator_voltage::_load_limits() {
-    if (limits_loaded)
-        return true;
-    int microvolts = 0;
-    int lowest = 0;
-    int highest = 0;
-    if (!_fileintread(path + "/microvolts", &microvolts) || microvolts < 0)
-        return false;
-    base_uv = static_cast<uint32_t>(microvolts);
-    if (!_fileintread(path + "/min_microvolts", &lowest))
-        return false;
-    min_uv = static_cast<uint32_t>(lowest);
-    if (!_fileintread(path + "/max_microvolts", &highest))
-        return false;
-    max_uv = static_cast<uint32_t>(highest);
-    limits_loaded = true;
-    return true;
+    if (!limits_loaded)
+        limits_loaded = read_microvolts(microvolts_file, &base_uv) &&
+                        read_microvolts(min_file, &min_uv) && read_microvolts(max_file, &max_uv) &&
+                        min_uv <= max_uv;
+    return limits_loaded;
 }
 
 bool property_regulator_voltage::get(std::string& value) {
-    int microvolts = 0;
-    if (!_load_limits() || !_fileintread(path + "/microvolts", &microvolts) || microvolts < 0)
+    int64_t microvolts = 0;
+    if (!_load_limits() || !read_microvolts(microvolts_file, &microvolts))
         return false;
-    value = std::to_string(static_cast<uint32_t>(microvolts));
+    value = std::to_string(microvolts);
     return true;
 }
 
@@ -105,11 +98,11 @@ bool property_regulator_voltage::set(const std::string& value) {
         target = to_microvolts(std::ceil(number / step_uv) * step_uv);
     }
     if (target < min_uv || target > max_uv) {
-        std::fprintf(stderr, "%" PRIu32 "mv: out of range(%" PRIu32 "-%" PRIu32 ")\n", target,
+        std::fprintf(stderr, "%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")\n", target,
                      min_uv, max_uv);
         return false;
     }
-    return _fileintwrite(path + "/microvolts", static_cast<int>(target));
+    return microvolts_file.write(std::to_string(target)) == write_result::written;
 }
 
 bool property_regulator_voltage::check(const std::string& value, std::string* canonical,
@@ -118,7 +111,7 @@ bool property_regulator_voltage::check(const std::string& value, std::string* ca
     if (!parse_strict_u32(value, &microvolts, problem))
         return false;
     if (!_load_limits()) {
-        *problem = "cannot read the limits of " + path;
+        *problem = "cannot read the limits of " + name;
         return false;
     }
     if (microvolts < min_uv || microvolts > max_uv) {

@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <string>
 
+#include "fileprops/kernel_file.h"
 #include "properties/property.h"
 
 // Reads microvolts; writes microvolts or a percentage of the voltage found at
 // first use, rounded up to 10 mV and refused outside the regulator's limits.
+// A file whose first word is not a decimal integer from 0 to INT32_MAX, or
+// limits with min above max, make the regulator unreadable.
 class property_regulator_voltage : public property {
 public:
     property_regulator_voltage(const std::string& name, const std::string& path, double pct_min,
@@ -23,17 +26,17 @@ public:
     // Reads the limit files again at the next use.
     void refresh() override;
 
-    std::string path;
+    const kernel_file microvolts_file;
+    const kernel_file min_file;
+    const kernel_file max_file;
     double pct_min;
     double pct_max;
-    uint32_t min_uv = 0;
-    uint32_t max_uv = 0;
+    int64_t min_uv = 0;
+    int64_t max_uv = 0;
     bool limits_loaded = false;
-    uint32_t base_uv = 0;
+    int64_t base_uv = 0;
 
 private:
-    bool _fileintread(const std::string& file, int* out);
-    bool _fileintwrite(const std::string& file, int n);
     bool _load_limits();
 };
 

@@ -7,7 +7,6 @@
 #include "fileprops/property_file.h"
 #include "fileprops/property_regulator_voltage.h"
 #include "platform/platform.h"
-#include "platform/system_paths.h"
 #include "properties/property.h"
 #include "registers/regctl.h"
 
@@ -147,9 +146,10 @@ const std::initializer_list<reg_info*> i2c_regs = {
     new reg_info("i2c11-delay", 0x191090, i2c_delay_subvals, true),
 };
 
-// Read on every start, before the lock is taken.
+// Read on every start, before the lock is taken, to say early when it is
+// unusable; read again by every get and set.
 const std::initializer_list<property*> mmc_rdqs = {
-    new property_file<int>("mmc::rdqs", system_path("/sys/kernel/debug/mmc0/rdqs"), 2, 255),
+    new property_file<int>("mmc::rdqs", "/sys/kernel/debug/mmc0/rdqs", 2, 255),
 };
 
 const std::initializer_list<reg_bitmask*> mac_txdelay_subval = {
@@ -168,9 +168,9 @@ const std::initializer_list<reg_info*> mac_regs = {
 
 const std::initializer_list<property*> regulators = {
     new property_regulator_voltage("cpu_regulator::microvolts",
-                                   system_path("/sys/class/regulator/regulator.1"), 93.0, 107.0),
+                                   "/sys/class/regulator/regulator.1", 93.0, 107.0),
     new property_regulator_voltage("core_regulator::microvolts",
-                                   system_path("/sys/class/regulator/regulator.2"), 93.0, 107.0),
+                                   "/sys/class/regulator/regulator.2", 93.0, 107.0),
 };
 
 }  // namespace tarnm

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -24,6 +25,13 @@ int _mmap_read(volatile uint32_t* mapped, uint32_t* out) {
 int _mmap_write(volatile uint32_t* mapped, uintptr_t value) {
     *mapped = static_cast<uint32_t>(value);
     return 0;
+}
+
+// A regular file standing in for the device (a fake board, a test image) must
+// hold the whole page: touching a page past its end raises SIGBUS.
+bool page_reachable(int fd, off_t page_base) {
+    struct stat st;
+    return fstat(fd, &st) == 0 && (!S_ISREG(st.st_mode) || st.st_size >= page_base + page_size);
 }
 
 // The device stays open and every page it has mapped stays mapped for the
@@ -52,18 +60,22 @@ char* mapped_page(uint32_t address) {
     const char* path = fname;
     if (opened.fd < 0 || opened.path != path) {
         opened.forget();
-        opened.fd = open(path, O_RDWR | O_SYNC | O_CLOEXEC);
+        opened.fd = open(path, O_RDWR | O_SYNC);
         if (opened.fd < 0) {
             std::fprintf(stderr, "open %s failed.\n", path);
             return nullptr;
         }
         opened.path = path;
     }
+    // Checked at every access: the file may have shrunk since the page was mapped.
     const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
     const auto known = opened.pages.find(page_base);
-    if (known != opened.pages.end())
+    const bool reachable = page_reachable(opened.fd, page_base);
+    if (reachable && known != opened.pages.end())
         return known->second;
-    void* page = mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, opened.fd, page_base);
+    void* page = reachable ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, opened.fd,
+                                  page_base)
+                           : MAP_FAILED;
     if (page == MAP_FAILED) {
         std::fprintf(stderr, "mmap %s failed.\n", path);
         return nullptr;

@@ -25,12 +25,16 @@ std::string env(const char* name) {
     return value ? value : "";
 }
 
+// Without any of the three the board would land in the root directory.
 std::string choose_board_dir() {
     std::string dir = env("PADKIT_SIM_DIR");
-    if (dir.empty()) {
-        const std::string state = env("XDG_STATE_HOME");
-        dir = state.empty() ? env("HOME") + "/.local/state/padkit-sim" : state + "/padkit-sim";
+    const std::string state = env("XDG_STATE_HOME"), home = env("HOME");
+    if (dir.empty() && state.empty() && home.empty()) {
+        std::fputs("No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n", stderr);
+        _exit(255);
     }
+    if (dir.empty())
+        dir = state.empty() ? home + "/.local/state/padkit-sim" : state + "/padkit-sim";
     // Paths are appended as "<board>/...": "/" itself becomes "".
     while (!dir.empty() && dir.back() == '/')
         dir.pop_back();

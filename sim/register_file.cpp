@@ -1,5 +1,6 @@
 #include "sim/register_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <string>
 #include <tuple>
@@ -30,7 +32,21 @@ struct word_key {
                std::tie(other.address, other.selected, other.select);
     }
 };
-using board_words = std::map<word_key, uint32_t>;
+
+// A word with the user's comments: the comment lines above its entry and the
+// comment at the end of its line stay with it when the file is rewritten.
+struct board_word {
+    uint32_t value = 0;
+    std::string comment_lines;  // whole lines, each with its newline
+    std::string line_comment;   // from its '#', without the newline
+};
+using board_words = std::map<word_key, board_word>;
+
+struct regs_file {
+    board_words words;
+    std::string closing_comments;  // comment lines after the last entry
+    mode_t mode = 0;
+};
 
 struct data_register {
     uint32_t address;
@@ -75,28 +91,40 @@ std::string next_word(const std::string& text, std::string::size_type* at) {
     return text.substr(start, *at - start);
 }
 
-// A later line for the same word replaces an earlier one.
-bool parse_line(const std::string& line, board_words* words) {
-    const std::string entry = line.substr(0, line.find('#'));
+// A later line for the same word replaces an earlier one; comment lines wait
+// in *comments for the entry they stand above.
+bool parse_line(const std::string& line, std::string* comments, board_words* words) {
+    const std::string::size_type hash = line.find('#');
+    const std::string entry = line.substr(0, hash);
     std::string::size_type next = 0;
     const std::string where = next_word(entry, &next);
-    if (where.empty())
+    if (where.empty()) {
+        if (hash != std::string::npos)
+            *comments += line + "\n";
         return true;
-    const std::string value = next_word(entry, &next);
+    }
+    const std::string value_text = next_word(entry, &next);
     const std::string extra = next_word(entry, &next);
     word_key key;
-    uint32_t word = 0;
+    uint32_t value = 0;
     const std::string::size_type at = where.find('@');
     key.selected = at != std::string::npos;
     if (!extra.empty() || !parse_hex(where.substr(0, at), &key.address) ||
-        (key.selected && !parse_hex(where.substr(at + 1), &key.select)) || !parse_hex(value, &word))
+        (key.selected && !parse_hex(where.substr(at + 1), &key.select)) ||
+        !parse_hex(value_text, &value))
         return false;
-    (*words)[key] = word;
+    board_word& word = (*words)[key];
+    word.value = value;
+    word.comment_lines += *comments;
+    comments->clear();
+    if (hash != std::string::npos)
+        word.line_comment = line.substr(hash);
     return true;
 }
 
 bool read_file(const std::string& path, std::string* text, mode_t* mode) {
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // A link in the board would make root read, and then replace, what it names.
+    int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return false;
     struct stat st;
@@ -111,48 +139,67 @@ bool read_file(const std::string& path, std::string* text, mode_t* mode) {
     return ok && got == 0;
 }
 
-bool load(board_words* words, mode_t* mode) {
+// Temporary files of a run killed while it replaced regs; only a run that
+// holds the lock reaches here, so none of them is still being written.
+void remove_stale_temporaries() {
+    static bool done = false;
+    DIR* dir = done ? nullptr : opendir(board_dir().c_str());
+    done = true;
+    if (!dir)
+        return;
+    while (const dirent* entry = readdir(dir))
+        if (std::strncmp(entry->d_name, ".regs-", 6) == 0 && std::strlen(entry->d_name) == 12)
+            unlinkat(dirfd(dir), entry->d_name, 0);
+    closedir(dir);
+}
+
+bool load(regs_file* regs) {
+    remove_stale_temporaries();
     const std::string path = regs_path();
     std::string text;
-    if (!read_file(path, &text, mode))
+    if (!read_file(path, &text, &regs->mode))
         return false;
+    std::string comments;
     std::string::size_type start = 0;
     for (int number = 1; start < text.size(); ++number) {
         const std::string::size_type end = std::min(text.find('\n', start), text.size());
-        if (!parse_line(text.substr(start, end - start), words)) {
+        if (!parse_line(text.substr(start, end - start), &comments, &regs->words)) {
             std::fprintf(stderr, "%s:%d: bad register entry\n", path.c_str(), number);
             return false;
         }
         start = end + 1;
     }
+    regs->closing_comments = comments;
     return true;
 }
 
-std::string format(const board_words& words) {
+std::string format(const board_words& words, const std::string& closing_comments = "") {
     std::string text;
     char line[64];
     for (const auto& entry : words) {
         const word_key& key = entry.first;
+        const board_word& word = entry.second;
         if (key.selected)
-            std::snprintf(line, sizeof line, "0x%08x@0x%08x 0x%08x\n", key.address, key.select,
-                          entry.second);
+            std::snprintf(line, sizeof line, "0x%08x@0x%08x 0x%08x", key.address, key.select,
+                          word.value);
         else
-            std::snprintf(line, sizeof line, "0x%08x 0x%08x\n", key.address, entry.second);
-        text += line;
+            std::snprintf(line, sizeof line, "0x%08x 0x%08x", key.address, word.value);
+        text += word.comment_lines + line;
+        text += (word.line_comment.empty() ? "" : " " + word.line_comment) + "\n";
     }
-    return text;
+    return text + closing_comments;
 }
 
 // A reader (or a user's editor) sees the old file or the new one, never a mix.
-bool save(const board_words& words, mode_t mode) {
-    const std::string text = format(words);
+bool save(const regs_file& regs) {
+    const std::string text = format(regs.words, regs.closing_comments);
     std::string name = board_dir() + "/.regs-XXXXXX";
     std::vector<char> temp(name.begin(), name.end());
     temp.push_back('\0');
     int fd = mkostemp(temp.data(), O_CLOEXEC);
     if (fd < 0)
         return false;
-    bool ok = fchmod(fd, mode) == 0 &&
+    bool ok = fchmod(fd, regs.mode) == 0 &&
               write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     ok = close(fd) == 0 && ok;
     ok = ok && rename(temp.data(), regs_path().c_str()) == 0;
@@ -169,7 +216,7 @@ word_key key_for(const board_words& words, uint32_t address, const data_register
             continue;
         *data = &candidate;
         const auto select = words.find(word_key{candidate.select_address, false, 0});
-        return {address, true, select == words.end() ? 0 : select->second};
+        return {address, true, select == words.end() ? 0 : select->second.value};
     }
     return {address, false, 0};
 }
@@ -179,32 +226,30 @@ word_key key_for(const board_words& words, uint32_t address, const data_register
 std::string fresh_regs() {
     board_words words;
     for (uint32_t ehci_phy : {0x00540008u, 0x0054001cu, 0x00540030u, 0x00540044u})
-        words[{ehci_phy, false, 0}] = 0x00ac111c;
+        words[{ehci_phy, false, 0}].value = 0x00ac111c;
     for (uint32_t ddr_strength : {0x00f38120u, 0x00f18120u})
-        words[{ddr_strength, false, 0}] = 0x00bb00b4;
+        words[{ddr_strength, false, 0}].value = 0x00bb00b4;
     return format(words);
 }
 
 bool read_word(uint32_t address, uint32_t* word) {
-    board_words words;
-    mode_t mode = 0;
-    if (!load(&words, &mode))
+    regs_file regs;
+    if (!load(&regs))
         return false;
     const data_register* data = nullptr;
-    const auto found = words.find(key_for(words, address, &data));
-    *word = found == words.end() ? 0 : found->second;
+    const auto found = regs.words.find(key_for(regs.words, address, &data));
+    *word = found == regs.words.end() ? 0 : found->second.value;
     return true;
 }
 
 bool write_word(uint32_t address, uint32_t value) {
-    board_words words;
-    mode_t mode = 0;
-    if (!load(&words, &mode))
+    regs_file regs;
+    if (!load(&regs))
         return false;
     const data_register* data = nullptr;
-    const word_key key = key_for(words, address, &data);
-    words[key] = data && data->per_dq ? value & ~dq_update_bit : value;
-    return save(words, mode);
+    const word_key key = key_for(regs.words, address, &data);
+    regs.words[key].value = data && data->per_dq ? value & ~dq_update_bit : value;
+    return save(regs);
 }
 
 void trace_access(char kind, uint32_t address, uint32_t word) {

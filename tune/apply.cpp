@@ -10,9 +10,9 @@
 #include "cli/run_lock.h"
 #include "tune/board_io.h"
 #include "tune/commands.h"
-#include "tune/held_signals.h"
 #include "tune/profile.h"
 #include "tune/report.h"
+#include "tune/stop_signals.h"
 
 namespace {
 
@@ -99,7 +99,7 @@ int apply_command(int argc, char** argv) {
         return 1;
     if (!dry_run) {
         // A signal held during the writes acts once the output is out.
-        const held_signals held;
+        const stop_signals held;
         const int status = write_all(changes, verbose);
         std::fflush(stdout);
         return status;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cli/run_lock.h"
+#include "cli/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 #include "tune/commands.h"
@@ -19,9 +20,11 @@ void print_usage(std::FILE* out) {
                  "       %s diff [--json] FILE ...\n"
                  "       %s apply [-n|--dry-run] [-v] FILE ...\n"
                  "       %s apply --system [-n|--dry-run] [-v]\n"
+                 "       %s sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+                 "             [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
                  "       %s -h|--help|--version\n"
                  "A FILE of - is standard input.\n",
-                 name, name, name, name, name);
+                 name, name, name, name, name, name);
 }
 
 int usage_error(const std::string& problem) {
@@ -55,6 +58,8 @@ int serve(int argc, char** argv) {
         return diff_command(argc - 1, argv + 1);
     if (command == "apply")
         return apply_command(argc - 1, argv + 1);
+    if (command == "sweep")
+        return sweep_command(argc - 1, argv + 1);
     return usage_error("unknown subcommand " + command);
 }
 
@@ -67,5 +72,7 @@ int padkit_tune_main(int argc, char** argv) {
     property_group::free_all();
     property::free_all();
     release_run_lock();
-    return status;
+    // Lost output is a failure even where the request itself went well.
+    const bool output_written = standard_output_written();
+    return status == 0 && !output_written ? 1 : status;
 }

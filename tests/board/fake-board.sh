@@ -1,8 +1,8 @@
 # shellcheck shell=bash
 # A fake tarnm board, sourced by bash scripts that run in a private mount
-# namespace of their own: a 16 MiB sparse image as /dev/zeb_mem (the word at
-# physical address A at offset A), tmpfs with the kernel files on /sys/class,
-# /sys/kernel/debug and /tmp.
+# namespace of their own: /dev with null, zero, urandom and full, a 16 MiB
+# sparse image as /dev/zeb_mem (the word at physical address A at offset A),
+# tmpfs with the kernel files on /sys/class, /sys/kernel/debug and /tmp.
 
 # fake_board FILE...: builds the board. The new /dev is put together aside and
 # moved in while the real nodes are still reachable; it gets a copy of each
@@ -10,7 +10,7 @@
 fake_board() {
     local img stage d f
     img=$(mktemp) && stage=$(mktemp -d) && truncate -s 16M "$img" && mount -t tmpfs tmpfs "$stage" || return
-    for d in null zero urandom; do touch "$stage/$d" && mount --bind "/dev/$d" "$stage/$d" || return; done
+    for d in null zero urandom full; do touch "$stage/$d" && mount --bind "/dev/$d" "$stage/$d" || return; done
     touch "$stage/zeb_mem" && mount --bind "$img" "$stage/zeb_mem" || return
     for f; do cp "$f" "$stage/.${f##*/}" || return; done
     mount --move "$stage" /dev && rmdir "$stage" && rm "$img" || return

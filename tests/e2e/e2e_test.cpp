@@ -70,6 +70,7 @@ const row rows[] = {
     {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
     {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
     {{"-r"}, {}, "", unknown, 0, ""},
+    {{"-r", "nope"}, {}, "", unknown, 0, ""},
     {{"-q", vref}, {}, "", unknown, 0, ""},
     {{"-xl"}, {}, "", unknown, 0, ""},
     {{"nope"}, {}, "", unknown, 0, ""},
@@ -91,6 +92,8 @@ const row rows[] = {
     {{clk, "30"}, {}, "", set(clk, "30"), 0,
      "R 0x00f18120 0x00bb00b4\nW 0x00f18120 0x00fb00b4\nR 0x00f18120 0x00fb00b4\n"},
     {{clk, "35"}, {}, "", set(clk, "35", false), 245, ""},
+    {{odt, "+1"}, {}, "", "warning! applying 1 to current value 60 is out of range (0 ~ 15). adjusted to 15\n" +
+                              set(odt, "+1", false), 245, "R 0x00f38120 0x00bb00b4\n"},  // 61 clamps to code 15, no key
     {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", 246,
      "R 0x00f38120 0x00000005\n"},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
@@ -115,6 +118,7 @@ const row rows[] = {
                "0x00f38194@0x00000700 0x00000008\n"}}},
     // The eMMC file and the regulators.
     {{mmc}, {}, "37\n", get(mmc, "37"), 0, ""},
+    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0, "", {{rdqs, "255"}}},
     {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
      246, ""},
     {{cpu}, {}, "1100000\n", get(cpu, "1100000"), 0, ""},
@@ -126,6 +130,17 @@ const row rows[] = {
     {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n", bad_get, 0, r_zero},
     {{vref}, {{"regs", "\n0x00540008 12345678\n"}}, "0\n", bad_get, 0, r_zero},
     {{vref}, {{"regs", "# tuned\n\n 0X00540008\t0X12345678 # by hand\n"}}, "8\n", get(vref, "8"), 0, r_worked},
+    // A rewrite keeps the user's comments with their entries and clears what a killed run left.
+    {{vref, "9"}, {{"regs", "# tuned\n0x00540030 0x2 #\n0x00540030 0x1\n# a\n 0X00540008\t0X12345678 # by hand\n# end"},
+                   {".regs-Ab12Cd", "half"}}, "", set(vref, "9"), 0, "-",
+     {{"regs", "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n"},
+      {".regs-Ab12Cd", "<missing>"}}},
+    // Links in the board are not followed: root must not read or replace what they name.
+    {{mmc, "100"}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "",
+     "open <B>/" + rdqs + " failed.\n" + set(mmc, "100", false), 245, "", {{"secret", "7"}}},
+    {{mmc}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "\n",
+     "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n", 246, ""},
+    {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n", no_mem + get(vref, "0"), 0, r_zero},
 };
 
 std::string on_board(std::string text, const board& b) {
@@ -150,7 +165,7 @@ TEST(padkit_sim, table) {
         EXPECT_EQ(got.status, r.status);
         EXPECT_EQ(r.trace == "-" ? "-" : got.trace, r.trace);
         for (const auto& [path, content] : r.files)
-            EXPECT_EQ(slurp(b.dir / path), content) << path;
+            EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
     }
 }
 
@@ -169,8 +184,11 @@ TEST(padkit_sim, fresh_board) {
     board first, second;
     second.dir = first.dir;
     const pid_t pids[] = {first.start({mmc}), second.start({mmc})};
-    for (const result& got : {first.finish(pids[0]), second.finish(pids[1])})
+    for (result got : {first.finish(pids[0]), second.finish(pids[1])}) {
+        if (got.err.rfind("Waiting for the lock", 0) == 0)  // the other run held it
+            got.err.erase(0, got.err.find('\n') + 1);
         EXPECT_EQ(got.out + got.err + got.trace, "37\n" + get(mmc, "37"));
+    }
     std::map<std::string, std::string> files;
     for (const auto& entry : fs::recursive_directory_iterator(first.scratch))
         if (entry.is_regular_file() && entry.path().parent_path() != first.scratch)
@@ -195,6 +213,8 @@ TEST(padkit_sim, run_waits_for_the_lock) {
     close(fd);
     const result got = b.finish(pid);
     EXPECT_EQ(got.out + std::to_string(got.status), "Not supported yet.\n253");
+    EXPECT_EQ(got.err, "Waiting for the lock on " + (b.dir / "tmp/padkit.lock").string() +
+                           ", held by process " + std::to_string(getpid()) + ".\n");
 }
 
 TEST(padkit_sim, board_directory_from_environment) {
@@ -208,5 +228,8 @@ TEST(padkit_sim, board_directory_from_environment) {
         EXPECT_EQ(b.run({"-r", mmc}, env).out, "37\n");
         EXPECT_EQ(slurp(where + "/regs"), fresh_regs) << where;
     }
+    const result none = b.run({"-l"}, {{"PADKIT_SIM_DIR", nullptr}, {"XDG_STATE_HOME", ""}, {"HOME", nullptr}});
+    EXPECT_EQ(none.out + none.err + std::to_string(none.status),
+              "No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n255");
     EXPECT_FALSE(fs::exists(b.dir));
 }

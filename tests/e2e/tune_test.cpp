@@ -136,19 +136,17 @@ TEST(padkit_tune, bad_profiles_write_nothing) {
 // write: everything written before it is put back, last first.
 TEST(padkit_tune, failed_write_is_rolled_back) {
     tune_board b;
-    const std::string regulator = (b.dir / regulator2).string();
-    b.launcher = {"unshare", "-m", "sh", "-c",
-                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
-                  regulator};
+    const strings read_only = {"unshare", "-m", "sh", "-c",
+                               "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
+                               (b.dir / regulator2).string()};
+    b.launcher = read_only;
     if (b.run({"--version"}).status != 0)
         GTEST_SKIP() << "no private mount namespace here";
     b.change("p", "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
                   "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
     b.launcher.clear();
     const std::string before = b.run({"dump"}).out;
-    b.launcher = {"unshare", "-m", "sh", "-c",
-                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
-                  regulator};
+    b.launcher = read_only;
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, 1);
     const std::string p = "padkit-tune-sim: ";
@@ -176,9 +174,11 @@ const cli_row cli_rows[] = {
     {{"--help"}, {},
      "usage: padkit-tune-sim dump [-x] [--json] [NAME|GROUP ...]\n       padkit-tune-sim diff [--json] FILE ...\n"
      "       padkit-tune-sim apply [-n|--dry-run] [-v] FILE ...\n"
-     "       padkit-tune-sim apply --system [-n|--dry-run] [-v]\n       padkit-tune-sim -h|--help|--version\n"
-     "A FILE of - is standard input.\n", "", 0},
-    {{"sweep"}, {}, "", "padkit-tune-sim: unknown subcommand sweep\nusage:", 2},
+     "       padkit-tune-sim apply --system [-n|--dry-run] [-v]\n"
+     "       padkit-tune-sim sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "             [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "       padkit-tune-sim -h|--help|--version\nA FILE of - is standard input.\n", "", 0},
+    {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:", 2},
     {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:", 2},
     {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:", 2},
     {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:", 2},

@@ -1,15 +1,15 @@
 // Value texts of every property kind. Input: a byte choosing the property, a
 // byte choosing the number mode, then the text. A text the property refuses
-// must reach neither the hardware nor a file.
+// must reach neither the hardware nor a file; a composite's members get its elements.
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "platform/platform.h"
 #include "platform/system_paths.h"
@@ -39,19 +39,44 @@ bool files_written(bool backdate) {
     return written;
 }
 
-// A composite may change members before one refuses its value; a brace list
-// of the wrong length must change nothing.
-bool refusal_writes_nothing(property* prop, const std::string& text) {
-    auto* composite = dynamic_cast<property_set*>(prop);
-    const size_t elements = std::count(text.begin(), text.end(), ',') + 1;
-    return !composite || (text.size() >= 2 && text.front() == '{' && text.back() == '}' &&
-                          elements != composite->members.size());
+// Members of a composite of its own: each records its name and what it is
+// given, and refuses an empty value.
+std::vector<std::string> order, given;
+struct recorder : property {
+    using property::property;
+    bool set(const std::string& value) override {
+        order.push_back(name), given.push_back(value);
+        return !value.empty();
+    }
+    bool get(std::string&) override { return false; }
+};
+const char* const members[] = {"fuzz0", "fuzz1", "fuzz2"};
+
+// Members take their values in list order until one refuses; each got either
+// the whole text or its element: the values given, joined by commas, begin the
+// brace list up to a comma or its end. Checked without splitting the text.
+bool members_took_their_elements(const std::string& text, bool accepted) {
+    std::string joined = "{";
+    bool whole = true, elements = true;
+    for (size_t n = 0; n < given.size(); ++n) {
+        joined += (n ? "," : "") + given[n];
+        whole &= given[n] == text;
+        elements &= order[n] == members[n] && given[n].find(',') == std::string::npos;
+    }
+    const bool refused = !given.empty() && given.back().empty();
+    if (accepted ? given.size() != std::size(members) || refused : !refused && !given.empty())
+        return false;
+    const char after = joined.size() < text.size() ? text[joined.size()] : 0;
+    return whole || (elements && text.compare(0, joined.size(), joined) == 0 &&
+                     (accepted ? text == joined + "}" : after == ',' || after == '}'));
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     platform_register_properties();
+    for (const char* name : members)
+        property::register_property("fuzz", new recorder(name));
     atexit([] { property_group::free_all(); property::free_all(); });
     return 0;
 }
@@ -64,8 +89,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data) + 2, size - 2);
     fake_hw::reset();
     files_written(true);
-    if (!prop->set(text) && refusal_writes_nothing(prop, text) &&
-        (!fake_hw::writes().empty() || files_written(false)))
+    // A composite may change members before one refuses its value.
+    if (!prop->set(text) && !dynamic_cast<property_set*>(prop) && (!fake_hw::writes().empty() || files_written(false)))
+        abort();
+    order.clear(), given.clear();
+    property_set composite("fuzz", {std::begin(members), std::end(members)});
+    if (!members_took_their_elements(text, composite.set(text)))
         abort();
     return 0;
 }

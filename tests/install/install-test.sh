@@ -15,6 +15,7 @@ installed() {
         $c/padkit-tune lib/systemd/system/padkit-tune.service)
     grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
     [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz $c/padkit-sim
+        share/man/man1/padkit-tune-sim.1.gz
         bin/padkit-tune-sim $c/padkit-tune-sim)
     { printf "$1%s\n" "${f[@]}"; echo "${2}etc/init.d/padkit-tune"; } | sort | xargs
 }

@@ -21,6 +21,10 @@ void reset();
 accesses writes();
 }  // namespace fake_hw
 
+// The unit tests' stand-in for the root directory, where system_path puts
+// every board path.
+const char* test_root();
+
 template <typename F>
 std::string stderr_of(F&& f) {
     testing::internal::CaptureStderr();

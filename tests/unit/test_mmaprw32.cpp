@@ -29,6 +29,11 @@ TEST(Mmaprw32, AccessesWordsOfTheMappedPageInPlaceAndReportsAMissingDevice) {
         EXPECT_EQ(before, 0u) << std::hex << address;
     }
     close(fd);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(mmap_read(0x1000000), 0u);  // past the image: no page to map
+    ASSERT_EQ(truncate(path, 0xFFF000 + 8), 0);  // the last page is cut short
+    EXPECT_EQ(mmap_read(0xFFF000), 0u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "mmap " + std::string(path) + " failed.\n" + "mmap " + path + " failed.\n");
     unlink(path);
     fname = "/nonexistent/zeb_mem";
     testing::internal::CaptureStderr();

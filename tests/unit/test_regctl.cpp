@@ -8,37 +8,6 @@ namespace {
 
 using fake_hw::accesses;
 
-TEST_F(unit_test, FieldsStageIntoOneFetchedWordUntilCommitReadsBack) {
-    auto* high = new reg_bitmask(23, 20, "high", "");
-    auto* low = new reg_bitmask(3, 0, "low", "");
-    reg_info reg("r", 0x100, {new reg_bitmask(1, 0, "high", ""), high, low}, false);
-    EXPECT_EQ(reg.subvals.at("high"), high);  // the later of two names
-    fake_hw::words[0x100] = 0xffffffff;
-    EXPECT_FALSE(high->set(&reg, 0x10));
-    EXPECT_TRUE(fake_hw::log.empty());
-    EXPECT_TRUE(high->set(&reg, 0xa) && low->set(&reg, 0x4));
-    EXPECT_EQ(fake_hw::log.size(), 1u);  // one fetch, nothing written before the commit
-    reg.commit();
-    EXPECT_EQ(fake_hw::log, (accesses{{'r', 0x100, 0xffffffff}, {'w', 0x100, 0xffaffff4}, {'r', 0x100, 0xffaffff4}}));
-}
-
-TEST_F(unit_test, MappedFieldTranslatesKeysAndShowsTheSmallestKey) {
-    static const reg_bitmask_map::value_table table{{30, 15}, {34, 14}, {40, 11}, {60, 8}, {70, 8}};
-    auto* field = new reg_bitmask_map(7, 4, "m", "", &table);
-    reg_info reg("r", 0x100, {field}, false);
-    uint32_t v = 0;
-    EXPECT_FALSE(field->set(&reg, 35));
-    EXPECT_TRUE(fake_hw::log.empty());
-    EXPECT_FALSE(field->get(&reg, &v));  // code 0 belongs to no key
-    EXPECT_TRUE(field->set(&reg, 40));
-    EXPECT_EQ(reg.value, 0xb0u);
-    EXPECT_TRUE(field->set(&reg, 70) && field->get(&reg, &v));
-    EXPECT_EQ(v, 60u);
-    // Clamped on raw codes: 61 becomes 15, which is no key.
-    EXPECT_EQ(stderr_of([&] { EXPECT_FALSE(field->adjust(&reg, 1)); }),
-              "warning! applying 1 to current value 60 is out of range (0 ~ 15). adjusted to 15\n");
-}
-
 // A field outside the global owner list that counts its deletions.
 struct counted : reg_subval {
     explicit counted(int* deaths) : reg_subval("c", "", false), deaths(deaths) {}

@@ -1,0 +1,155 @@
+#include "tune/command_run.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+
+namespace {
+
+using steady = std::chrono::steady_clock;
+
+timespec as_timespec(steady::duration span) {
+    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(span).count();
+    return timespec{static_cast<time_t>(ns / 1000000000), static_cast<long>(ns % 1000000000)};
+}
+
+// Whether the child has ended, leaving it unreaped so that its process group
+// cannot be taken over by a new process yet.
+bool has_ended(pid_t pid) {
+    siginfo_t info{};
+    return waitid(P_PID, pid, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == pid;
+}
+
+// Waits for the child to end, waking on SIGCHLD (blocked by the caller).
+bool wait_for_end(pid_t pid, steady::time_point until) {
+    sigset_t child;
+    sigemptyset(&child);
+    sigaddset(&child, SIGCHLD);
+    for (;;) {
+        if (has_ended(pid))
+            return true;
+        const auto now = steady::now();
+        if (now >= until)
+            return false;
+        const timespec left = as_timespec(until - now);
+        sigtimedwait(&child, nullptr, &left);
+    }
+}
+
+// Ends whatever runs in the child's group and reaps the child; gives its
+// wait status. SIGCONT wakes a group stopped by job control, so that it sees
+// the SIGTERM.
+int end_group(pid_t pid) {
+    kill(-pid, SIGTERM);
+    kill(-pid, SIGCONT);
+    wait_for_end(pid, steady::now() + std::chrono::duration_cast<steady::duration>(
+                                          std::chrono::duration<double>(kill_grace_seconds)));
+    kill(-pid, SIGKILL);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return status;
+}
+
+[[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra, const stop_signals& stop,
+                             int error_pipe) {
+    setpgid(0, 0);
+    for (const auto& [name, value] : extra)
+        setenv(name.c_str(), value.c_str(), 1);
+    sigprocmask(SIG_SETMASK, &stop.original_mask(), nullptr);
+    execvp(args[0], args.data());
+    const int error = errno;
+    (void)!write(error_pipe, &error, sizeof error);
+    _exit(127);
+}
+
+}  // namespace
+
+command_result run_command(const std::vector<std::string>& argv, const environment& extra,
+                           double timeout_seconds, const stop_signals& stop,
+                           const std::function<void()>& every_second) {
+    // An inherited SIG_IGN for SIGCHLD would reap the child before us.
+    signal(SIGCHLD, SIG_DFL);
+    sigset_t wake = stop.set(), before;
+    sigaddset(&wake, SIGCHLD);
+    sigprocmask(SIG_BLOCK, &wake, &before);
+    struct mask_restorer {
+        const sigset_t& mask;
+        ~mask_restorer() { sigprocmask(SIG_SETMASK, &mask, nullptr); }
+    } restore{before};
+
+    std::vector<char*> args;
+    for (const std::string& arg : argv)
+        args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
+    int error_pipe[2];
+    if (pipe2(error_pipe, O_CLOEXEC) != 0)
+        return {command_result::not_started, errno};
+    const pid_t pid = fork();
+    if (pid == 0)
+        exec_child(args, extra, stop, error_pipe[1]);
+    const int fork_error = errno;
+    close(error_pipe[1]);
+    if (pid < 0) {
+        close(error_pipe[0]);
+        return {command_result::not_started, fork_error};
+    }
+    // Both sides set the group, so that it exists whichever runs first.
+    setpgid(pid, pid);
+    int exec_error = 0;
+    const bool exec_failed = read(error_pipe[0], &exec_error, sizeof exec_error) == sizeof exec_error;
+    close(error_pipe[0]);
+    if (exec_failed) {
+        waitpid(pid, nullptr, 0);
+        return {command_result::not_started, exec_error};
+    }
+
+    const auto deadline = steady::now() + std::chrono::duration_cast<steady::duration>(
+                                              std::chrono::duration<double>(timeout_seconds));
+    while (!has_ended(pid)) {
+        const auto now = steady::now();
+        if (now >= deadline) {
+            end_group(pid);
+            return {command_result::timed_out, 0};
+        }
+        const timespec nap = as_timespec(std::min<steady::duration>(deadline - now, std::chrono::seconds(1)));
+        const int arrived = sigtimedwait(&wake, nullptr, &nap);
+        if (arrived > 0 && arrived != SIGCHLD) {
+            end_group(pid);
+            return {command_result::interrupted, arrived};
+        }
+        if (arrived < 0 && errno == EAGAIN && every_second)
+            every_second();
+    }
+    // What it left running in its group would overlap the next value.
+    const int status = end_group(pid);
+    return {WIFEXITED(status) && WEXITSTATUS(status) == 0 ? command_result::passed : command_result::failed,
+            0};
+}
+
+bool command_exists(const std::string& command) {
+    auto executable = [](const std::string& path) {
+        struct stat info {};
+        return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
+    };
+    if (command.find('/') != std::string::npos)
+        return executable(command);
+    const char* path = getenv("PATH");
+    std::string dirs = path ? path : "/bin:/usr/bin";
+    for (std::string::size_type start = 0;;) {
+        const std::string::size_type colon = dirs.find(':', start);
+        const std::string dir = dirs.substr(start, colon - start);
+        if (!command.empty() && executable((dir.empty() ? "." : dir) + "/" + command))
+            return true;
+        if (colon == std::string::npos)
+            return false;
+        start = colon + 1;
+    }
+}

@@ -1,0 +1,33 @@
+// SIGINT, SIGTERM and SIGHUP as requests to stop: blocked while an object of
+// this class lives and taken only where stopping is safe, so that whatever
+// runs between two such points (a write, a restore) is never cut short.
+// Those still pending when it goes act as they would have.
+#ifndef PADKIT_STOP_SIGNALS_H
+#define PADKIT_STOP_SIGNALS_H
+
+#include <signal.h>
+
+class stop_signals {
+public:
+    // A signal the program was started with ignored (nohup) stays ignored.
+    stop_signals();
+    ~stop_signals();
+    stop_signals(const stop_signals&) = delete;
+    stop_signals& operator=(const stop_signals&) = delete;
+
+    const sigset_t& set() const { return signals; }
+    // The mask from before, for a child that should not inherit the blocking.
+    const sigset_t& original_mask() const { return original; }
+    // A stop signal that has arrived, taken off the pending set; 0 if none.
+    int take() const;
+
+    // Ends the program the way the signal would have, once the caller has
+    // cleaned up, so that a calling shell sees it was interrupted.
+    [[noreturn]] static void die_of(int signal);
+
+private:
+    sigset_t signals;
+    sigset_t original;
+};
+
+#endif

@@ -3,8 +3,8 @@
 
 #include <unistd.h>
 
-#include <cstdarg>
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 
 #include "cli/run_lock.h"
@@ -17,13 +17,11 @@ namespace {
 // Status of a run whose request was served but whose output was lost.
 constexpr int output_failed = -12;
 
-// One line on standard output, flushed at once so that it keeps its place
-// among the messages on standard error, also through a pipe.
-__attribute__((format(printf, 1, 2))) void print_line(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    std::vprintf(format, arguments);
-    va_end(arguments);
+// One line of the pieces on standard output, flushed at once so that it
+// keeps its place among the messages on standard error, also through a pipe.
+void print_line(std::initializer_list<const char*> pieces) {
+    for (const char* piece : pieces)
+        std::fputs(piece, stdout);
     std::putchar('\n');
     std::fflush(stdout);
 }
@@ -31,22 +29,22 @@ __attribute__((format(printf, 1, 2))) void print_line(const char* format, ...) {
 void report_unknown_property() { std::fputs("No such property registered.\n", stderr); }
 
 void print_usage() {
-    print_line("padkit [options] [<property> [value if write]]");
-    print_line("options:");
-    print_line("\t-h            : help");
-    print_line("\t-i            : interactive mode");
-    print_line("\t-l            : list all properties");
-    print_line("\t-x            : show hex value (default decimal)");
+    print_line({"padkit [options] [<property> [value if write]]"});
+    print_line({"options:"});
+    print_line({"\t-h            : help"});
+    print_line({"\t-i            : interactive mode"});
+    print_line({"\t-l            : list all properties"});
+    print_line({"\t-x            : show hex value (default decimal)"});
 }
 
 void list_properties() {
     platform_register_properties();
     for (const auto& group : property_group::get_groups()) {
-        print_line("%s :", group.first.c_str());
+        print_line({group.first.c_str(), " :"});
         for (const auto& member : group.second->properties) {
             std::string help;
             member.second->get_help(help);
-            print_line("\t%s : %s", member.second->name.c_str(), help.c_str());
+            print_line({"\t", member.second->name.c_str(), " : ", help.c_str()});
         }
     }
 }
@@ -55,7 +53,7 @@ void raw_read(const std::string& name) {
     property* prop = property::get_property(name);
     std::string value;
     if (prop && prop->get(value))
-        print_line("%s", value.c_str());
+        print_line({value.c_str()});
     else
         report_unknown_property();
 }
@@ -63,7 +61,7 @@ void raw_read(const std::string& name) {
 // Get or set the property named at argv[first]; a following word is the value.
 int access_property(int argc, char** argv, int first) {
     if (argc - first <= 0) {
-        print_line("..%d", first);
+        print_line({"..", std::to_string(first).c_str()});
         print_usage();
         return 0;
     }
@@ -83,7 +81,7 @@ int access_property(int argc, char** argv, int first) {
         return done ? 0 : -11;
     }
     const bool done = prop->get(value);
-    print_line("%s", value.c_str());
+    print_line({value.c_str()});
     if (done)
         std::fprintf(stderr, "PADKIT: get %s := %s\n", name.c_str(), value.c_str());
     else
@@ -102,7 +100,7 @@ int serve_request(int argc, char** argv) {
         print_usage();
         return -2;
     case 'i':
-        print_line("Not supported yet.");
+        print_line({"Not supported yet."});
         return -3;
     case 'l':
         list_properties();

@@ -2,6 +2,7 @@
 
 #include <list>
 #include <string>
+#include <utility>
 
 #include "fileprops/property_file.h"
 #include "fileprops/property_regulator_voltage.h"
@@ -203,7 +204,7 @@ property* register_dq_composite(property_group* group, reg_info* reg) {
     std::list<std::string> members;
     for (const auto& field : reg->subvals)
         members.push_back(reg->name + "::" + field.first);
-    auto* composite = new property_set(reg->name + "::dq", members);
+    auto* composite = new property_set(reg->name + "::dq", std::move(members));
     if (property::register_property(group, composite))
         return composite;
     delete composite;

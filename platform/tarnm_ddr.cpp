@@ -56,12 +56,8 @@ void reg_info_tarn_ddr::commit() {
 reg_info_tarn_dq::reg_info_tarn_dq(std::string name, uint32_t select_val, uint32_t select_addr,
                                    uint32_t address, std::initializer_list<reg_bitmask_dq*> fields)
     : reg_info_tarn_ddr(std::move(name), select_val, select_addr, address, fields) {
-    for (reg_bitmask_dq* field : fields) {
-        dq_values[field] = 0;
-        dq_loaded[field] = false;
-        dq_dirty[field] = false;
-    }
-    // The inherited one-time fetch must never run: every DQ has its own word.
+    // The per-DQ entries start as the maps' defaults (0, not loaded, clean)
+    // when first used. The inherited one-time fetch must never run: every DQ has its own word.
     loaded = true;
 }
 

@@ -1,6 +1,7 @@
 #include "properties/property.h"
 
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "properties/strict_value.h"
@@ -9,8 +10,8 @@ int property::number_mode = 0;
 
 property::finder property::find_unregistered = nullptr;
 
-property::property(const std::string& name, bool delete_on_unregister)
-    : name(name), delete_on_unregister(delete_on_unregister) {}
+property::property(std::string name, bool delete_on_unregister)
+    : name(std::move(name)), delete_on_unregister(delete_on_unregister) {}
 
 property::~property() = default;
 
@@ -28,8 +29,8 @@ void property::on_unregister() {
         delete this;
 }
 
-property::property_map& property::properties() {
-    static property_map registry;
+property::registry_map& property::properties() {
+    static registry_map registry;
     return registry;
 }
 
@@ -41,9 +42,8 @@ property* property::get_property(const std::string& name) {
 }
 
 property* property::register_property(property_group* group, property* prop) {
-    if (properties().count(prop->name))
+    if (!properties().emplace(prop->name, prop).second)
         return nullptr;
-    properties()[prop->name] = prop;
     group->add_property(prop);
     return prop;
 }
@@ -93,8 +93,8 @@ void property_group::free_all() {
     property_groups().clear();
 }
 
-property_set::property_set(const std::string& name, const std::list<std::string>& members)
-    : property(name), members(members) {}
+property_set::property_set(const std::string& name, std::list<std::string> members)
+    : property(name), members(std::move(members)) {}
 
 bool property_set::get(std::string& value) {
     std::string joined;

@@ -5,6 +5,8 @@
 #include <list>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 class property_group;
@@ -12,8 +14,11 @@ class property_group;
 class property {
 public:
     using property_map = std::map<std::string, property*>;
+    // Keyed by the registered property's own name: an entry goes when its
+    // property is freed.
+    using registry_map = std::map<std::string_view, property*>;
 
-    explicit property(const std::string& name, bool delete_on_unregister = true);
+    explicit property(std::string name, bool delete_on_unregister = true);
     virtual ~property();
 
     virtual bool set(const std::string& value) = 0;
@@ -40,7 +45,7 @@ public:
 
     // Every registered property under its name. Built on first use so that
     // static objects of other units may rely on it.
-    static property_map& properties();
+    static registry_map& properties();
 
     // Registers and returns the property of a name not registered yet, or
     // returns nullptr; lets a platform build only the properties a run names.
@@ -78,7 +83,7 @@ public:
 // reached by name at every use.
 class property_set : public property {
 public:
-    property_set(const std::string& name, const std::list<std::string>& members);
+    property_set(const std::string& name, std::list<std::string> members);
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <map>
+#include <string>
 
 const char* fname = "/dev/zeb_mem";
 
@@ -32,29 +34,60 @@ bool page_reachable(int fd, off_t page_base) {
     return fstat(fd, &st) == 0 && (!S_ISREG(st.st_mode) || st.st_size >= page_base + page_size);
 }
 
-// Opens the device, maps the page that holds the address and hands the
-// word's location to access; nothing is touched when either step fails.
+// The device stays open and every page it has mapped stays mapped for the
+// rest of the process, so a run of many accesses opens and maps once. A
+// change of fname starts afresh on the new path.
+struct device {
+    std::string path;
+    int fd = -1;
+    std::map<off_t, char*> pages;
+
+    void forget() {
+        for (const auto& page : pages)
+            munmap(page.second, page_size);
+        pages.clear();
+        if (fd >= 0)
+            close(fd);
+        fd = -1;
+    }
+};
+
+device opened;
+
+// The page that holds the address, mapped; nullptr (and a message) when the
+// device cannot be opened or the page cannot be mapped.
+char* mapped_page(uint32_t address) {
+    const char* path = fname;
+    if (opened.fd < 0 || opened.path != path) {
+        opened.forget();
+        opened.fd = open(path, O_RDWR | O_SYNC);
+        if (opened.fd < 0) {
+            std::fprintf(stderr, "open %s failed.\n", path);
+            return nullptr;
+        }
+        opened.path = path;
+    }
+    // Checked at every access: the file may have shrunk since the page was mapped.
+    const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
+    const auto known = opened.pages.find(page_base);
+    const bool reachable = page_reachable(opened.fd, page_base);
+    if (reachable && known != opened.pages.end())
+        return known->second;
+    void* page = reachable ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, opened.fd,
+                                  page_base)
+                           : MAP_FAILED;
+    if (page == MAP_FAILED) {
+        std::fprintf(stderr, "mmap %s failed.\n", path);
+        return nullptr;
+    }
+    return opened.pages[page_base] = static_cast<char*>(page);
+}
+
+// Hands the word's location to access; nothing is touched when it cannot be reached.
 template <typename Access>
 void with_mapped_word(uint32_t address, Access access) {
-    const char* device = fname;
-    int fd = open(device, O_RDWR | O_SYNC);
-    if (fd < 0) {
-        std::fprintf(stderr, "open %s failed.\n", device);
-        return;
-    }
-    const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
-    void* page = page_reachable(fd, page_base)
-                     ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, page_base)
-                     : MAP_FAILED;
-    if (page == MAP_FAILED) {
-        std::fprintf(stderr, "mmap %s failed.\n", device);
-        close(fd);
-        return;
-    }
-    access(reinterpret_cast<volatile uint32_t*>(static_cast<char*>(page) +
-                                                (address & page_offset_mask)));
-    munmap(page, page_size);
-    close(fd);
+    if (char* page = mapped_page(address))
+        access(reinterpret_cast<volatile uint32_t*>(page + (address & page_offset_mask)));
 }
 
 }  // namespace

@@ -6,7 +6,8 @@
 
 extern "C" {
 
-// Path of the memory device, read afresh at every access.
+// Path of the memory device, read afresh at every access; the device stays
+// open, and the pages it mapped stay mapped, until the path changes.
 extern const char* fname;
 
 // The word at a physical address; 0 when the device cannot be reached.

@@ -5,6 +5,8 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <utility>
 
 #include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
@@ -12,16 +14,18 @@
 namespace {
 
 // Built on first use: the catalogue creates fields and registers during
-// static initialisation, in whatever order the units are initialised.
-// Registers are created after the first field, so they are deleted first.
+// static initialisation, in whatever order the units are initialised. The
+// owners live as long as the process: the catalogue is used until exit, and
+// deleting its hundreds of objects one by one at exit costs a run more than
+// the request it serves.
 regctl_garbages<reg_subval*>& subval_garbages() {
-    static regctl_garbages<reg_subval*> owner;
-    return owner;
+    static auto* owner = new regctl_garbages<reg_subval*>;
+    return *owner;
 }
 
 regctl_garbages<reg_info*>& reginfo_garbages() {
-    static regctl_garbages<reg_info*> owner;
-    return owner;
+    static auto* owner = new regctl_garbages<reg_info*>;
+    return *owner;
 }
 
 }  // namespace
@@ -196,8 +200,8 @@ void reg_info::invalidate() { loaded = false; }
 
 void reg_info::add_garbage() { reginfo_garbages().items.push_back(this); }
 
-property_register::property_register(const std::string& name, reg_info* reg, reg_subval* subval)
-    : property(name), reg(reg), subval(subval) {}
+property_register::property_register(std::string name, reg_info* reg, reg_subval* subval)
+    : property(std::move(name)), reg(reg), subval(subval) {}
 
 property_register::~property_register() = default;
 
@@ -209,7 +213,10 @@ void property_register::register_as_property(property_group* group, reg_info* re
 property* property_register::register_as_property(property_group* group, reg_info* reg,
                                                   const std::string& field_name,
                                                   reg_subval* field) {
-    auto* prop = new property_register(reg->name + "::" + field_name, reg, field);
+    std::string name;
+    name.reserve(reg->name.size() + 2 + field_name.size());
+    name.append(reg->name).append("::").append(field_name);
+    auto* prop = new property_register(std::move(name), reg, field);
     if (property::register_property(group, prop))
         return prop;
     std::fprintf(stderr, "property %s is already registered.\n", prop->name.c_str());

@@ -6,10 +6,10 @@
 #include <atomic>
 #include <cstdint>
 #include <initializer_list>
-#include <list>
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "properties/property.h"
 
@@ -87,8 +87,9 @@ public:
     template <typename T>
     reg_info(std::string name, uint32_t address, std::initializer_list<T*> fields, bool garbage)
         : name(std::move(name)), address(address) {
+        // Catalogue lists mostly come in name order: the hint makes that cheap.
         for (T* field : fields)
-            subvals[field->get_name()] = field;
+            subvals.insert_or_assign(subvals.end(), field->get_name(), field);
         if (garbage)
             add_garbage();
     }
@@ -127,12 +128,12 @@ public:
             delete item;
     }
 
-    std::list<T*> items;
+    std::vector<T*> items;
 };
 
 class property_register : public property {
 public:
-    property_register(const std::string& name, reg_info* reg, reg_subval* subval);
+    property_register(std::string name, reg_info* reg, reg_subval* subval);
     ~property_register() override;
 
     bool set(const std::string& value) override;

@@ -26,7 +26,7 @@ plain)
     run ehci0-phy::tx-vref; expect "0|8|PADKIT: get ehci0-phy::tx-vref := 8"
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
     word 0x540008 1234d678
-    # Every access opens the device for reading and writing, uncached.
+    # The device is opened for reading and writing, uncached.
     "$(dirname "$0")/../../scripts/need-packages" strace || exit 1
     strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null
     what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
@@ -42,6 +42,14 @@ streams)  # a closed output must not become the lock file; a full one fails the 
     expect "0|PADKIT: get mmc::rdqs := 37"; what="lock file"; expect "" "$(cat /tmp/padkit.lock)"
     "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
     expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed." ;;
+budget)  # instructions of a whole run, deterministic unlike its wall time
+    command -v valgrind >/dev/null || skip "valgrind is not installed"
+    for args in "-h" "ehci0-phy::tx-vref" "ehci0-phy::tx-vref 9"; do
+        # shellcheck disable=SC2086
+        n=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null "${padkit[@]}" $args 2>&1 >/dev/null |
+            sed -n 's/.*Collected : //p')
+        what="instructions of padkit $args: ${n:-none}"; expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
+    done ;;
 *) echo "unknown case $case"; exit 2 ;;
 esac
 exit $fails

@@ -1,5 +1,5 @@
 // A recording fake of the physical access unit, and the fixture of every unit
-// test: fresh hardware before, registries and number mode restored after.
+// test: fresh hardware before, registries emptied after.
 #ifndef PADKIT_TESTS_FAKE_HW_H
 #define PADKIT_TESTS_FAKE_HW_H
 
@@ -21,10 +21,6 @@ void reset();
 accesses writes();
 }  // namespace fake_hw
 
-// The unit tests' stand-in for the root directory, where system_path puts
-// every board path.
-const char* test_root();
-
 template <typename F>
 std::string stderr_of(F&& f) {
     testing::internal::CaptureStderr();
@@ -35,7 +31,6 @@ std::string stderr_of(F&& f) {
 struct unit_test : testing::Test {
     void SetUp() override { fake_hw::reset(); }
     void TearDown() override {
-        property::number_mode = 0;
         property_group::free_all();
         property::free_all();
     }

@@ -13,19 +13,16 @@ namespace {
 
 uint64_t bits_of(const reg_bitmask* field) { return static_cast<uint64_t>(field->mask) << field->shift; }
 
-// The highest value a help text names: "x=0~15 : ...", "[0-15]cycles" or "0=..., 1=..., 2=...".
+// The highest value a help text names: "x=0~15 : ...", "[0-15]cycles" or the
+// last of "0=..., 1=..., 2=...".
 bool highest_named(const std::string& help, unsigned* high) {
+    const std::string::size_type comma = help.rfind(", ");
     unsigned low = 0;
-    if (std::sscanf(help.c_str(), "x=%u~%u", &low, high) == 2 || std::sscanf(help.c_str(), "[%u-%u]", &low, high) == 2)
-        return true;  // from 0, as every field
-    bool named = false;
-    for (std::string::size_type at = 0; at != std::string::npos; at = help.find(", ", at + 1)) {
-        unsigned value = 0;
-        char equals = 0;
-        if (std::sscanf(help.c_str() + at + (at ? 2 : 0), "%u%c", &value, &equals) == 2 && equals == '=')
-            *high = value, named = true;
-    }
-    return named;
+    char equals = 0;
+    return std::sscanf(help.c_str(), "x=%u~%u", &low, high) == 2 ||
+           std::sscanf(help.c_str(), "[%u-%u]", &low, high) == 2 ||
+           (comma != std::string::npos && std::sscanf(help.c_str() + comma + 2, "%u%c", high, &equals) == 2 &&
+            equals == '=');
 }
 
 TEST(CatalogueSelfCheck, FieldsFitTheirWordWithoutOverlapTablesFitTheirFieldsAndHelpStatesTheRange) {

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "platform/system_paths.h"
-#include "tests/unit/fake_hw.h"
 
 namespace {
 
@@ -20,14 +19,14 @@ void remove_root() {
     std::filesystem::remove_all(root, ec);
 }
 
-}  // namespace
-
 const char* test_root() {
     static const bool made = mkdtemp(root) && std::atexit(remove_root) == 0;
     if (!made)
         std::abort();
     return root;
 }
+
+}  // namespace
 
 std::string system_path(const std::string& path) {
     if (path.empty() || path[0] != '/' || path.find("/..") != std::string::npos) {

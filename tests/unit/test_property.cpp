@@ -1,69 +1,60 @@
+#include <cstdint>
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "registers/regctl.h"
 #include "tests/unit/fake_hw.h"
 
 namespace {
 
-// A member that keeps what it is given, or refuses reading and writing.
-struct stub : property {
-    stub(const std::string& name, std::string value = "", bool refuse = false, int* deaths = nullptr)
-        : property(name), value(std::move(value)), refuse(refuse), deaths(deaths) {}
-    ~stub() override { if (deaths) ++*deaths; }
-    bool set(const std::string& v) override { return !refuse && (value = v, true); }
-    bool get(std::string& v) override { return !refuse && (v = value, true); }
-    std::string value;
-    bool refuse;
+// A field outside the global owner list that counts its deletions.
+struct counted : reg_subval {
+    explicit counted(int* deaths) : reg_subval("c", "", false), deaths(deaths) {}
+    ~counted() override { ++*deaths; }
+    bool set(reg_info*, uint32_t) override { return false; }
+    bool get(reg_info*, uint32_t*) override { return false; }
+    void get_limits(uint32_t*, uint32_t*) override {}
     int* deaths;
 };
 
-TEST_F(unit_test, RegistryRefusesATakenNameAndFreesWhatItOwnsOnce) {
+TEST(OwnerLists, DeleteSharedFieldsOnceAndOnlyThroughTheFieldList) {
     int deaths = 0;
-    for (const char* name : {"a", "b"})
-        property::register_property("g", new stub(name, "", false, &deaths));
-    stub taken("a"), kept("k", "", false, &deaths);
-    EXPECT_EQ(property::register_property("h", &taken), nullptr);
-    EXPECT_TRUE(property_group::get_property_group("h")->properties.empty());
-    kept.delete_on_unregister = false;
-    property::register_property("h", &kept);
-    property_group::free_all();
-    property::free_all();
-    property::free_all();
+    {
+        regctl_garbages<reg_subval*> fields;
+        auto* shared = new counted(&deaths);
+        fields.items = {shared, nullptr, new counted(&deaths)};
+        // A register list that goes at once: registers never delete their fields.
+        regctl_garbages<reg_info*>().items = {new reg_info("a", 0, {shared}, false),
+                                              new reg_info("b", 4, {shared}, false)};
+        EXPECT_EQ(deaths, 0);
+    }
     EXPECT_EQ(deaths, 2);
-    EXPECT_TRUE(property::properties().empty() && property_group::property_groups().empty());
-    std::string help = "old";
-    kept.get_help(help);
-    EXPECT_EQ(help, "no help.");
 }
 
-TEST_F(unit_test, PropertySetJoinsSplitsChecksCountFirstAndNeverRollsBack) {
-    const struct { const char *text, *refuser, *err; std::vector<std::string> after; } rows[] = {
-        {"{1, 2,}", "", "", {"1", " 2", ""}}, {"{1,{2},3}", "", "", {"1", "{2}", "3"}}, {"7", "", "", {"7", "7", "7"}},
-        {"{", "", "", {"{", "{", "{"}}, {"{1,2,3", "", "", {"{1,2,3", "{1,2,3", "{1,2,3"}},
-        {"{,,,}", "", "4 != 3\n", {"a", "b", "c"}}, {"{7}", "", "1 != 3\n", {"a", "b", "c"}},
-        {"{}", "b", "1 != 3\n", {"a", "b", "c"}}, {"{1,2,3}", "b", "set failed\n", {"1", "b", "c"}}};
+// A member that keeps what it is given, or refuses it.
+struct stub : property {
+    stub(const std::string& name, bool refuse) : property(name), value(name), refuse(refuse) {}
+    bool set(const std::string& text) override { return !refuse && (value = text, true); }
+    bool get(std::string& text) override { return text = value, true; }
+    std::string value;
+    bool refuse;
+};
+
+// A composite's members are its own members' values, in order.
+TEST_F(unit_test, PropertySetSplitsChecksCountFirstAndNeverRollsBack) {
+    const struct { const char *text, *refuser, *err, *after; } rows[] = {
+        {"{1, 2,}", "", "", "{1, 2,}"}, {"{1,{2},3}", "", "", "{1,{2},3}"}, {"7", "", "", "{7,7,7}"},
+        {"{1,2,3", "", "", "{{1,2,3,{1,2,3,{1,2,3}"}, {"{,,,}", "", "4 != 3\n", "{a,b,c}"},
+        {"{}", "b", "1 != 3\n", "{a,b,c}"}, {"{1,2,3}", "b", "set failed\n", "{1,b,c}"}};
     for (const auto& row : rows) {
         for (const char* name : {"a", "b", "c"})
-            property::register_property("g", new stub(name, name, row.refuser == std::string(name)));
-        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(property_set("s", {"a", "b", "c"}).set(row.text), !*row.err); }), row.err)
-            << row.text;
-        std::vector<std::string> after;
-        for (const char* name : {"a", "b", "c"})
-            after.push_back(static_cast<stub*>(property::get_property(name))->value);
+            property::register_property("g", new stub(name, row.refuser == std::string(name)));
+        property_set composite("s", {"a", "b", "c"});
+        std::string after;
+        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(composite.set(row.text), !*row.err) << row.text; }), row.err);
+        EXPECT_TRUE(composite.get(after));
         EXPECT_EQ(after, row.after) << row.text;
         property::free_all();
     }
-    property::register_property("g", new stub("a", "5"));
-    property::register_property("g", new stub("bad", "", true));
-    std::string value;
-    EXPECT_TRUE(property_set("s", {"a", "a"}).get(value));
-    EXPECT_EQ(value, "{5,5}");
-    for (const char* missing : {"bad", "ghost"})
-        EXPECT_EQ(stderr_of([&] { EXPECT_FALSE(property_set("s", {"a", missing}).get(value)); }), "");
-    EXPECT_EQ(stderr_of([] { EXPECT_FALSE(property_set("s", {"a", "ghost"}).set("{2,3}")); }), "set failed\n");
-    EXPECT_TRUE(property_set("e", {}).get(value));
-    EXPECT_EQ(value, "{}");
 }
 
 }  // namespace

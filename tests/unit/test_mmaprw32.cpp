@@ -31,11 +31,13 @@ TEST(Mmaprw32, AccessesWordsOfTheMappedPageInPlaceAndReportsWhatCannotBeMapped) 
     ASSERT_EQ(truncate(path, 0xFFF000 + 8), 0);  // the last page is cut short: no map
     testing::internal::CaptureStderr();
     EXPECT_EQ(mmap_read(0xFFF000), 0u);
-    unlink(path);  // then no device
+    unlink(path);
+    const std::string gone = std::string(path) + "-gone";  // then no device
+    fname = gone.c_str();
     EXPECT_EQ(mmap_write(0x540008, 1), 0);
     fname = "/dev/zeb_mem";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "mmap " + std::string(path) + " failed.\nopen " + path + " failed.\n");
+              "mmap " + std::string(path) + " failed.\nopen " + gone + " failed.\n");
 }
 
 }  // namespace

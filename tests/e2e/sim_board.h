@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -20,8 +21,9 @@ namespace fs = std::filesystem;
 
 using strings = std::vector<std::string>;
 using env_list = std::vector<std::pair<std::string, const char*>>;  // nullptr unsets
+using board_changes = std::vector<std::pair<std::string, const char*>>;  // board file, as in change()
 
-std::string slurp(const fs::path& path) {
+inline std::string slurp(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
@@ -72,12 +74,33 @@ struct sim_board {
     result run(const strings& args, const env_list& env = {}) const { return finish(start(args, env)); }
     // Board set-up: nullptr removes, "->target" plants a symbolic link, else the file's text.
     void change(const std::string& path, const char* content) const {
-        if (!content)
+        if (!content) {
             fs::remove_all(dir / path);
-        else if (std::string(content).rfind("->", 0) == 0)
+            return;
+        }
+        fs::create_directories((dir / path).parent_path());
+        if (std::string(content).rfind("->", 0) == 0)
             fs::create_symlink(content + 2, dir / path);
         else
             std::ofstream(dir / path, std::ios::binary) << content;
+    }
+    void change(const board_changes& changes) const {
+        for (const auto& [path, content] : changes)
+            change(path, content);
+    }
+    // Every file of the board but the lock, with its content.
+    std::map<std::string, std::string> files() const {
+        std::map<std::string, std::string> all;
+        for (const auto& entry : fs::recursive_directory_iterator(dir))
+            if (entry.is_regular_file() && entry.path().filename() != "padkit.lock")
+                all[fs::relative(entry.path(), dir).string()] = slurp(entry.path());
+        return all;
+    }
+    // The text with each <B> standing for the board directory.
+    std::string on_board(std::string text) const {
+        for (std::string::size_type at; (at = text.find("<B>")) != std::string::npos;)
+            text.replace(at, 3, dir.string());
+        return text;
     }
 };
 

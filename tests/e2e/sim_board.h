@@ -59,6 +59,8 @@ struct sim_board {
         unsetenv("POSIXLY_CORRECT");
         for (const auto& [name, value] : env)
             value ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
+        // Standard input is never a terminal here, whatever runs the tests.
+        dup2(open((scratch / "in").c_str(), O_RDONLY | O_CREAT, 0644), 0);
         dup2(open((scratch / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
         dup2(open((scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
         execvp(argv[0], argv.data());
@@ -102,6 +104,11 @@ struct sim_board {
             text.replace(at, 3, dir.string());
         return text;
     }
+};
+
+// padkit-tune-sim on a board created by a run that touches nothing.
+struct tune_board : sim_board {
+    tune_board() : sim_board(PADKIT_TUNE_SIM) { run({"--version"}); }
 };
 
 #endif

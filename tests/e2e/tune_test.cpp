@@ -20,34 +20,28 @@ std::string hex(uint32_t word) {
     return text;
 }
 
-// A board created by a run that touches nothing.
-struct tune_board : sim_board {
-    tune_board() : sim_board(PADKIT_TUNE_SIM) { run({"--version"}); }
-
-    // Random words in every register a dump reads, a random eMMC delay and
-    // random voltages; drive strength and ODT codes stay in their tables.
-    void randomize(std::mt19937& random) const {
-        const result dump = run({"dump"});
-        std::string regs, select;
-        std::istringstream trace(dump.trace);
-        char kind;
-        std::string address, word, previous;
-        while (trace >> kind >> address >> word) {
-            if (kind == 'W')
-                select = word;
-            else if (address == "0x00f38120" || address == "0x00f18120")
-                regs += address + " 0x00" + "fbe8"[random() % 4] + "fbe8"[random() % 4] + "00" +
-                        "fbe8"[random() % 4] + "6410"[random() % 4] + "\n";
-            else
-                regs += address + (previous == "W" ? "@" + select : "") + " " +
-                        hex(random()) + "\n";
-            previous = kind;
-        }
-        change("regs", regs.c_str());
-        change("sys/kernel/debug/mmc0/rdqs", std::to_string(2 + random() % 254).c_str());
-        change(regulator2 + "/microvolts", std::to_string(800000 + random() % 21 * 10000).c_str());
+// Random words in every register a dump reads, a random eMMC delay and
+// random voltages; drive strength and ODT codes stay in their tables.
+void randomize(const sim_board& b, std::mt19937& random) {
+    const result dump = b.run({"dump"});
+    std::string regs, select;
+    std::istringstream trace(dump.trace);
+    char kind;
+    std::string address, word, previous;
+    while (trace >> kind >> address >> word) {
+        if (kind == 'W')
+            select = word;
+        else if (address == "0x00f38120" || address == "0x00f18120")
+            regs += address + " 0x00" + "fbe8"[random() % 4] + "fbe8"[random() % 4] + "00" +
+                    "fbe8"[random() % 4] + "6410"[random() % 4] + "\n";
+        else
+            regs += address + (previous == "W" ? "@" + select : "") + " " + hex(random()) + "\n";
+        previous = kind;
     }
-};
+    b.change("regs", regs.c_str());
+    b.change("sys/kernel/debug/mmc0/rdqs", std::to_string(2 + random() % 254).c_str());
+    b.change(regulator2 + "/microvolts", std::to_string(800000 + random() % 21 * 10000).c_str());
+}
 
 }  // namespace
 
@@ -56,12 +50,12 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
     for (const strings& dump : {strings{"dump"}, strings{"dump", "-x"}}) {
         SCOPED_TRACE(dump.size());
         tune_board b;
-        b.randomize(random);
+        randomize(b, random);
         const result saved = b.run(dump);
         ASSERT_EQ(saved.status, 0) << saved.err;
         b.change("saved", saved.out.c_str());
         EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 0);
-        b.randomize(random);
+        randomize(b, random);
         const result changed = b.run({"diff", (b.dir / "saved").string()});
         EXPECT_EQ(changed.status, 1);
         const result applied = b.run({"apply", (b.dir / "saved").string()});

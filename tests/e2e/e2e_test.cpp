@@ -37,16 +37,7 @@ const std::string vref = "ehci0-phy::tx-vref", odt = "tarnm-ddra::odt", clk = "t
 const std::string dq3 = "tarnm-ddra-read1::dq3", dqs = "tarnm-ddra-read0::dq";
 const std::string mmc = "mmc::rdqs", rdqs = "sys/kernel/debug/mmc0/rdqs", r_zero = "R 0x00540008 0x00000000\n";
 
-struct row {
-    strings args;
-    board_changes changes;  // made on a fresh board
-    std::string out, err;  // <B> stands for the board directory
-    int status;
-    std::string trace;  // "-": not checked
-    std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
-};
-
-const row rows[] = {
+const run_case rows[] = {
     {{}, {}, usage, "", 254, ""},
     {{"-i"}, {}, "Not supported yet.\n", "", 253, ""},
     {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
@@ -108,19 +99,11 @@ const row rows[] = {
 }  // namespace
 
 TEST(padkit_sim, table) {
-    for (const row& r : rows) {
-        SCOPED_TRACE(testing::PrintToString(r.args));
+    for (const run_case& r : rows) {
         board b;
         if (!r.changes.empty())
             b.run({"-h"});
-        b.change(r.changes);
-        const result got = b.run(r.args);
-        EXPECT_EQ(got.out, r.out);
-        EXPECT_EQ(got.err, b.on_board(r.err));
-        EXPECT_EQ(got.status, r.status);
-        EXPECT_EQ(r.trace == "-" ? "-" : got.trace, r.trace);
-        for (const auto& [path, content] : r.files)
-            EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
+        check(b, r);
     }
 }
 

@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -105,6 +107,33 @@ struct sim_board {
         return text;
     }
 };
+
+// One run: the board's set-up, and what the run must print, return, access and leave.
+struct run_case {
+    strings args;  // <B> stands for the board directory, here and in err
+    board_changes changes;
+    std::string out, err;  // err ending in "...": what standard error begins with
+    int status;
+    std::string trace = "-";  // "-": not checked
+    std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
+};
+
+inline void check(const sim_board& b, const run_case& c) {
+    SCOPED_TRACE(testing::PrintToString(c.args));
+    b.change(c.changes);
+    strings args = c.args;
+    for (std::string& arg : args)
+        arg = b.on_board(arg);
+    const result got = b.run(args);
+    const std::string err = b.on_board(c.err);
+    const auto begins = err.size() >= 3 && err.compare(err.size() - 3, 3, "...") == 0 ? err.size() - 3 : err.npos;
+    EXPECT_EQ(got.out, c.out);
+    EXPECT_EQ(got.err.substr(0, begins), err.substr(0, begins));
+    EXPECT_EQ(got.status, c.status);
+    EXPECT_EQ(c.trace == "-" ? "-" : got.trace, c.trace);
+    for (const auto& [path, content] : c.files)
+        EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
+}
 
 // padkit-tune-sim on a board created by a run that touches nothing.
 struct tune_board : sim_board {

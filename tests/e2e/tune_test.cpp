@@ -112,17 +112,14 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
 // write: everything written before it is put back, last first.
 TEST(padkit_tune, failed_write_is_rolled_back) {
     tune_board b;
-    const strings read_only = {"unshare", "-m", "sh", "-c",
-                               "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
-                               (b.dir / regulator2).string()};
-    b.launcher = read_only;
-    if (b.run({"--version"}).status != 0)
-        GTEST_SKIP() << "no private mount namespace here";
+    const std::string before = b.run({"dump"}).out;
     b.change("p", "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
                   "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    b.launcher.clear();
-    const std::string before = b.run({"dump"}).out;
-    b.launcher = read_only;
+    b.launcher = {"unshare", "-m", "sh", "-c",
+                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
+                  (b.dir / regulator2).string()};
+    if (b.run({"--version"}).status != 0)
+        GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, 1);
     const std::string p = "padkit-tune-sim: ";

@@ -99,8 +99,9 @@ TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
 TEST(padkit_tune_sweep, csv_and_svg_have_a_cell_per_row_and_value) {
     tune_board b;
     const std::string csv = (b.scratch / "sweep.csv").string(), svg = (b.scratch / "sweep.svg").string();
-    const result got = b.run({"sweep", "-y", "--timeout", "0.3", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh",
-                              "-c", "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " + in(1, 2)});
+    const std::string command = "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " + in(1, 2);
+    const result got =
+        b.run({"sweep", "-y", "--timeout", "0.3", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis 2\n", summaries;
     for (int k = 0; k < 8; ++k) {

@@ -148,7 +148,8 @@ const run_case cli_rows[] = {
     {{"dump", "--json", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", "1\n"}}, "{\n  \"mmc::rdqs\": null\n}\n",
      "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
     // A later member wins over its composite; equal values are not shown.
-    {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
+    {{"diff", "<B>/p"},
+     {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
      "tarnm-ddra-read0::dq7: 0 -> 1\n", "", 1},
     {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
      "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", 1},

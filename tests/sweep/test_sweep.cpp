@@ -51,7 +51,8 @@ bool ends(pid_t pid) {
 TEST(sweep_report, SummaryNamesTheWidestWindowAndItsCentre) {
     const struct { std::vector<long long> axis; const char* marks; const char* summary; } rows[] = {
         {{0, 1}, "", "p: no passing value"},  // interrupted before the first value
-        {{10, 11, 12, 13, 14, 15, 16}, "#.##T##", "p: window 12..13 (2 values), centre 12"},  // a tie: the first; T ends one
+        // A time-out ends a window; of two equal windows, the first.
+        {{10, 11, 12, 13, 14, 15, 16}, "#.##T##", "p: window 12..13 (2 values), centre 12"},
         {{10, 11, 12, 13}, "...#", "p: window 13..13 (1 value), centre 13"},
     };
     for (const auto& row : rows) {

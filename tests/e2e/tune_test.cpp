@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <random>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/e2e/sim_board.h"

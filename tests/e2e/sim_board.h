@@ -7,10 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -20,8 +23,9 @@ namespace fs = std::filesystem;
 
 using strings = std::vector<std::string>;
 using env_list = std::vector<std::pair<std::string, const char*>>;  // nullptr unsets
+using board_changes = std::vector<std::pair<std::string, const char*>>;  // board file, as in change()
 
-std::string slurp(const fs::path& path) {
+inline std::string slurp(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
@@ -57,6 +61,8 @@ struct sim_board {
         unsetenv("POSIXLY_CORRECT");
         for (const auto& [name, value] : env)
             value ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
+        // Standard input is never a terminal here, whatever runs the tests.
+        dup2(open((scratch / "in").c_str(), O_RDONLY | O_CREAT, 0644), 0);
         dup2(open((scratch / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
         dup2(open((scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
         execvp(argv[0], argv.data());
@@ -72,13 +78,66 @@ struct sim_board {
     result run(const strings& args, const env_list& env = {}) const { return finish(start(args, env)); }
     // Board set-up: nullptr removes, "->target" plants a symbolic link, else the file's text.
     void change(const std::string& path, const char* content) const {
-        if (!content)
+        if (!content) {
             fs::remove_all(dir / path);
-        else if (std::string(content).rfind("->", 0) == 0)
+            return;
+        }
+        fs::create_directories((dir / path).parent_path());
+        if (std::string(content).rfind("->", 0) == 0)
             fs::create_symlink(content + 2, dir / path);
         else
             std::ofstream(dir / path, std::ios::binary) << content;
     }
+    void change(const board_changes& changes) const {
+        for (const auto& [path, content] : changes)
+            change(path, content);
+    }
+    // Every file of the board but the lock, with its content.
+    std::map<std::string, std::string> files() const {
+        std::map<std::string, std::string> all;
+        for (const auto& entry : fs::recursive_directory_iterator(dir))
+            if (entry.is_regular_file() && entry.path().filename() != "padkit.lock")
+                all[fs::relative(entry.path(), dir).string()] = slurp(entry.path());
+        return all;
+    }
+    // The text with each <B> standing for the board directory.
+    std::string on_board(std::string text) const {
+        for (std::string::size_type at; (at = text.find("<B>")) != std::string::npos;)
+            text.replace(at, 3, dir.string());
+        return text;
+    }
+};
+
+// One run: the board's set-up, and what the run must print, return, access and leave.
+struct run_case {
+    strings args;  // <B> stands for the board directory, here and in err
+    board_changes changes;
+    std::string out, err;  // err ending in "...": what standard error begins with
+    int status;
+    std::string trace = "-";  // "-": not checked
+    std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
+};
+
+inline void check(const sim_board& b, const run_case& c) {
+    SCOPED_TRACE(testing::PrintToString(c.args));
+    b.change(c.changes);
+    strings args = c.args;
+    for (std::string& arg : args)
+        arg = b.on_board(arg);
+    const result got = b.run(args);
+    const std::string err = b.on_board(c.err);
+    const auto begins = err.size() >= 3 && err.compare(err.size() - 3, 3, "...") == 0 ? err.size() - 3 : err.npos;
+    EXPECT_EQ(got.out, c.out);
+    EXPECT_EQ(got.err.substr(0, begins), err.substr(0, begins));
+    EXPECT_EQ(got.status, c.status);
+    EXPECT_EQ(c.trace == "-" ? "-" : got.trace, c.trace);
+    for (const auto& [path, content] : c.files)
+        EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
+}
+
+// padkit-tune-sim on a board created by a run that touches nothing.
+struct tune_board : sim_board {
+    tune_board() : sim_board(PADKIT_TUNE_SIM) { run({"--version"}); }
 };
 
 #endif

@@ -40,6 +40,9 @@ const std::string fresh_regs =
 const std::string vref = "ehci0-phy::tx-vref", odt = "tarnm-ddra::odt", clk = "tarnm-ddrb::clkdrv";
 const std::string dq3 = "tarnm-ddra-read1::dq3", dqs = "tarnm-ddra-read0::dq";
 const std::string mmc = "mmc::rdqs", rdqs = "sys/kernel/debug/mmc0/rdqs", r_zero = "R 0x00540008 0x00000000\n";
+const std::string cpu = "cpu_regulator::microvolts", reg1 = "sys/class/regulator/regulator.1/";
+const std::string page = "37" + std::string(4094, ' '), past_page = page + " ";  // a kernel file holds a page
+const board_changes worked = {{"regs", "0x00540008 0x12345678\n"}};
 
 const run_case rows[] = {
     {{}, {}, usage, "", 254, ""},
@@ -51,9 +54,14 @@ const run_case rows[] = {
     {{"nope"}, {}, "", unknown, 0, ""},
     {{vref, "16"}, {}, "", set(vref, "16", false), 245, "", {{"regs", fresh_regs}}},
     {{vref, ""}, {}, "", set(vref, "", false), 245, ""},
+    // Characters after a number are ignored, a number is cut to the word, a text without one is refused.
+    {{vref, "12abc"}, worked, "", set(vref, "12abc"), 0, "-", {{"regs", "0x00540008 0x12365678\n"}}},
+    {{"tarnm-ddrb2::scl", "4294967297"}, {{"regs", ""}}, "", set("tarnm-ddrb2::scl", "4294967297"), 0, "-",
+     {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0x00000001\n"}}},
+    {{"-x", vref, "z"}, {}, "", "failed to parse value z\n" + set(vref, "z", false), 245, ""},
     {{"-i"}, {{"tmp/padkit.lock", nullptr}, {"tmp/padkit.lock", "->../regs"}}, "", no_lock, 255, ""},
     // A relative value is clamped to the field; the value is read back after the write.
-    {{vref, "+9"}, {{"regs", "0x00540008 0x12345678\n"}}, "",
+    {{vref, "+9"}, worked, "",
      "warning! applying 9 to current value 8 is out of range (0 ~ 15). adjusted to 15\n" + set(vref, "+9"), 0,
      "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"},
     // Mapped fields take keys of their table only.
@@ -81,6 +89,18 @@ const run_case rows[] = {
     {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0, "", {{rdqs, "255"}}},
     {{mmc}, {{rdqs, nullptr}}, "\n", "open <B>/" + rdqs + " failed.\nPADKIT: get mmc::rdqsfailed.\n",
      246, ""},
+    {{mmc, "-36"}, {}, "", "apply current value 37 to -36is limited to 2\n" + set(mmc, "-36"), 0, "", {{rdqs, "2"}}},
+    {{mmc, "+ "}, {}, "", "failed to parse value + \n" + set(mmc, "+ ", false), 245, "", {{rdqs, "37\n"}}},
+    {{mmc, "+1"}, {{rdqs, page.c_str()}}, "", set(mmc, "+1"), 0, "", {{rdqs, "38"}}},
+    {{mmc}, {{rdqs, past_page.c_str()}}, "\n",
+     "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n", 246, ""},
+    {{cpu, "93%"}, {}, "", set(cpu, "93%"), 0, "", {{reg1 + "microvolts", "1030000"}}},
+    {{cpu, "107.5%"}, {}, "", "percentage 107.5%: out of range\n" + set(cpu, "107.5%", false), 245, ""},
+    {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" + set(cpu, "1300001", false), 245, ""},
+    // Limits beyond what the driver takes, or crossed, make the regulator unreadable.
+    {{cpu}, {{reg1 + "max_microvolts", "4294967296"}}, "\n", "PADKIT: get " + cpu + "failed.\n", 246, ""},
+    {{cpu, "900000"}, {{reg1 + "min_microvolts", "1300001"}}, "", set(cpu, "900000", false), 245, "",
+     {{reg1 + "microvolts", "1100000\n"}}},
     // Without a usable regs the board has no memory device; the trace still shows each access.
     {{vref, "9"}, {{"regs", nullptr}}, "", no_mem + no_mem + no_mem + set(vref, "9"), 0,
      "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"},

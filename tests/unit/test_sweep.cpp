@@ -1,6 +1,6 @@
 // The sweep's units, for what a sweep end to end does not show cheaply: window
-// edge cases, the test command's process group and stop signals, the
-// confirmation and the progress line on a terminal.
+// edge cases, the test command's process group and stop signals, and the
+// confirmation on a terminal.
 #include <signal.h>
 #include <unistd.h>
 
@@ -17,7 +17,6 @@
 
 #include "tune/command_run.h"
 #include "tune/consent.h"
-#include "tune/progress.h"
 #include "tune/sweep_chart.h"
 
 namespace {
@@ -126,22 +125,5 @@ TEST(consent, OnlyYOrYesOnATerminalProceeds) {
         std::fclose(in);
         EXPECT_EQ(answer, row.answer) << row.input;
         EXPECT_EQ(err, row.terminal ? "WARNING! x\nContinue? [y/N] " : "WARNING! x\n");
-    }
-}
-
-TEST(progress, TextAndInPlaceLineOnlyOnATerminal) {
-    EXPECT_EQ(progress_text("a", -1, 1, 1, 3725), "a = -1 (value 1 of 1), 1:02:05 elapsed");
-    for (bool terminal : {true, false}) {
-        const std::string shown = printed([&](std::FILE* out) {
-            progress_line line(out, terminal);
-            line.show("abc", 100, 9, 10);
-            line.show("d", 1, 10, 10);
-            line.clear();
-            line.clear();
-        });
-        EXPECT_EQ(shown, terminal ? "\rabc = 100 (value 9 of 10), 0:00 elapsed"
-                                    "\rd = 1 (value 10 of 10), 0:00 elapsed   "
-                                    "\r                                    \r"
-                                  : "");
     }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The least a padkit get can do: open the memory device, map the page, load
  * one word and print a field of it (ehci0-phy::tx-vref, bits 18..15). */
 #include <fcntl.h>

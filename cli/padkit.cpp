@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // padkit: read or change one hardware tuning property per run.
 #include "cli/padkit.h"
 

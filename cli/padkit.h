@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The padkit command line, as an entry point that programs and harnesses link.
 #ifndef PADKIT_CLI_PADKIT_H
 #define PADKIT_CLI_PADKIT_H

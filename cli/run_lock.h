@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lock that keeps two runs from touching the board at the same time.
 #ifndef PADKIT_RUN_LOCK_H
 #define PADKIT_RUN_LOCK_H

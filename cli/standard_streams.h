@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The standard streams of a run: open before anything else is, checked at the end.
 #ifndef PADKIT_STANDARD_STREAMS_H
 #define PADKIT_STANDARD_STREAMS_H

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails the configuration when a source file of the project is compiled into
 # more than one target: a unit that two programs need belongs to a library
 # that both link, so that it is built, warned about and covered once.

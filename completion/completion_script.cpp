@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the bash completion script: the template with its line
 // "@PADKIT_MAP_KEYS@" replaced by one case arm per table-mapped field, whose
 // keys the listing does not show.

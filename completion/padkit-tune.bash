@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # bash completion for padkit-tune and padkit-tune-sim        -*- shell-script -*-
 #
 # Names and groups for dump and sweep come from the listing of the padkit

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fileprops/kernel_file.h"
 
 #include <fcntl.h>

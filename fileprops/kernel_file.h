@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The small kernel text files behind the file-backed properties.
 #ifndef PADKIT_KERNEL_FILE_H
 #define PADKIT_KERNEL_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fileprops/property_file.h"
 
 #include <climits>

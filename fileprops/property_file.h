@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A property kept as one decimal integer in a kernel text file.
 #ifndef PADKIT_PROPERTY_FILE_H
 #define PADKIT_PROPERTY_FILE_H

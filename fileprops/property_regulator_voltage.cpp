@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fileprops/property_regulator_voltage.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output voltage of a Linux regulator, through its sysfs directory.
 #ifndef PADKIT_PROPERTY_REGULATOR_VOLTAGE_H
 #define PADKIT_PROPERTY_REGULATOR_VOLTAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform's entry point for publishing its properties.
 #ifndef PADKIT_PLATFORM_H
 #define PADKIT_PLATFORM_H

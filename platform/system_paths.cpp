@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/system_paths.h"
 
 std::string system_path(const std::string& path) { return path; }

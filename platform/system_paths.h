@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the program finds the files of the system it runs on.
 #ifndef PADKIT_SYSTEM_PATHS_H
 #define PADKIT_SYSTEM_PATHS_H

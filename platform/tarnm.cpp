@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/tarnm.h"
 
 #include <list>

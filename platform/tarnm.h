@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalogue of the tarnm SoC: every tunable register, field, value table,
 // regulator and debug file, built once during static initialisation.
 #ifndef PADKIT_TARNM_H

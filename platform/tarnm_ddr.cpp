@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/tarnm_ddr.h"
 
 #include "registers/mmaprw32.h"

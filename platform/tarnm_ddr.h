@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // DDR PHY registers of the tarnm SoC, reached through a select register.
 #ifndef PADKIT_TARNM_DDR_H
 #define PADKIT_TARNM_DDR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "properties/property.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Named properties, their groups and the process-wide registries.
 #ifndef PADKIT_PROPERTY_H
 #define PADKIT_PROPERTY_H

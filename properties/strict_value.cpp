@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "properties/strict_value.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The strict reading of a value that a profile, not a person at a prompt,
 // hands to a property: nothing guessed, nothing clamped.
 #ifndef PADKIT_STRICT_VALUE_H

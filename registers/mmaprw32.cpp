@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "registers/mmaprw32.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One 32-bit access to a physical address through the memory device.
 #ifndef PADKIT_MMAPRW32_H
 #define PADKIT_MMAPRW32_H

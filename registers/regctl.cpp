@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "registers/regctl.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Registers as cached 32-bit words, their bit fields as shared stateless
 // descriptors, and the property that presents one field of one register.
 #ifndef PADKIT_REGCTL_H

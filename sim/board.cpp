@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sim/board.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated board: a directory that stands for the root of a tarnm system.
 #ifndef PADKIT_SIM_BOARD_H
 #define PADKIT_SIM_BOARD_H

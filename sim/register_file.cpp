@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sim/register_file.h"
 
 #include <dirent.h>

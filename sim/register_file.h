@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The register state of the simulated board, kept in the text file <board>/regs.
 #ifndef PADKIT_SIM_REGISTER_FILE_H
 #define PADKIT_SIM_REGISTER_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Register access of padkit-sim: the board's regs file stands for the memory device.
 #include "registers/mmaprw32.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Path resolution of padkit-sim: every absolute path lives under the board directory.
 #include "platform/system_paths.h"
 

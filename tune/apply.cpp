@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // apply: all of the profiles' settings or none of them.
 #include <getopt.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/board_io.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading and writing properties in a run that touches many of them: every
 // access sees the hardware as it is, and every write is read back.
 #ifndef PADKIT_TUNE_BOARD_IO_H

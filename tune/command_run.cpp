@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/command_run.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the sweep's test command once: in a process group of its own, with
 // extra environment variables, within a time limit.
 #ifndef PADKIT_COMMAND_RUN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The subcommands of padkit-tune. Each takes its own arguments, the
 // subcommand's name first, and returns the exit status.
 #ifndef PADKIT_TUNE_COMMANDS_H

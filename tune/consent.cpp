@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/consent.h"
 
 #include <cctype>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Asking before a sweep writes values that may well break the board.
 #ifndef PADKIT_CONSENT_H
 #define PADKIT_CONSENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // diff: the settings of profiles that the board does not hold, like diff(1)
 // exits: 0 equal, 1 differences, 2 trouble.
 #include <getopt.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // dump: every readable property as a profile, in the order of the listing.
 #include <getopt.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/json.h"
 
 #include <cstdio>

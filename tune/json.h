@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The JSON forms of names and property values.
 #ifndef PADKIT_TUNE_JSON_H
 #define PADKIT_TUNE_JSON_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles: files of "name = value" lines, checked against the properties
 // they name before anything is written.
 #ifndef PADKIT_TUNE_PROFILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/progress.h"
 
 std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line on standard error that tells how far a sweep has got, rewritten
 // in place; shown only on a terminal, so logs and pipes stay clean.
 #ifndef PADKIT_PROGRESS_H

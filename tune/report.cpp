@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/report.h"
 
 #include <cstdarg>

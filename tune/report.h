@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Messages of padkit-tune on standard error, each prefixed by the program's name.
 #ifndef PADKIT_TUNE_REPORT_H
 #define PADKIT_TUNE_REPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/stop_signals.h"
 
 #include <time.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SIGINT, SIGTERM and SIGHUP as requests to stop: blocked while an object of
 // this class lives and taken only where stopping is safe, so that whatever
 // runs between two such points (a write, a restore) is never cut short.

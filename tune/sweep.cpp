@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/sweep_chart.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sweep's results as text: a chart of cells and a line per row that
 // names its passing window.
 #ifndef PADKIT_SWEEP_CHART_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of padkit-tune sweep.
 #ifndef PADKIT_SWEEP_OPTIONS_H
 #define PADKIT_SWEEP_OPTIONS_H

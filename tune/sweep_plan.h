@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a sweep will touch: the properties, one row each, and the values.
 #ifndef PADKIT_SWEEP_PLAN_H
 #define PADKIT_SWEEP_PLAN_H

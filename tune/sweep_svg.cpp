@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/sweep_svg.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sweep's chart as an SVG picture, for a browser or a report.
 #ifndef PADKIT_SWEEP_SVG_H
 #define PADKIT_SWEEP_SVG_H

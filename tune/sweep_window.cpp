@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/sweep_window.h"
 
 sweep_window widest_window(const std::vector<outcome>& results) {

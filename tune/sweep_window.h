@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a sweep measured, and the passing window it found in each row.
 #ifndef PADKIT_SWEEP_WINDOW_H
 #define PADKIT_SWEEP_WINDOW_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tune/tune.h"
 
 #include <unistd.h>

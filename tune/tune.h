@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // padkit-tune: a board's whole tuning as a profile file.
 #ifndef PADKIT_TUNE_TUNE_H
 #define PADKIT_TUNE_TUNE_H

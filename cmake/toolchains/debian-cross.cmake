@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Shared part of the Debian cross toolchains: set padkit_triple and
 # CMAKE_SYSTEM_PROCESSOR, then include this file.
 # Tests run the target binaries under qemu-user with the matching sysroot.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The real padkit on a fake board (fake-board.sh) in a private mount namespace.
 # Usage: board-test.sh CASE PADKIT [EMULATOR ARGS...]. Exit 77 means skipped,
 # unless PADKIT_BOARD_REQUIRED is set (CI as root): then a skip fails.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 # A fake tarnm board, sourced by bash scripts that run in a private mount
 # namespace of their own: /dev with null, zero, urandom and full, a 16 MiB

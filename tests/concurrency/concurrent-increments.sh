@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # padkit-sim from many processes at once, stepping a register field and the eMMC
 # file by "+1" and setting a regulator. The lock must serialise every run: no step
 # is lost, no run's accesses interleave, no run sees a file half-written.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // padkit-sim end to end: each case runs the program on a board of its own and
 // checks its output, exit status, register trace and board files.
 #include <fcntl.h>

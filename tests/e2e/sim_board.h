@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running a program of the simulated board as a separate process, on a board
 // of its own, and collecting its output, status and register trace.
 #ifndef PADKIT_TESTS_SIM_BOARD_H

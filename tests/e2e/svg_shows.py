@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Parses a sweep's SVG as XML and prints what it shows, one item a line:
 the axis labels and names, each cell's title, the cells each window
 outlines, the cell under each centre mark, the summaries."""

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // padkit-tune-sim sweep end to end: test commands that pass for some values
 // only, on a board of their own per case; checked by chart, status, what is
 // left on the board and, for refusals, an untouched register trace.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // padkit-tune-sim end to end: profiles dumped, compared and applied on boards
 // of their own, checked by output, status, register trace and board files.
 #include <gtest/gtest.h>

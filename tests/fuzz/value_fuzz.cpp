@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Value texts of every property kind. Input: a byte choosing the property, a
 // byte choosing the number mode, then the text. A text the property refuses
 // must reach neither the hardware nor a file; a composite's members get its elements.

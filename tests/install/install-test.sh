@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installation checks: install-test.sh man|completion|boot|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
 # PADKIT_SIM is given when padkit-sim is installed; exit 77 means skipped.
 set -u

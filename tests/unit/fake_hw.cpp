@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/fake_hw.h"
 
 #include "registers/mmaprw32.h"

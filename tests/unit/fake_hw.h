@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A recording fake of the physical access unit, and the fixture of every unit
 // test: fresh hardware before, registries emptied after.
 #ifndef PADKIT_TESTS_FAKE_HW_H

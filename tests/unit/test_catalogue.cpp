@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalogue checked against itself: bit ranges, table codes and the
 // ranges its help texts promise.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sweep's units, for what a sweep end to end does not show cheaply: window
 // edge cases, the test command's process group and stop signals, and the
 // confirmation on a terminal.

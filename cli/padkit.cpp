@@ -18,12 +18,17 @@ namespace {
 // Status of a run whose request was served but whose output was lost.
 constexpr int output_failed = -12;
 
-// One line of the pieces on standard output, flushed at once so that it
-// keeps its place among the messages on standard error, also through a pipe.
-void print_line(std::initializer_list<const char*> pieces) {
+// One line of the pieces on standard output.
+void put_line(std::initializer_list<const char*> pieces) {
     for (const char* piece : pieces)
         std::fputs(piece, stdout);
     std::putchar('\n');
+}
+
+// The line flushed at once, so that it keeps its place among the messages on
+// standard error, also through a pipe.
+void print_line(std::initializer_list<const char*> pieces) {
+    put_line(pieces);
     std::fflush(stdout);
 }
 
@@ -38,14 +43,16 @@ void print_usage() {
     print_line({"\t-x            : show hex value (default decimal)"});
 }
 
+// Nothing goes to standard error meanwhile, so the lines are flushed together
+// at the end of the run: one write instead of one per property.
 void list_properties() {
     platform_register_properties();
     for (const auto& group : property_group::get_groups()) {
-        print_line({group.first.c_str(), " :"});
+        put_line({group.first.c_str(), " :"});
         for (const auto& member : group.second->properties) {
             std::string help;
             member.second->get_help(help);
-            print_line({"\t", member.second->name.c_str(), " : ", help.c_str()});
+            put_line({"\t", member.second->name.c_str(), " : ", help.c_str()});
         }
     }
 }

@@ -22,8 +22,9 @@ const std::string dq = "tarnm-ddra-read0::dq";
 
 // Passes when the composite reads 5 everywhere but at the swept member, which holds the value.
 const std::string members_apart =
-    "\"" PADKIT_SIM "\" " + dq + " 2>/dev/null | tr -d '{}' | awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} "
-    "-v v=$PADKIT_SWEEP_VALUE '{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) exit 1}'";
+    PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" " + dq + " 2>/dev/null | tr -d '{}' | "
+    "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_VALUE "
+    "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
 
 struct sweep_case {
     strings args;         // after "sweep"; the command follows "--"

@@ -76,8 +76,6 @@ bool property_file<int>::check(const std::string& text, std::string* canonical,
     return true;
 }
 
-void property_file<int>::refresh() { read_update(); }
-
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
     std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),
                  bound);

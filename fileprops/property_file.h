@@ -23,8 +23,6 @@ public:
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
-    // Reads the file again.
-    void refresh() override;
 
     virtual bool read_update();
     virtual bool commit();

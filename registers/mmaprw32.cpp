@@ -30,9 +30,9 @@ int _mmap_write(volatile uint32_t* mapped, uintptr_t value) {
 
 // A regular file standing in for the device (a fake board, a test image) must
 // hold the whole page: touching a page past its end raises SIGBUS.
-bool page_reachable(int fd, off_t page_base) {
+bool page_in_file(int fd, off_t page_base) {
     struct stat st;
-    return fstat(fd, &st) == 0 && (!S_ISREG(st.st_mode) || st.st_size >= page_base + page_size);
+    return fstat(fd, &st) == 0 && st.st_size >= page_base + page_size;
 }
 
 // The device stays open and every page it has mapped stays mapped for the
@@ -41,6 +41,7 @@ bool page_reachable(int fd, off_t page_base) {
 struct device {
     std::string path;
     int fd = -1;
+    bool regular_file = false;
     std::map<off_t, char*> pages;
 
     void forget() {
@@ -67,11 +68,13 @@ char* mapped_page(uint32_t address) {
             return nullptr;
         }
         opened.path = path;
+        struct stat st;
+        opened.regular_file = fstat(opened.fd, &st) == 0 && S_ISREG(st.st_mode);
     }
-    // Checked at every access: the file may have shrunk since the page was mapped.
+    // A file is checked at every access: it may have shrunk since the page was mapped.
     const off_t page_base = static_cast<off_t>(address & ~page_offset_mask);
     const auto known = opened.pages.find(page_base);
-    const bool reachable = page_reachable(opened.fd, page_base);
+    const bool reachable = !opened.regular_file || page_in_file(opened.fd, page_base);
     if (reachable && known != opened.pages.end())
         return known->second;
     void* page = reachable ? mmap(nullptr, page_size, PROT_READ | PROT_WRITE, MAP_SHARED, opened.fd,

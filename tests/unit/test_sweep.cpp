@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The sweep's units, for what a sweep end to end does not show cheaply: window
-// edge cases, the test command's process group and stop signals, and the
-// confirmation on a terminal.
+// The sweep's units, for what a sweep end to end does not show cheaply: the test
+// command's process group and stop signals, and the confirmation on a terminal.
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -18,22 +17,7 @@
 
 #include "tune/command_run.h"
 #include "tune/consent.h"
-#include "tune/sweep_chart.h"
 #include "tests/unit/fake_hw.h"
-
-TEST(sweep_report, SummaryNamesTheWidestWindowAndItsCentre) {
-    const struct { std::vector<long long> axis; const char* marks; const char* summary; } rows[] = {
-        {{0, 1}, "", "p: no passing value"},  // interrupted before the first value
-        // A time-out ends a window; of two equal windows, the first.
-        {{10, 11, 12, 13, 14, 15, 16}, "#.##T##", "p: window 12..13 (2 values), centre 12"},
-    };
-    for (const auto& row : rows) {
-        std::vector<outcome> cells;  // '#' pass, '.' fail, 'T' time-out, as in the chart
-        for (const char* mark = row.marks; *mark; ++mark)
-            cells.push_back(*mark == '#' ? outcome::pass : *mark == '.' ? outcome::fail : outcome::timeout);
-        EXPECT_EQ(window_summary({"p", cells}, row.axis), row.summary) << row.marks;
-    }
-}
 
 TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);

@@ -35,7 +35,6 @@ plain)
     what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
     what="lock file type and mode"; expect "regular empty file 644" "$(stat -c '%F %a' /tmp/padkit.lock)" ;;
 files)
-    run cpu_regulator::microvolts 95%; what="regulator.1"; expect 1050000 "$(cat /sys/class/regulator/regulator.1/microvolts)"
     for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
         set -- $set; run_full "$1" "$2"; expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
     done ;;

@@ -42,7 +42,6 @@ completion)
         echo "${COMPREPLY[*]}"
     }
     expect "-h -i -l -r -x" "$(complete_line "padkit-sim -")" "options"
-    expect "tx-vref" "$(complete_line "padkit-sim ehci0-phy::tx-v")" "name after ::"
     expect "dq8" "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq8")" "name after -r"
     expect "0x1e 0x22 0x28 0x3c" "$(complete_line "padkit-sim -x tarnm-ddrb::dqsdrv ")" "hex keys"
     expect "0 1 2" "$(complete_line "padkit-sim ehci2-phy::tx-crossover ")" "values from help"

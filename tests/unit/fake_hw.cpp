@@ -15,14 +15,6 @@ void reset() {
     log.clear();
 }
 
-accesses writes() {
-    accesses out;
-    for (const auto& access : log)
-        if (std::get<0>(access) == 'w')
-            out.push_back(access);
-    return out;
-}
-
 }  // namespace fake_hw
 
 uint32_t mmap_read(uint32_t address) {

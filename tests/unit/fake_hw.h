@@ -19,7 +19,6 @@ using accesses = std::vector<std::tuple<char, uint32_t, uint32_t>>;  // 'r' or '
 extern std::map<uint32_t, uint32_t> words;
 extern accesses log;
 void reset();
-accesses writes();
 }  // namespace fake_hw
 
 template <typename F>

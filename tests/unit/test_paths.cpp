@@ -15,13 +15,11 @@ namespace {
 
 char root[] = "/tmp/padkit-unit-XXXXXX";
 
-void remove_root() {
-    std::error_code ec;
-    std::filesystem::remove_all(root, ec);
-}
-
 const char* test_root() {
-    static const bool made = mkdtemp(root) && std::atexit(remove_root) == 0;
+    static const bool made = mkdtemp(root) && std::atexit([] {
+        std::error_code ec;
+        std::filesystem::remove_all(root, ec);
+    }) == 0;
     if (!made)
         std::abort();
     return root;

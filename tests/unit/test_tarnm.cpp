@@ -42,8 +42,7 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     const struct { uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
         {0x45, "-3", 0x42}, {0x45, "-5", 0x00}, {0x45, "-7", 0x02}, {0x03, "+5", 0x42}, {0x03, "+3", 0x00},
         {0x03, "-10", 0x0D}, {0x7E, "+5", 0x7F, true}, {0x45, "-68", 0x3F}, {0x45, "-69", 0x3F, true},
-        {0x03, "-60", 0x3F}, {0x03, "-61", 0x3F, true}, {0x03, "-9223372036854775808", 0x3F, true},
-        {0x45, "+9223372036854775807", 0x7F, true}};
+        {0x03, "-9223372036854775808", 0x3F, true}, {0x45, "+9223372036854775807", 0x7F, true}};
     const uint32_t data = 0xF181A0;
     const std::string dq0 = "tarnm-ddrb-write7::dq0", dq8 = "tarnm-ddrb-write7::dq8";
     for (const auto& row : rows) {

@@ -23,8 +23,8 @@
 namespace fs = std::filesystem;
 
 using strings = std::vector<std::string>;
-using env_list = std::vector<std::pair<std::string, const char*>>;  // nullptr unsets
-using board_changes = std::vector<std::pair<std::string, const char*>>;  // board file, as in change()
+// Environment variables, or board files as in change(); nullptr unsets or removes.
+using settings = std::vector<std::pair<std::string, const char*>>;
 
 inline std::string slurp(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -43,7 +43,7 @@ struct sim_board {
     fs::path dir = scratch / "board";
 
     ~sim_board() { std::error_code ec; fs::remove_all(scratch, ec); }
-    pid_t start(const strings& args, const env_list& env = {}) const {
+    pid_t start(const strings& args, const settings& env = {}) const {
         std::istringstream emulator(PADKIT_SIM_EMULATOR);
         strings words = launcher;
         words.insert(words.end(), std::istream_iterator<std::string>(emulator), {});
@@ -76,7 +76,7 @@ struct sim_board {
         return {slurp(scratch / "out"), slurp(scratch / "err"), slurp(scratch / "trace"),
                 WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
     }
-    result run(const strings& args, const env_list& env = {}) const { return finish(start(args, env)); }
+    result run(const strings& args, const settings& env = {}) const { return finish(start(args, env)); }
     // Board set-up: nullptr removes, "->target" plants a symbolic link, else the file's text.
     void change(const std::string& path, const char* content) const {
         if (!content) {
@@ -88,10 +88,6 @@ struct sim_board {
             fs::create_symlink(content + 2, dir / path);
         else
             std::ofstream(dir / path, std::ios::binary) << content;
-    }
-    void change(const board_changes& changes) const {
-        for (const auto& [path, content] : changes)
-            change(path, content);
     }
     // Every file of the board but the lock, with its content.
     std::map<std::string, std::string> files() const {
@@ -112,7 +108,7 @@ struct sim_board {
 // One run: the board's set-up, and what the run must print, return, access and leave.
 struct run_case {
     strings args;  // <B> stands for the board directory, here and in err
-    board_changes changes;
+    settings changes;
     std::string out, err;  // err ending in "...": what standard error begins with
     int status;
     std::string trace = "-";  // "-": not checked
@@ -121,7 +117,8 @@ struct run_case {
 
 inline void check(const sim_board& b, const run_case& c) {
     SCOPED_TRACE(testing::PrintToString(c.args));
-    b.change(c.changes);
+    for (const auto& [path, content] : c.changes)
+        b.change(path, content);
     strings args = c.args;
     for (std::string& arg : args)
         arg = b.on_board(arg);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Running a program of the simulated board as a separate process, on a board
-// of its own, and collecting its output, status and register trace.
+// A program of the simulated board run as a separate process on a board of its own.
 #ifndef PADKIT_TESTS_SIM_BOARD_H
 #define PADKIT_TESTS_SIM_BOARD_H
 
@@ -89,7 +88,6 @@ struct sim_board {
         else
             std::ofstream(dir / path, std::ios::binary) << content;
     }
-    // Every file of the board but the lock, with its content.
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> all;
         for (const auto& entry : fs::recursive_directory_iterator(dir))
@@ -97,7 +95,6 @@ struct sim_board {
                 all[fs::relative(entry.path(), dir).string()] = slurp(entry.path());
         return all;
     }
-    // The text with each <B> standing for the board directory.
     std::string on_board(std::string text) const {
         for (std::string::size_type at; (at = text.find("<B>")) != std::string::npos;)
             text.replace(at, 3, dir.string());

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-// padkit-tune-sim sweep end to end: test commands that pass for some values
-// only, on a board of their own per case; checked by chart, status, what is
-// left on the board and, for refusals, an untouched register trace.
+// padkit-tune-sim sweep end to end, with test commands that pass for some values only.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -26,7 +24,6 @@ const std::string members_apart =
     "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_VALUE "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
 
-// The words of a sweep: ARGS, then COMMAND run by sh -c.
 strings sweep(strings args, const std::string& command) {
     args.insert(args.begin(), "sweep");
     args.insert(args.end(), {"--", "sh", "-c", command});
@@ -85,10 +82,8 @@ TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
     }
 }
 
-// The SVG read back by an XML parser: axis, and for each member its name,
-// a cell per value, its window and the cell under its centre; the summaries.
-// Each member is swept with the others at their values; the first member's
-// first value hangs past the time-out.
+// Each member is swept with the others at their values, the first member's first value
+// hanging past the time-out; the SVG is read back by an XML parser.
 TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     tune_board b;
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// padkit-tune-sim end to end: profiles dumped, compared and applied on boards
-// of their own, checked by output, status, register trace and board files.
+// padkit-tune-sim end to end: profiles dumped, compared and applied on boards of their own.
 #include <gtest/gtest.h>
 
 #include <random>

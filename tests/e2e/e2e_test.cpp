@@ -15,10 +15,6 @@
 
 namespace {
 
-struct board : sim_board {
-    board() : sim_board(PADKIT_SIM) {}
-};
-
 std::string get(const std::string& name, const std::string& value) {
     return "PADKIT: get " + name + " := " + value + "\n";
 }
@@ -112,7 +108,7 @@ const run_case rows[] = {
 
 TEST(padkit_sim, table) {
     for (const run_case& r : rows) {
-        board b;
+        sim_board b(PADKIT_SIM);
         if (!r.changes.empty())
             b.run({"-h"});
         check(b, r);
@@ -122,7 +118,7 @@ TEST(padkit_sim, table) {
 // Two runs start on a missing board at once: one of them creates it, and
 // neither sees half a board or leaves anything behind.
 TEST(padkit_sim, fresh_board) {
-    board first, second;
+    sim_board first(PADKIT_SIM), second(PADKIT_SIM);
     second.dir = first.dir;
     const pid_t pids[] = {first.start({mmc}), second.start({mmc})};
     for (result got : {first.finish(pids[0]), second.finish(pids[1])}) {
@@ -132,13 +128,13 @@ TEST(padkit_sim, fresh_board) {
     }
     for (const auto& entry : fs::directory_iterator(first.scratch))  // the run's own files, and the board
         EXPECT_TRUE(entry.is_regular_file() || entry.path() == first.dir) << entry.path();
-    board alone;
+    sim_board alone(PADKIT_SIM);
     alone.run({"-h"});
     EXPECT_EQ(first.files(), alone.files());
 }
 
 TEST(padkit_sim, run_waits_for_the_lock) {
-    board b;
+    sim_board b(PADKIT_SIM);
     b.run({"-h"});
     const int fd = open((b.dir / "tmp/padkit.lock").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(flock(fd, LOCK_EX), 0);
@@ -154,7 +150,7 @@ TEST(padkit_sim, run_waits_for_the_lock) {
 }
 
 TEST(padkit_sim, board_directory_from_environment) {
-    board b;
+    sim_board b(PADKIT_SIM);
     const std::string state = (b.scratch / "state").string(), home = (b.scratch / "home").string();
     for (const auto& [env, where] : {
              std::pair<settings, std::string>{{{"PADKIT_SIM_DIR", ""}, {"XDG_STATE_HOME", state.c_str()}},

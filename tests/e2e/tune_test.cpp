@@ -49,8 +49,7 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
         b.change("saved", saved.out.c_str());
         EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 0);
         randomize(b, random);
-        const result changed = b.run({"diff", (b.dir / "saved").string()});
-        EXPECT_EQ(changed.status, 1);
+        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 1);  // the board did change
         const result applied = b.run({"apply", (b.dir / "saved").string()});
         EXPECT_EQ(applied.err + std::to_string(applied.status), "0");
         EXPECT_EQ(b.run(dump).out, saved.out);

@@ -40,7 +40,6 @@ const settings worked = {{"regs", "0x00540008 0x12345678\n"}};
 
 const run_case rows[] = {
     {{}, {}, usage, "", 254, ""},
-    {{"-i"}, {}, "Not supported yet.\n", "", 253, ""},
     {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
     {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
     {{"-r", "nope"}, {}, "", unknown, 0, ""},

@@ -2,7 +2,7 @@
 // padkit-tune-sim sweep end to end, with test commands that pass for some values only.
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -104,10 +104,6 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
         summaries += "summary " + name + ": window 1..2 (2 values), centre 1\n";
     }
     EXPECT_EQ(slurp(csv), expected_csv);
-    std::FILE* shown = popen((std::string(SVG_SHOWS) + " " + svg + " 2>&1").c_str(), "r");
-    std::string lines;
-    for (char line[256]; std::fgets(line, sizeof line, shown);)
-        lines += line;
-    EXPECT_EQ(pclose(shown), 0);
-    EXPECT_EQ(lines, expected_svg + summaries);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    EXPECT_EQ(slurp(svg + ".txt"), expected_svg + summaries);
 }

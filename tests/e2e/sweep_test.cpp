@@ -50,7 +50,8 @@ const run_case cases[] = {
      "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\n", "", 1},
     // A table field visits its keys; a regulator takes a step.
     {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
-     "                 40 120\ntarnm-ddra::odt  ##.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\n", "", 0},
+     "                 40 120\ntarnm-ddra::odt  ##.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\n",
+     "", 0},
     {sweep({"-y", "--step", "20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
      "                           1040000 1000000\ncpu_regulator::microvolts  .##\n"
      "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n", "", 0},
@@ -61,11 +62,12 @@ const run_case cases[] = {
      "           30       40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n",
      "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143},
     // Refused before anything is written.
-    {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""},
-    {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "", "padkit-tune-sim: TO: 'x' is not a decimal...",
+    {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...",
      2, ""},
-    {sweep({"-y", mmc, "1", "40"}, "true"), {}, "", "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n",
-     2, ""},
+    {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "",
+     "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""},
+    {sweep({"-y", mmc, "1", "40"}, "true"), {}, "",
+     "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""},
     {sweep({"-y", odt, "1", "30"}, "true"), {}, "",
      "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""},
 };
@@ -89,8 +91,8 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
     const std::string csv = (b.scratch / "sweep.csv").string(), svg = (b.scratch / "sweep.svg").string();
-    const std::string command =
-        "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " + in(1, 2) + " && " + members_apart;
+    const std::string command = "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " +
+                                in(1, 2) + " && " + members_apart;
     const result got =
         b.run({"sweep", "-y", "--timeout", "0.3", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;

@@ -135,7 +135,8 @@ const run_case cli_rows[] = {
     {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
      {{"regs", "0x140000 0x200\n"}, {"sys/kernel/debug/mmc0/rdqs", "1\n"}},
      "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
-     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n", "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
+     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
+     "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
     {{"dump", "-x", "mac-tx::delay", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", nullptr}, {"regs", "0x140000 0x300\n"}},
      "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open <B>/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
     // A later member wins over its composite; equal values are not shown.

@@ -1,7 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Parses a sweep's SVG as XML and prints what it shows, one item a line:
-the axis labels and names, each cell's title, the cells each window
-outlines, the cell under each centre mark, the summaries."""
+"""Prints what a sweep's SVG shows, one item a line, parsed as XML."""
 import sys
 import xml.etree.ElementTree as ET
 

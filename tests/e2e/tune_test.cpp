@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
-// padkit-tune-sim end to end: profiles dumped, compared and applied on boards
-// of their own, checked by output, status, register trace and board files.
+// padkit-tune-sim end to end: profiles dumped, compared and applied on boards of their own.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdio>
 #include <random>
 #include <sstream>
 #include <string>
@@ -17,31 +14,24 @@ namespace {
 
 const std::string regulator2 = "sys/class/regulator/regulator.2";
 
-std::string hex(uint32_t word) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08x", word);
-    return text;
-}
-
 // Random words in every register a dump reads, a random eMMC delay and
 // random voltages; drive strength and ODT codes stay in their tables.
 void randomize(const sim_board& b, std::mt19937& random) {
-    const result dump = b.run({"dump"});
-    std::string regs, select;
-    std::istringstream trace(dump.trace);
+    std::istringstream trace(b.run({"dump"}).trace);
+    std::ostringstream regs;
     char kind;
-    std::string address, word, previous;
+    std::string address, word, select, previous;
     while (trace >> kind >> address >> word) {
         if (kind == 'W')
             select = word;
         else if (address == "0x00f38120" || address == "0x00f18120")
-            regs += address + " 0x00" + "fbe8"[random() % 4] + "fbe8"[random() % 4] + "00" +
-                    "fbe8"[random() % 4] + "6410"[random() % 4] + "\n";
+            regs << address << " 0x00" << "fbe8"[random() % 4] << "fbe8"[random() % 4] << "00"
+                 << "fbe8"[random() % 4] << "6410"[random() % 4] << "\n";
         else
-            regs += address + (previous == "W" ? "@" + select : "") + " " + hex(random()) + "\n";
+            regs << address << (previous == "W" ? "@" + select : "") << " 0x" << std::hex << random() << "\n";
         previous = kind;
     }
-    b.change("regs", regs.c_str());
+    b.change("regs", regs.str().c_str());
     b.change("sys/kernel/debug/mmc0/rdqs", std::to_string(2 + random() % 254).c_str());
     b.change(regulator2 + "/microvolts", std::to_string(800000 + random() % 21 * 10000).c_str());
 }
@@ -59,8 +49,7 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
         b.change("saved", saved.out.c_str());
         EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 0);
         randomize(b, random);
-        const result changed = b.run({"diff", (b.dir / "saved").string()});
-        EXPECT_EQ(changed.status, 1);
+        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 1);  // the board did change
         const result applied = b.run({"apply", (b.dir / "saved").string()});
         EXPECT_EQ(applied.err + std::to_string(applied.status), "0");
         EXPECT_EQ(b.run(dump).out, saved.out);
@@ -143,13 +132,13 @@ const run_case cli_rows[] = {
     {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", 2},
     {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", 2},
     {{"diff", "<B>/nope"}, {}, "", "padkit-tune-sim: <B>/nope: No such file or directory\n", 2},
-    {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"}, {{"regs", "0x140000 0x200\n"}},
-     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": 37,\n"
-     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n", "", 0},
+    {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
+     {{"regs", "0x140000 0x200\n"}, {"sys/kernel/debug/mmc0/rdqs", "1\n"}},
+     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
+     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
+     "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
     {{"dump", "-x", "mac-tx::delay", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", nullptr}, {"regs", "0x140000 0x300\n"}},
      "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open <B>/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
-    {{"dump", "--json", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", "1\n"}}, "{\n  \"mmc::rdqs\": null\n}\n",
-     "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
     // A later member wins over its composite; equal values are not shown.
     {{"diff", "<B>/p"},
      {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},

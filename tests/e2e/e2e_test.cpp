@@ -79,6 +79,7 @@ const run_case rows[] = {
     {{mmc, "+1"}, {{rdqs, page.c_str()}}, "", set(mmc, "+1"), 0, "", {{rdqs, "38"}}},
     {{mmc}, {{rdqs, past_page.c_str()}}, "\n",
      "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n", 246, ""},
+    {{cpu, "93%"}, {}, "", set(cpu, "93%"), 0, "", {{reg1 + "microvolts", "1030000"}}},
     {{cpu, "107.5%"}, {}, "", "percentage 107.5%: out of range\n" + set(cpu, "107.5%", false), 245, ""},
     {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" + set(cpu, "1300001", false), 245, ""},
     // Limits beyond what the driver takes, or crossed, make the regulator unreadable.

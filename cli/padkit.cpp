@@ -8,8 +8,8 @@
 #include <initializer_list>
 #include <string>
 
-#include "cli/run_lock.h"
-#include "cli/standard_streams.h"
+#include "runtime/run_lock.h"
+#include "runtime/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 

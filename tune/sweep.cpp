@@ -9,18 +9,18 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_lock.h"
-#include "tune/board_io.h"
-#include "tune/command_run.h"
+#include "runtime/run_lock.h"
+#include "tune/profile/board_io.h"
+#include "tune/sweep/command_run.h"
 #include "tune/commands.h"
-#include "tune/consent.h"
-#include "tune/progress.h"
-#include "tune/report.h"
-#include "tune/stop_signals.h"
-#include "tune/sweep_chart.h"
+#include "tune/sweep/consent.h"
+#include "tune/sweep/progress.h"
+#include "runtime/report.h"
+#include "runtime/stop_signals.h"
+#include "tune/sweep/chart.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/sweep_svg.h"
+#include "tune/sweep/svg.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "fileprops/property_regulator_voltage.h"
 #include "registers/regctl.h"
-#include "tune/report.h"
+#include "runtime/report.h"
 
 namespace {
 

@@ -7,12 +7,12 @@
 #include <cstring>
 #include <string>
 
-#include "cli/run_lock.h"
-#include "cli/standard_streams.h"
+#include "runtime/run_lock.h"
+#include "runtime/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
 #include "tune/commands.h"
-#include "tune/report.h"
+#include "runtime/report.h"
 
 void print_usage(std::FILE* out) {
     const char* name = program_name();

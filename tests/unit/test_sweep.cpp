@@ -14,8 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tune/command_run.h"
-#include "tune/consent.h"
+#include "tune/sweep/command_run.h"
+#include "tune/sweep/consent.h"
 #include "tests/unit/fake_hw.h"
 
 namespace {

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_lock.h"
+#include "runtime/run_lock.h"
 #include "properties/property.h"
-#include "tune/board_io.h"
+#include "tune/profile/board_io.h"
 #include "tune/commands.h"
-#include "tune/json.h"
-#include "tune/report.h"
+#include "tune/profile/json.h"
+#include "runtime/report.h"
 
 namespace {
 

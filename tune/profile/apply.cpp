@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_lock.h"
-#include "tune/board_io.h"
+#include "runtime/run_lock.h"
+#include "tune/profile/board_io.h"
 #include "tune/commands.h"
-#include "tune/profile.h"
-#include "tune/report.h"
-#include "tune/stop_signals.h"
+#include "tune/profile/profile.h"
+#include "runtime/report.h"
+#include "runtime/stop_signals.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/sweep_chart.h"
+#include "tune/sweep/chart.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_lock.h"
-#include "tune/board_io.h"
+#include "runtime/run_lock.h"
+#include "tune/profile/board_io.h"
 #include "tune/commands.h"
-#include "tune/json.h"
-#include "tune/profile.h"
-#include "tune/report.h"
+#include "tune/profile/json.h"
+#include "tune/profile/profile.h"
+#include "runtime/report.h"
 
 int diff_command(int argc, char** argv) {
     static const option options[] = {

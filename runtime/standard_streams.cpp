@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "cli/standard_streams.h"
+#include "runtime/standard_streams.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/command_run.h"
+#include "tune/sweep/command_run.h"
 
 #include <fcntl.h>
 #include <signal.h>

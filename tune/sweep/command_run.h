@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tune/stop_signals.h"
+#include "runtime/stop_signals.h"
 
 struct command_result {
     enum kind { passed, failed, timed_out, not_started, interrupted };

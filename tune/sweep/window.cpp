@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/sweep_window.h"
+#include "tune/sweep/window.h"
 
 sweep_window widest_window(const std::vector<outcome>& results) {
     sweep_window widest, current;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/json.h"
+#include "tune/profile/json.h"
 
 #include <cstdio>
 #include <string>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/consent.h"
+#include "tune/sweep/consent.h"
 
 #include <cctype>
 #include <cstdlib>

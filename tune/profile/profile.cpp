@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/profile.h"
+#include "tune/profile/profile.h"
 
 #include <dirent.h>
 
@@ -12,7 +12,7 @@
 
 #include "platform/system_paths.h"
 #include "properties/strict_value.h"
-#include "tune/report.h"
+#include "runtime/report.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "cli/run_lock.h"
+#include "runtime/run_lock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

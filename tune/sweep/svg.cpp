@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "tune/sweep_svg.h"
+#include "tune/sweep/svg.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "tune/sweep_chart.h"
+#include "tune/sweep/chart.h"
 
 namespace {
 

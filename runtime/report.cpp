@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/report.h"
+#include "runtime/report.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/stop_signals.h"
+#include "runtime/stop_signals.h"
 
 #include <time.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Messages of padkit-tune on standard error, each prefixed by the program's name.
-#ifndef PADKIT_TUNE_REPORT_H
-#define PADKIT_TUNE_REPORT_H
+#ifndef PADKIT_REPORT_H
+#define PADKIT_REPORT_H
 
 // The name messages begin with: the last part of argv[0].
 void set_program_name(const char* argv0);

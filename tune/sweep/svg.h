@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-#include "tune/sweep_window.h"
+#include "tune/sweep/window.h"
 
 // One <rect class="cell RESULT"> per row and measured value, the widest
 // window of each row outlined and its centre dotted, the first and last

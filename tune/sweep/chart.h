@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tune/sweep_window.h"
+#include "tune/sweep/window.h"
 
 // "NAME: window LO..HI (N values), centre C" or "NAME: no passing value".
 std::string window_summary(const sweep_row& row, const std::vector<long long>& axis);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/progress.h"
+#include "tune/sweep/progress.h"
 
 std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,
                           long long elapsed_seconds) {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "tune/board_io.h"
+#include "tune/profile/board_io.h"
 
 #include <string>
 #include <vector>
 
-#include "tune/report.h"
+#include "runtime/report.h"
 
 bool read_now(property* prop, std::string* value) {
     prop->refresh();

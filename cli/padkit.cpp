@@ -8,15 +8,13 @@
 #include <initializer_list>
 #include <string>
 
-#include "runtime/run_lock.h"
-#include "runtime/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
+#include "runtime/exit_status.h"
+#include "runtime/run_lock.h"
+#include "runtime/standard_streams.h"
 
 namespace {
-
-// Status of a run whose request was served but whose output was lost.
-constexpr int output_failed = -12;
 
 // One line of the pieces on standard output.
 void put_line(std::initializer_list<const char*> pieces) {
@@ -86,7 +84,7 @@ int access_property(int argc, char** argv, int first) {
         const bool done = prop->set(value);
         std::fprintf(stderr, "PADKIT: set %s := %s%s\n", name.c_str(), value.c_str(),
                      done ? "" : " failed.");
-        return done ? 0 : -11;
+        return done ? padkit_status::ok : padkit_status::set_failed;
     }
     const bool done = prop->get(value);
     print_line({value.c_str()});
@@ -94,22 +92,22 @@ int access_property(int argc, char** argv, int first) {
         std::fprintf(stderr, "PADKIT: get %s := %s\n", name.c_str(), value.c_str());
     else
         std::fprintf(stderr, "PADKIT: get %sfailed.\n", name.c_str());
-    return done ? 0 : -10;
+    return done ? padkit_status::ok : padkit_status::get_failed;
 }
 
 // Only the first option found is acted upon.
 int serve_request(int argc, char** argv) {
     if (argc <= 1) {
         print_usage();
-        return -2;
+        return padkit_status::usage;
     }
     switch (getopt(argc, argv, ":xhilr:")) {
     case 'h':
         print_usage();
-        return -2;
+        return padkit_status::usage;
     case 'i':
         print_line({"Not supported yet."});
-        return -3;
+        return padkit_status::not_supported;
     case 'l':
         list_properties();
         return 0;
@@ -129,7 +127,7 @@ int serve_request(int argc, char** argv) {
 
 int padkit_main(int argc, char** argv) {
     if (!take_run_lock())
-        return -1;
+        return padkit_status::lock_failed;
 
     // Other requests register only the properties they name.
     property::find_unregistered = platform_register_property;
@@ -139,5 +137,5 @@ int padkit_main(int argc, char** argv) {
     property::free_all();
     release_run_lock();
     const bool output_written = standard_output_written();
-    return status == 0 && !output_written ? output_failed : status;
+    return status == 0 && !output_written ? padkit_status::output_failed : status;
 }

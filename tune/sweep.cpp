@@ -9,18 +9,19 @@
 #include <string>
 #include <vector>
 
+#include "runtime/exit_status.h"
+#include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
-#include "tune/sweep/command_run.h"
+#include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/profile/board_io.h"
+#include "tune/sweep/chart.h"
+#include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
 #include "tune/sweep/progress.h"
-#include "runtime/report.h"
-#include "runtime/stop_signals.h"
-#include "tune/sweep/chart.h"
+#include "tune/sweep/svg.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/sweep/svg.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ public:
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
         if (!read_originals(plan.rows, &originals))
-            return 2;
+            return tune_status::bad_input;
         for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
             results.rows.push_back({plan.rows[row]->name, {}});
             for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
@@ -157,10 +158,10 @@ private:
                 stop_signals::die_of(stop_signal);
         }
         if (left_changed)
-            return 3;
+            return tune_status::left_changed;
         if (ended == cut::not_started)
-            return 2;
-        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? 1 : 0;
+            return tune_status::bad_input;
+        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? tune_status::not_done : tune_status::ok;
     }
 
     bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
@@ -231,21 +232,21 @@ int sweep_command(int argc, char** argv) {
         print_usage(stdout);
         return 0;
     case sweep_request::bad:
-        return 2;
+        return tune_status::bad_input;
     case sweep_request::run:
         break;
     }
     sweep_plan plan;
     if (!plan_sweep(options, &plan))
-        return 2;
+        return tune_status::bad_input;
     if (!command_exists(options.command.front())) {
         report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-        return 2;
+        return tune_status::bad_input;
     }
     if (!confirmed(options, plan))
-        return 2;
+        return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
-        return 2;
+        return tune_status::bad_input;
     return sweep(options, plan, csv.get(), svg.get()).run();
 }

@@ -7,31 +7,64 @@
 #include <cstring>
 #include <string>
 
-#include "runtime/run_lock.h"
-#include "runtime/standard_streams.h"
 #include "platform/platform.h"
 #include "properties/property.h"
-#include "tune/commands.h"
+#include "runtime/exit_status.h"
 #include "runtime/report.h"
+#include "runtime/run_lock.h"
+#include "runtime/standard_streams.h"
+#include "tune/commands.h"
+
+namespace {
+
+struct subcommand {
+    const char* name;
+    // Lines of usage, split by '\n'; each names the program first, except a
+    // line that begins with a blank, which continues the one before.
+    const char* usage;
+    int (*run)(int argc, char** argv);
+};
+
+// Dispatch and the usage text both come from this table.
+const subcommand subcommands[] = {
+    {"dump", "dump [-x] [--json] [NAME|GROUP ...]", dump_command},
+    {"diff", "diff [--json] FILE ...", diff_command},
+    {"apply",
+     "apply [-n|--dry-run] [-v] FILE ...\n"
+     "apply --system [-n|--dry-run] [-v]",
+     apply_command},
+    {"sweep",
+     "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
+     sweep_command},
+};
+
+}  // namespace
 
 void print_usage(std::FILE* out) {
     const char* name = program_name();
+    const char* lead = "usage: ";
+    for (const subcommand& command : subcommands) {
+        for (const char* line = command.usage; *line;) {
+            const std::size_t length = std::strcspn(line, "\n");
+            if (*line == ' ')
+                std::fprintf(out, "       %.*s\n", static_cast<int>(length), line);
+            else
+                std::fprintf(out, "%s%s %.*s\n", lead, name, static_cast<int>(length), line);
+            lead = "       ";
+            line += length + (line[length] == '\n');
+        }
+    }
     std::fprintf(out,
-                 "usage: %s dump [-x] [--json] [NAME|GROUP ...]\n"
-                 "       %s diff [--json] FILE ...\n"
-                 "       %s apply [-n|--dry-run] [-v] FILE ...\n"
-                 "       %s apply --system [-n|--dry-run] [-v]\n"
-                 "       %s sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-                 "             [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
                  "       %s -h|--help|--version\n"
                  "A FILE of - is standard input.\n",
-                 name, name, name, name, name, name);
+                 name);
 }
 
 int usage_error(const std::string& problem) {
     report("%s", problem.c_str());
     print_usage(stderr);
-    return 2;
+    return tune_status::bad_input;
 }
 
 int unknown_option(char** argv) {
@@ -53,14 +86,9 @@ int serve(int argc, char** argv) {
         return 0;
     }
     opterr = 0;
-    if (command == "dump")
-        return dump_command(argc - 1, argv + 1);
-    if (command == "diff")
-        return diff_command(argc - 1, argv + 1);
-    if (command == "apply")
-        return apply_command(argc - 1, argv + 1);
-    if (command == "sweep")
-        return sweep_command(argc - 1, argv + 1);
+    for (const subcommand& entry : subcommands)
+        if (command == entry.name)
+            return entry.run(argc - 1, argv + 1);
     return usage_error("unknown subcommand " + command);
 }
 
@@ -75,5 +103,5 @@ int padkit_tune_main(int argc, char** argv) {
     release_run_lock();
     // Lost output is a failure even where the request itself went well.
     const bool output_written = standard_output_written();
-    return status == 0 && !output_written ? 1 : status;
+    return status == tune_status::ok && !output_written ? tune_status::not_done : status;
 }

@@ -8,12 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
-#include "tune/commands.h"
-#include "tune/profile/profile.h"
+#include "runtime/exit_status.h"
 #include "runtime/report.h"
+#include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
+#include "tune/commands.h"
+#include "tune/profile/board_io.h"
+#include "tune/profile/profile.h"
 
 namespace {
 
@@ -53,13 +54,13 @@ int write_all(const std::vector<change>& changes, bool verbose) {
         const std::vector<std::string> left = undo(written);
         if (left.empty()) {
             report("apply failed; every property is as it was");
-            return 1;
+            return tune_status::not_done;
         }
         std::string names;
         for (const std::string& name : left)
             names += " " + name;
         report("apply failed; left changed:%s", names.c_str());
-        return 3;
+        return tune_status::left_changed;
     }
     return 0;
 }
@@ -89,15 +90,15 @@ int apply_command(int argc, char** argv) {
     if (!system && files.empty())
         return usage_error("apply needs a FILE");
     if (system && !system_profiles(&files))
-        return 2;
+        return tune_status::bad_input;
     if (files.empty())
         return 0;
     std::vector<setting> settings;
     if (!load_profiles(files, &settings))
-        return 2;
+        return tune_status::bad_input;
     std::vector<change> changes;
     if (!take_run_lock() || !plan(settings, &changes))
-        return 1;
+        return tune_status::not_done;
     if (!dry_run) {
         // A signal held during the writes acts once the output is out.
         const stop_signals held;

@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "runtime/exit_status.h"
+#include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
 #include "tune/commands.h"
+#include "tune/profile/board_io.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
-#include "runtime/report.h"
 
 int diff_command(int argc, char** argv) {
     static const option options[] = {
@@ -31,7 +32,7 @@ int diff_command(int argc, char** argv) {
         return usage_error("diff needs a FILE");
     std::vector<setting> settings;
     if (!load_profiles({argv + optind, argv + argc}, &settings) || !take_run_lock())
-        return 2;
+        return tune_status::bad_input;
     bool trouble = false;
     std::vector<change> differences;
     const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));

@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "runtime/run_lock.h"
 #include "properties/property.h"
-#include "tune/profile/board_io.h"
-#include "tune/commands.h"
-#include "tune/profile/json.h"
+#include "runtime/exit_status.h"
 #include "runtime/report.h"
+#include "runtime/run_lock.h"
+#include "tune/commands.h"
+#include "tune/profile/board_io.h"
+#include "tune/profile/json.h"
 
 namespace {
 
@@ -66,10 +67,10 @@ int dump_command(int argc, char** argv) {
     }
     std::vector<property*> chosen;
     if (!choose(argc - optind, argv + optind, &chosen))
-        return 2;
+        return tune_status::bad_input;
     if (!take_run_lock())
-        return 1;
-    property::number_mode = hex && !json ? 1 : 0;
+        return tune_status::not_done;
+    property::number_mode = hex && !json ? tune_status::not_done : tune_status::ok;
     int status = 0;
     const char* separator = "\n";
     if (json)
@@ -79,7 +80,7 @@ int dump_command(int argc, char** argv) {
         property* prop = chosen[i];
         const std::string* value = values[i] ? &*values[i] : nullptr;
         if (!value)
-            status = 1;
+            status = tune_status::not_done;
         if (json) {
             std::printf("%s  %s: %s", separator, json_string(prop->name).c_str(),
                         json_value(value).c_str());

@@ -10,9 +10,9 @@
 
 #include "platform/platform.h"
 #include "properties/property.h"
+#include "runtime/end_of_run.h"
 #include "runtime/exit_status.h"
 #include "runtime/run_lock.h"
-#include "runtime/standard_streams.h"
 
 namespace {
 
@@ -131,11 +131,5 @@ int padkit_main(int argc, char** argv) {
 
     // Other requests register only the properties they name.
     property::find_unregistered = platform_register_property;
-    const int status = serve_request(argc, argv);
-
-    property_group::free_all();
-    property::free_all();
-    release_run_lock();
-    const bool output_written = standard_output_written();
-    return status == 0 && !output_written ? padkit_status::output_failed : status;
+    return end_of_run(serve_request(argc, argv), {false, padkit_status::output_failed});
 }

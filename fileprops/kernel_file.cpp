@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "platform/system_paths.h"
+#include "properties/message.h"
 
 namespace {
 
@@ -19,10 +20,16 @@ bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
 
-kernel_file::kernel_file(const std::string& board_path) : path_(system_path(board_path)) {}
+kernel_file::kernel_file(const std::string& board_path) : board_path_(board_path) {}
+
+const std::string& kernel_file::path() const {
+    if (path_.empty())
+        path_ = system_path(board_path_);
+    return path_;
+}
 
 bool kernel_file::read_first_word(std::string* word) const {
-    const int fd = open(path_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    const int fd = open(path().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return false;
     // One byte past the page tells a full page from a longer file.
@@ -46,7 +53,7 @@ bool kernel_file::read_first_word(std::string* word) const {
 }
 
 write_result kernel_file::write(const std::string& text) const {
-    const int fd = open(path_.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
+    const int fd = open(path().c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return write_result::not_opened;
     // A file size limit (ulimit -f) must fail the write, not kill the run.
@@ -59,7 +66,7 @@ write_result kernel_file::write(const std::string& text) const {
     if (close(fd) != 0 && !failure)
         failure = std::strerror(errno);
     if (failure) {
-        std::fprintf(stderr, "write %s failed: %s\n", path_.c_str(), failure);
+        say_failed("write %s failed: %s", path().c_str(), failure);
         return write_result::not_written;
     }
     return write_result::written;

@@ -8,14 +8,15 @@
 enum class write_result { written, not_opened, not_written };
 
 // A kernel text file, named by its absolute path on the board. The name is
-// resolved once, here, to the file the program opens, so every property built
-// on this class opens the system's file and not the board path as written.
+// resolved once, at the first use, to the file the program opens, so every
+// property built on this class opens the system's file and not the board
+// path as written; building one touches nothing.
 class kernel_file {
 public:
     explicit kernel_file(const std::string& board_path);
 
     // The file that is opened, as messages name it.
-    const std::string& path() const { return path_; }
+    const std::string& path() const;
 
     // The first whitespace-delimited word of the file ("" for an empty file,
     // and for one longer than a page, which no driver writes); false when the
@@ -29,7 +30,8 @@ public:
     write_result write(const std::string& text) const;
 
 private:
-    std::string path_;
+    std::string board_path_;
+    mutable std::string path_;
 };
 
 #endif

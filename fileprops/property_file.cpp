@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "properties/strict_value.h"
+#include "properties/message.h"
 
 namespace {
 
@@ -25,8 +26,11 @@ bool is_blank(const std::string& text) {
 property_file<int>::property_file(const std::string& name, const std::string& path, int min,
                                   int max)
     : property(name), file(path), min(min), max(max) {
-    read_update();
+    if (read_at_construction)
+        read_update();
 }
+
+bool property_file<int>::read_at_construction = true;
 
 property_file<int>::~property_file() = default;
 
@@ -52,7 +56,7 @@ void property_file<int>::report(const std::string& message) {
     if (message == last_report)
         return;
     last_report = message;
-    std::fprintf(stderr, "%s\n", message.c_str());
+    say("%s", message.c_str());
 }
 
 bool property_file<int>::get(std::string& out) {
@@ -77,8 +81,7 @@ bool property_file<int>::check(const std::string& text, std::string* canonical,
 }
 
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
-    std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),
-                 bound);
+    say("apply current value %d to %sis limited to %d", value, text.c_str(), bound);
 }
 
 bool property_file<int>::set(const std::string& text) {
@@ -87,7 +90,7 @@ bool property_file<int>::set(const std::string& text) {
     const bool relative = text.size() > 1 && (text[0] == '-' || text[0] == '+');
     const std::string number_text = relative ? text.substr(1) : text;
     if (is_blank(number_text)) {
-        std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
+        say("failed to parse value %s", text.c_str());
         return false;
     }
     const long long number = extract_int(number_text);

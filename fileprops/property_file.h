@@ -28,6 +28,12 @@ public:
     virtual bool commit();
     virtual void warn_about_range(const std::string& text, int bound);
 
+    // padkit reads the file when the catalogue is built, to say at start-up
+    // what makes it unusable. A program that says so at the first access
+    // instead, and may need no board at all, clears this before static
+    // objects are built.
+    static bool read_at_construction;
+
     kernel_file file;
     int value = 0;
     int min;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "properties/strict_value.h"
+#include "properties/message.h"
 
 namespace {
 
@@ -85,13 +86,13 @@ bool property_regulator_voltage::set(const std::string& value) {
         return false;
     double number = 0;
     if (!parse_double(value, &number)) {
-        std::fprintf(stderr, "failed to parse value %s\n", value.c_str());
+        say("failed to parse value %s", value.c_str());
         return false;
     }
     uint32_t target = 0;
     if (value.size() >= 2 && value.back() == '%') {
         if (number > pct_max || number < pct_min) {
-            std::fprintf(stderr, "percentage %g%%: out of range\n", number);
+            say("percentage %g%%: out of range", number);
             return false;
         }
         target = to_microvolts(std::ceil(base_uv * number / 100 / step_uv) * step_uv);
@@ -99,7 +100,7 @@ bool property_regulator_voltage::set(const std::string& value) {
         target = to_microvolts(std::ceil(number / step_uv) * step_uv);
     }
     if (target < min_uv || target > max_uv) {
-        std::fprintf(stderr, "%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")\n", target,
+        say("%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")", target,
                      min_uv, max_uv);
         return false;
     }

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "properties/message.h"
 #include "properties/strict_value.h"
 
 int property::number_mode = 0;
@@ -134,7 +135,7 @@ bool property_set::set(const std::string& value) {
     if (value.size() >= 2 && value.front() == '{' && value.back() == '}') {
         values = split_elements(value.substr(1, value.size() - 2));
         if (values.size() != members.size()) {
-            std::fprintf(stderr, "%zu != %zu\n", values.size(), members.size());
+            say("%zu != %zu", values.size(), members.size());
             return false;
         }
     } else {
@@ -145,7 +146,7 @@ bool property_set::set(const std::string& value) {
     for (const std::string& member_name : members) {
         property* member = property::get_property(member_name);
         if (!member || !member->set(*next_value++)) {
-            std::fputs("set failed\n", stderr);
+            say("set failed");
             return false;
         }
     }

@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 
+#include "properties/message.h"
 const char* fname = "/dev/zeb_mem";
 
 namespace {
@@ -64,7 +65,7 @@ char* mapped_page(uint32_t address) {
         opened.forget();
         opened.fd = open(path, O_RDWR | O_SYNC);
         if (opened.fd < 0) {
-            std::fprintf(stderr, "open %s failed.\n", path);
+            say_failed("open %s failed.", path);
             return nullptr;
         }
         opened.path = path;
@@ -81,7 +82,7 @@ char* mapped_page(uint32_t address) {
                                   page_base)
                            : MAP_FAILED;
     if (page == MAP_FAILED) {
-        std::fprintf(stderr, "mmap %s failed.\n", path);
+        say_failed("mmap %s failed.", path);
         return nullptr;
     }
     return opened.pages[page_base] = static_cast<char*>(page);

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "properties/strict_value.h"
+#include "properties/message.h"
 #include "registers/mmaprw32.h"
 
 namespace {
@@ -59,10 +60,9 @@ const std::string& reg_subval::get_desc() { return desc; }
 
 void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t min, uint32_t max,
                                     uint32_t limit) {
-    std::fprintf(stderr,
-                 "warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32
-                 " ~ %" PRIu32 "). adjusted to %" PRIu32 "\n",
-                 delta, current, min, max, limit);
+    say("warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32 " ~ %" PRIu32
+        "). adjusted to %" PRIu32,
+        delta, current, min, max, limit);
 }
 
 bool reg_subval::accepts(uint32_t v) {
@@ -189,8 +189,13 @@ void reg_info::commit() {
 
 uint32_t reg_info::load(reg_subval*) {
     if (!loaded) {
+        const unsigned long failures = failed_accesses();
         _read();
         loaded = true;
+        read_failed = failed_accesses() != failures;
+    } else if (read_failed) {
+        // Every field of the word is as unknown as the word itself.
+        note_failed_access();
     }
     return value;
 }
@@ -220,7 +225,7 @@ property* property_register::register_as_property(property_group* group, reg_inf
     auto* prop = new property_register(std::move(name), reg, field);
     if (property::register_property(group, prop))
         return prop;
-    std::fprintf(stderr, "property %s is already registered.\n", prop->name.c_str());
+    say("property %s is already registered.", prop->name.c_str());
     delete prop;
     return nullptr;
 }
@@ -251,7 +256,7 @@ bool parse_number(const std::string& text, int base, bool as_unsigned, long long
 }
 
 bool report_unparsable(const std::string& text) {
-    std::fprintf(stderr, "failed to parse value %s\n", text.c_str());
+    say("failed to parse value %s", text.c_str());
     return false;
 }
 

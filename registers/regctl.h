@@ -112,6 +112,8 @@ public:
     std::atomic<uint32_t> value{0};
     std::map<std::string, reg_subval*> subvals;
     bool loaded = false;
+    // The cached word stands for a read that failed.
+    bool read_failed = false;
 };
 
 // Owns heap objects and deletes them, in insertion order, when it goes.

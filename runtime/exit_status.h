@@ -21,6 +21,9 @@ constexpr int ok = 0;
 constexpr int not_done = 1;
 constexpr int bad_input = 2;
 constexpr int left_changed = 3;
+// The work is done but some of its output could not be written; a run whose
+// result was not 0 keeps that status instead.
+constexpr int output_lost = 4;
 }  // namespace tune_status
 
 #endif

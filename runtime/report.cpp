@@ -3,11 +3,14 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
 
 const char* name = "padkit-tune";
+const std::string* setting = nullptr;
 
 }  // namespace
 
@@ -21,10 +24,23 @@ void set_program_name(const char* argv0) {
 const char* program_name() { return name; }
 
 void report(const char* format, ...) {
-    std::fprintf(stderr, "%s: ", name);
     va_list args;
     va_start(args, format);
-    std::vfprintf(stderr, format, args);
+    char* text = nullptr;
+    const int size = vasprintf(&text, format, args);
     va_end(args);
-    std::fputc('\n', stderr);
+    if (size >= 0)
+        std::fprintf(stderr, "%s: %s\n", name, text);
+    std::free(text);
+}
+
+about_setting::about_setting(const std::string& name) : outer(setting) { setting = &name; }
+
+about_setting::~about_setting() { setting = outer; }
+
+void report_line(const std::string& line) {
+    if (setting)
+        std::fprintf(stderr, "%s: %s: %s\n", name, setting->c_str(), line.c_str());
+    else
+        std::fprintf(stderr, "%s: %s\n", name, line.c_str());
 }

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "platform/system_paths.h"
+#include "properties/message.h"
 
 namespace {
 
@@ -51,7 +52,8 @@ bool take_run_lock() {
         lock_path = system_path("/tmp/padkit.lock");
         fd_flock = open(lock_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd_flock < 0) {
-            std::fprintf(stderr, "Failed to open %s\nFailed to lock!\n", lock_path.c_str());
+            say("Failed to open %s", lock_path.c_str());
+            say("Failed to lock!");
             return false;
         }
     }
@@ -61,15 +63,13 @@ bool take_run_lock() {
     if (errno == EWOULDBLOCK) {
         const long holder = lock_holder(fd_flock);
         if (holder)
-            std::fprintf(stderr, "Waiting for the lock on %s, held by process %ld.\n",
-                         lock_path.c_str(), holder);
+            say("Waiting for the lock on %s, held by process %ld.", lock_path.c_str(), holder);
         else
-            std::fprintf(stderr, "Waiting for the lock on %s, held by another process.\n",
-                         lock_path.c_str());
+            say("Waiting for the lock on %s, held by another process.", lock_path.c_str());
         if (flock(fd_flock, LOCK_EX) == 0)
             return true;
     }
-    std::fputs("Failed to lock!\n", stderr);
+    say("Failed to lock!");
     return false;
 }
 

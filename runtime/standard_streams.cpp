@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "properties/message.h"
 namespace {
 
 // Runs before every static object of the program, whatever the link order:
@@ -31,6 +32,6 @@ __attribute__((constructor(101))) void open_standard_descriptors() {
 bool standard_output_written() {
     if (std::fflush(stdout) == 0 && !std::ferror(stdout))
         return true;
-    std::fputs("write standard output failed.\n", stderr);
+    say("write standard output failed.");
     return false;
 }

@@ -2,14 +2,38 @@
 #include "runtime/stop_signals.h"
 
 #include <time.h>
+#include <unistd.h>
 
 #include <initializer_list>
 
+namespace {
+
+// Those whose default action ends the process and that another process, a
+// timer or the terminal sends; SIGPIPE is ignored instead.
+void add_ending_signals(sigset_t* set) {
+    for (int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM,
+                       SIGPROF, SIGXCPU, SIGXFSZ, SIGIO, SIGPWR})
+        sigaddset(set, signal);
+#ifdef SIGSTKFLT
+    sigaddset(set, SIGSTKFLT);
+#endif
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal)
+        sigaddset(set, signal);
+}
+
+struct sigaction pipe_at_start {};
+
+}  // namespace
+
 stop_signals::stop_signals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    add_ending_signals(&ending);
     sigemptyset(&signals);
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         struct sigaction current {};
-        if (sigaction(signal, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
+        if (sigismember(&ending, signal) == 1 && sigaction(signal, nullptr, &current) == 0 &&
+            current.sa_handler != SIG_IGN)
             sigaddset(&signals, signal);
     }
     sigprocmask(SIG_BLOCK, &signals, &original);
@@ -34,3 +58,11 @@ void stop_signals::die_of(int signal) {
     raise(signal);
     _exit(128 + signal);
 }
+
+void ignore_broken_pipe() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &ignore, &pipe_at_start);
+}
+
+void restore_broken_pipe() { sigaction(SIGPIPE, &pipe_at_start, nullptr); }

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
-// SIGINT, SIGTERM and SIGHUP as requests to stop: blocked while an object of
-// this class lives and taken only where stopping is safe, so that whatever
-// runs between two such points (a write, a restore) is never cut short.
-// Those still pending when it goes act as they would have.
+// Every signal that would end the program (SIGINT, SIGTERM, SIGHUP, SIGQUIT,
+// SIGUSR1, SIGALRM and the rest) as a request to stop: blocked while an
+// object of this class lives and taken only where stopping is safe, so that
+// whatever runs between two such points (a write, a restore) is never cut
+// short. Those still pending when it goes act as they would have. Not held:
+// SIGKILL and SIGSTOP, which cannot be, and the signals of a fault in the
+// program itself (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT),
+// which must not wait.
 #ifndef PADKIT_STOP_SIGNALS_H
 #define PADKIT_STOP_SIGNALS_H
 
@@ -30,5 +34,12 @@ private:
     sigset_t signals;
     sigset_t original;
 };
+
+// SIGPIPE ignored for the rest of the run, unless it was already: a write to
+// a reader that has gone fails, and the program notes it, instead of ending.
+void ignore_broken_pipe();
+
+// In a child about to run another program: SIGPIPE as the run found it.
+void restore_broken_pipe();
 
 #endif

@@ -15,6 +15,7 @@
 #include <system_error>
 #include <vector>
 
+#include "properties/message.h"
 #include "sim/register_file.h"
 
 namespace sim {
@@ -31,7 +32,7 @@ std::string choose_board_dir() {
     std::string dir = env("PADKIT_SIM_DIR");
     const std::string state = env("XDG_STATE_HOME"), home = env("HOME");
     if (dir.empty() && state.empty() && home.empty()) {
-        std::fputs("No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n", stderr);
+        say("No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.");
         _exit(255);
     }
     if (dir.empty())

@@ -17,6 +17,7 @@
 #include <tuple>
 #include <vector>
 
+#include "properties/message.h"
 #include "sim/board.h"
 
 namespace sim {
@@ -165,7 +166,7 @@ bool load(regs_file* regs) {
     for (int number = 1; start < text.size(); ++number) {
         const std::string::size_type end = std::min(text.find('\n', start), text.size());
         if (!parse_line(text.substr(start, end - start), &comments, &regs->words)) {
-            std::fprintf(stderr, "%s:%d: bad register entry\n", path.c_str(), number);
+            say("%s:%d: bad register entry", path.c_str(), number);
             return false;
         }
         start = end + 1;

@@ -8,11 +8,12 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "properties/message.h"
 #include "properties/property.h"
+#include "runtime/end_of_run.h"
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
-#include "runtime/run_lock.h"
-#include "runtime/standard_streams.h"
+#include "runtime/stop_signals.h"
 #include "tune/commands.h"
 
 namespace {
@@ -96,12 +97,10 @@ int serve(int argc, char** argv) {
 
 int padkit_tune_main(int argc, char** argv) {
     set_program_name(argc > 0 ? argv[0] : nullptr);
+    set_message_sink(report_line);
+    // A reader that goes away (| head) must not end a run half-way through
+    // its writes: lost output is noted and the work finished.
+    ignore_broken_pipe();
     platform_register_properties();
-    const int status = serve(argc, argv);
-    property_group::free_all();
-    property::free_all();
-    release_run_lock();
-    // Lost output is a failure even where the request itself went well.
-    const bool output_written = standard_output_written();
-    return status == tune_status::ok && !output_written ? tune_status::not_done : status;
+    return end_of_run(serve(argc, argv), {true, tune_status::output_lost});
 }

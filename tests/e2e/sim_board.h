@@ -135,9 +135,13 @@ inline void check(const sim_board& b, const run_case& c) {
         EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
 }
 
-// padkit-tune-sim on a board created by a run that touches nothing.
+// padkit-tune-sim on a board created by a run of padkit-sim that touches
+// nothing (padkit-tune-sim's -h creates no board).
 struct tune_board : sim_board {
-    tune_board() : sim_board(PADKIT_TUNE_SIM) { run({"--version"}); }
+    tune_board() : sim_board(PADKIT_SIM) {
+        run({"-h"});
+        program = PADKIT_TUNE_SIM;
+    }
 };
 
 #endif

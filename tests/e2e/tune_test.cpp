@@ -136,9 +136,9 @@ const run_case cli_rows[] = {
      {{"regs", "0x140000 0x200\n"}, {"sys/kernel/debug/mmc0/rdqs", "1\n"}},
      "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
      "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
-     "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
+     "padkit-tune-sim: mmc::rdqs: current value 1 is not valid, valid range = 2 ~ 255\n", 1},
     {{"dump", "-x", "mac-tx::delay", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", nullptr}, {"regs", "0x140000 0x300\n"}},
-     "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open <B>/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
+     "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "padkit-tune-sim: mmc::rdqs: open <B>/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
     // A later member wins over its composite; equal values are not shown.
     {{"diff", "<B>/p"},
      {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
@@ -146,7 +146,8 @@ const run_case cli_rows[] = {
     {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
      "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", 1},
     {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {"sys/kernel/debug/mmc0/rdqs", "x"}}, "",
-     "current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable\n", 2},
+     "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\n"
+     "padkit-tune-sim: mmc::rdqs: unreadable\n", 2},
     {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 9\nmac-rx::delay = 0"}},
      "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 9\n", "", 0,
      "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{"sys/kernel/debug/mmc0/rdqs", "37\n"}}},

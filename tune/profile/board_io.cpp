@@ -4,11 +4,24 @@
 #include <string>
 #include <vector>
 
+#include "properties/message.h"
 #include "runtime/report.h"
+
+namespace {
+
+// get(), counting as unreadable a value made of a failed access: padkit
+// shows such a value, padkit-tune never does.
+bool get_now(property* prop, std::string* value) {
+    const about_setting about(prop->name);
+    const unsigned long failures = failed_accesses();
+    return prop->get(*value) && failed_accesses() == failures;
+}
+
+}  // namespace
 
 bool read_now(property* prop, std::string* value) {
     prop->refresh();
-    return prop->get(*value);
+    return get_now(prop, value);
 }
 
 std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props) {
@@ -17,16 +30,20 @@ std::vector<std::optional<std::string>> read_all_now(const std::vector<property*
     std::vector<std::optional<std::string>> values;
     for (property* prop : props) {
         std::string value;
-        values.push_back(prop->get(value) ? std::optional<std::string>(value) : std::nullopt);
+        values.push_back(get_now(prop, &value) ? std::optional<std::string>(value) : std::nullopt);
     }
     return values;
 }
 
 bool write_checked(property* prop, const std::string& value, std::string* problem) {
     prop->refresh();
-    if (!prop->set(value)) {
-        *problem = "writing " + value + " failed";
-        return false;
+    {
+        const about_setting about(prop->name);
+        const unsigned long failures = failed_accesses();
+        if (!prop->set(value) || failed_accesses() != failures) {
+            *problem = "writing " + value + " failed";
+            return false;
+        }
     }
     std::string now;
     if (!read_now(prop, &now)) {

@@ -65,6 +65,7 @@ int end_group(pid_t pid) {
     for (const auto& [name, value] : extra)
         setenv(name.c_str(), value.c_str(), 1);
     sigprocmask(SIG_SETMASK, &stop.original_mask(), nullptr);
+    restore_broken_pipe();
     execvp(args[0], args.data());
     const int error = errno;
     (void)!write(error_pipe, &error, sizeof error);

@@ -24,6 +24,10 @@ bool property::check(const std::string&, std::string*, std::string* problem) {
     return false;
 }
 
+bool property::save(std::string* value) { return get(*value); }
+
+bool property::restore(const std::string& value) { return set(value); }
+
 void property::refresh() {}
 
 void property::on_unregister() {

@@ -33,6 +33,13 @@ public:
     // says what is wrong with it. Properties that cannot be set refuse all.
     virtual bool check(const std::string& value, std::string* canonical, std::string* problem);
 
+    // The value as the hardware holds it, in the form restore() puts back:
+    // what get() shows, or where get() has no name for it (a field code that
+    // no key of its table names), a form that only restore() takes. A
+    // snapshot made of these can put back any state of the board.
+    virtual bool save(std::string* value);
+    virtual bool restore(const std::string& value);
+
     // Forgets what the property remembers of the hardware, so that the next
     // get or set sees the hardware as it is now. A run that serves one
     // request never needs it.

@@ -98,6 +98,10 @@ bool reg_subval::adjust(reg_info* reg, long long delta) {
     return set(reg, clamp(wanted, current, delta));
 }
 
+bool reg_subval::get_code(reg_info*, uint32_t*) { return false; }
+
+bool reg_subval::set_code(reg_info*, uint32_t) { return false; }
+
 reg_bitmask::reg_bitmask(int msb, int lsb, const std::string& name, const std::string& desc) {
     init(name, desc, msb, lsb);
 }
@@ -176,6 +180,18 @@ bool reg_bitmask_map::_after_read(uint32_t& v) {
         }
     }
     return false;
+}
+
+bool reg_bitmask_map::get_code(reg_info* reg, uint32_t* code) {
+    *code = (reg->load(this) >> shift) & mask;
+    return true;
+}
+
+bool reg_bitmask_map::set_code(reg_info* reg, uint32_t code) {
+    if ((code & mask) != code)
+        return false;
+    reg->store(this, apply_subval(reg->load(this), code));
+    return true;
 }
 
 void reg_info::_read() { value = mmap_read(address); }
@@ -298,6 +314,34 @@ bool property_register::check(const std::string& value, std::string* canonical,
         return false;
     }
     *canonical = std::to_string(number);
+    return true;
+}
+
+namespace {
+
+const char code_prefix[] = "code ";
+
+}  // namespace
+
+bool property_register::save(std::string* value) {
+    uint32_t code = 0;
+    if (get(*value))
+        return true;
+    if (!subval->get_code(reg, &code))
+        return false;
+    *value = code_prefix + std::to_string(code);
+    return true;
+}
+
+bool property_register::restore(const std::string& value) {
+    if (value.compare(0, sizeof code_prefix - 1, code_prefix) != 0)
+        return set(value);
+    uint32_t code = 0;
+    std::string problem;
+    if (!parse_strict_u32(value.substr(sizeof code_prefix - 1), &code, &problem) ||
+        !subval->set_code(reg, code))
+        return false;
+    reg->commit();
     return true;
 }
 

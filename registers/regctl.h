@@ -35,6 +35,10 @@ public:
     virtual std::string valid_values();
     virtual uint32_t clamp(long long value, uint32_t current, long long delta);
     virtual bool adjust(reg_info* reg, long long delta);
+    // The field's code as the hardware holds it, past any table; false for a
+    // field without codes of its own.
+    virtual bool get_code(reg_info* reg, uint32_t* code);
+    virtual bool set_code(reg_info* reg, uint32_t code);
     virtual const std::string& get_name();
     virtual const std::string& get_desc();
 
@@ -79,6 +83,8 @@ public:
     bool _before_set(uint32_t& v) override;
     bool _after_read(uint32_t& v) override;
     std::string valid_values() override;
+    bool get_code(reg_info* reg, uint32_t* code) override;
+    bool set_code(reg_info* reg, uint32_t code) override;
 
     const value_table* value_map;
 };
@@ -143,6 +149,9 @@ public:
     bool get(std::string& value) override;
     void get_help(std::string& help) override;
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
+    // A code without a key is saved as "code N".
+    bool save(std::string* value) override;
+    bool restore(const std::string& value) override;
     void refresh() override;
 
     // One property "<register>::<field>" per field, in field-name order.

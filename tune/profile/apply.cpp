@@ -2,9 +2,7 @@
 // apply: all of the profiles' settings or none of them.
 #include <getopt.h>
 
-#include <cstddef>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,17 +23,11 @@ void print_change(const change& c) {
 // The settings that differ from the board, with the board's values; false
 // when a property cannot be read.
 bool plan(const std::vector<setting>& settings, std::vector<change>* changes) {
-    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
-    for (std::size_t i = 0; i < settings.size(); ++i) {
-        const setting& s = settings[i];
-        if (!board[i]) {
-            report("%s: unreadable; nothing written", s.prop->name.c_str());
-            return false;
-        }
-        if (*board[i] != s.value)
-            changes->push_back({s.prop, *board[i], s.value});
-    }
-    return true;
+    std::vector<property*> unreadable;
+    *changes = compare_with_board(settings, &unreadable);
+    for (property* prop : unreadable)
+        report("%s: unreadable; nothing written", prop->name.c_str());
+    return unreadable.empty();
 }
 
 // Writes the changes in order; on the first failure puts back what was

@@ -9,19 +9,19 @@
 
 namespace {
 
-// get(), counting as unreadable a value made of a failed access: padkit
-// shows such a value, padkit-tune never does.
-bool get_now(property* prop, std::string* value) {
+// get() or save(), counting as unreadable a value made of a failed access:
+// padkit shows such a value, padkit-tune never does.
+bool get_now(property* prop, std::string* value, bool restorable = false) {
     const about_setting about(prop->name);
     const unsigned long failures = failed_accesses();
-    return prop->get(*value) && failed_accesses() == failures;
+    return (restorable ? prop->save(value) : prop->get(*value)) && failed_accesses() == failures;
 }
 
 }  // namespace
 
 bool read_now(property* prop, std::string* value) {
     prop->refresh();
-    return get_now(prop, value);
+    return get_now(prop, value, true);
 }
 
 std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props) {
@@ -40,7 +40,7 @@ bool write_checked(property* prop, const std::string& value, std::string* proble
     {
         const about_setting about(prop->name);
         const unsigned long failures = failed_accesses();
-        if (!prop->set(value) || failed_accesses() != failures) {
+        if (!prop->restore(value) || failed_accesses() != failures) {
             *problem = "writing " + value + " failed";
             return false;
         }
@@ -55,6 +55,22 @@ bool write_checked(property* prop, const std::string& value, std::string* proble
         return false;
     }
     return true;
+}
+
+std::vector<change> compare_with_board(const std::vector<setting>& settings,
+                                       std::vector<property*>* unreadable) {
+    // Every property is forgotten first, so that each register is read once.
+    for (const setting& s : settings)
+        s.prop->refresh();
+    std::vector<change> differences;
+    for (const setting& s : settings) {
+        std::string board;
+        if (!get_now(s.prop, &board, true))
+            unreadable->push_back(s.prop);
+        else if (board != s.value)
+            differences.push_back({s.prop, board, s.value});
+    }
+    return differences;
 }
 
 std::vector<std::string> undo(const std::vector<change>& changes) {

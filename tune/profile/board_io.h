@@ -9,8 +9,11 @@
 #include <vector>
 
 #include "properties/property.h"
+#include "tune/profile/profile.h"
 
-// The property's value as the hardware holds it now, as get() shows it.
+// The property's value as the hardware holds it now, in the form save()
+// gives: what get() shows, unless get() has no name for it. A value made of
+// an access that failed is no value: false.
 bool read_now(property* prop, std::string* value);
 
 // The values of the properties as the hardware holds them now, each
@@ -19,7 +22,8 @@ bool read_now(property* prop, std::string* value);
 std::vector<std::optional<std::string>> read_all_now(const std::vector<property*>& props);
 
 // Writes a value that the property's check() gave as canonical (decimal, so
-// property::number_mode must be 0) and reads it back. On failure says in
+// property::number_mode must be 0), or one that read_now() gave, and reads
+// it back. On failure says in
 // *problem whether the write failed or what it reads back instead.
 bool write_checked(property* prop, const std::string& value, std::string* problem);
 
@@ -29,6 +33,12 @@ struct change {
     std::string before;
     std::string after;
 };
+
+// The settings that the board does not hold, with the board's values as
+// read_now() gives them; each property that cannot be read goes to
+// *unreadable instead. Meant for a caller that holds the run lock.
+std::vector<change> compare_with_board(const std::vector<setting>& settings,
+                                       std::vector<property*>* unreadable);
 
 // Puts every property back to its value before the changes, last change
 // first; one that already reads as before is left alone. Reports each

@@ -3,9 +3,7 @@
 // exits: 0 equal, 1 differences, 2 trouble.
 #include <getopt.h>
 
-#include <cstddef>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,18 +31,10 @@ int diff_command(int argc, char** argv) {
     std::vector<setting> settings;
     if (!load_profiles({argv + optind, argv + argc}, &settings) || !take_run_lock())
         return tune_status::bad_input;
-    bool trouble = false;
-    std::vector<change> differences;
-    const std::vector<std::optional<std::string>> board = read_all_now(properties_of(settings));
-    for (std::size_t i = 0; i < settings.size(); ++i) {
-        const setting& s = settings[i];
-        if (!board[i]) {
-            report("%s: unreadable", s.prop->name.c_str());
-            trouble = true;
-        } else if (*board[i] != s.value) {
-            differences.push_back({s.prop, *board[i], s.value});
-        }
-    }
+    std::vector<property*> unreadable;
+    const std::vector<change> differences = compare_with_board(settings, &unreadable);
+    for (property* prop : unreadable)
+        report("%s: unreadable", prop->name.c_str());
     const char* separator = "\n";
     if (json)
         std::fputs("[", stdout);
@@ -59,5 +49,5 @@ int diff_command(int argc, char** argv) {
     }
     if (json)
         std::fputs(differences.empty() ? "]\n" : "\n]\n", stdout);
-    return trouble ? 2 : differences.empty() ? 0 : 1;
+    return !unreadable.empty() ? tune_status::bad_input : differences.empty() ? tune_status::ok : tune_status::not_done;
 }

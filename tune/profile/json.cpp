@@ -26,5 +26,8 @@ std::string json_value(const std::string* value) {
         return "null";
     if (value->size() >= 2 && value->front() == '{' && value->back() == '}')
         return "[" + value->substr(1, value->size() - 2) + "]";
+    // A code that no key names ("code 3") is no number.
+    if (value->empty() || value->front() < '0' || value->front() > '9')
+        return json_string(*value);
     return *value;
 }

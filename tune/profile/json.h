@@ -9,7 +9,8 @@
 std::string json_string(const std::string& text);
 
 // A value as get() shows it in decimal: a number, or "{a,b}" as an array.
-// nullptr (an unreadable property) is null.
+// nullptr (an unreadable property) is null, a code that no key names a
+// string.
 std::string json_value(const std::string* value);
 
 #endif

@@ -84,13 +84,6 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
 
 }  // namespace
 
-std::vector<property*> properties_of(const std::vector<setting>& settings) {
-    std::vector<property*> props;
-    for (const setting& s : settings)
-        props.push_back(s.prop);
-    return props;
-}
-
 bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* settings) {
     bool good = true;
     for (const std::string& file : files) {

@@ -16,9 +16,6 @@ struct setting {
     std::string value;  // as check() gives it: decimal
 };
 
-// The properties the settings are for, in order.
-std::vector<property*> properties_of(const std::vector<setting>& settings);
-
 // Reads and checks the files in order ("-" is standard input). A later
 // setting of a field replaces an earlier one, and takes its place in the
 // order. Every bad line is reported as "FILE:LINE: what is wrong" on

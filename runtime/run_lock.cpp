@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/types.h>
+#include <time.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -46,7 +47,28 @@ long lock_holder(int fd) {
 
 }  // namespace
 
-bool take_run_lock() {
+namespace {
+
+// Waits for the lock. With a set of signals, blocked by the caller, one of
+// them that arrives ends the wait: it is taken off the pending set and given.
+bool wait_for_lock(const sigset_t* stop, int* signal) {
+    if (!stop)
+        return flock(fd_flock, LOCK_EX) == 0;
+    // flock cannot wait for a signal without a race: poll both instead.
+    const timespec poll{0, 20 * 1000 * 1000};
+    while (flock(fd_flock, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK)
+            return false;
+        const int arrived = sigtimedwait(stop, nullptr, &poll);
+        if (arrived > 0) {
+            *signal = arrived;
+            return false;
+        }
+    }
+    return true;
+}
+
+bool take(const sigset_t* stop, int* signal) {
     if (fd_flock < 0) {
         // O_NOFOLLOW: a link planted in a shared /tmp must not make root open its target.
         lock_path = system_path("/tmp/padkit.lock");
@@ -66,11 +88,25 @@ bool take_run_lock() {
             say("Waiting for the lock on %s, held by process %ld.", lock_path.c_str(), holder);
         else
             say("Waiting for the lock on %s, held by another process.", lock_path.c_str());
-        if (flock(fd_flock, LOCK_EX) == 0)
+        if (wait_for_lock(stop, signal))
             return true;
+        if (*signal)
+            return false;
     }
     say("Failed to lock!");
     return false;
+}
+
+}  // namespace
+
+bool take_run_lock() {
+    int signal = 0;
+    return take(nullptr, &signal);
+}
+
+bool take_run_lock(const sigset_t& stop, int* signal) {
+    *signal = 0;
+    return take(&stop, signal);
 }
 
 void release_run_lock() {

@@ -3,11 +3,18 @@
 #ifndef PADKIT_RUN_LOCK_H
 #define PADKIT_RUN_LOCK_H
 
+#include <signal.h>
+
 // Opens the board's lock file on first use and takes the exclusive lock.
 // When another process holds it, says on standard error which one (when
 // /proc/locks tells) and waits for it. On failure says why on standard error
 // and returns false.
 bool take_run_lock();
+
+// The same, but one of the signals (blocked by the caller) that arrives while
+// it waits ends the wait: false, with *signal set to it and the signal taken
+// off the pending set. *signal is 0 when the lock failed for another reason.
+bool take_run_lock(const sigset_t& stop, int* signal);
 
 // Releases the lock; the file stays open, so it can be taken again.
 void release_run_lock();

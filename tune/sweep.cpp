@@ -30,35 +30,6 @@ using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 // Why a sweep ended before its last value.
 enum class cut { none, signal, not_started, write_failed };
 
-// Writes and reads back under the lock, which is free again afterwards so
-// that the command may run padkit itself.
-bool locked_write(property* prop, const std::string& value) {
-    if (!take_run_lock())
-        return false;
-    std::string problem;
-    const bool written = write_checked(prop, value, &problem);
-    release_run_lock();
-    if (!written)
-        report("%s: %s", prop->name.c_str(), problem.c_str());
-    return written;
-}
-
-bool read_originals(const std::vector<property*>& rows, std::vector<std::string>* originals) {
-    if (!take_run_lock())
-        return false;
-    bool good = true;
-    for (property* row : rows) {
-        originals->emplace_back();
-        good = read_now(row, &originals->back());
-        if (!good) {
-            report("%s: unreadable; nothing written", row->name.c_str());
-            break;
-        }
-    }
-    release_run_lock();
-    return good;
-}
-
 class sweep {
 public:
     // The files, when given, are open already.
@@ -69,8 +40,12 @@ public:
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
-        if (!read_originals(plan.rows, &originals))
-            return tune_status::bad_input;
+        if (!read_originals()) {
+            if (ended != cut::signal)
+                return tune_status::bad_input;
+            report("interrupted by %s; nothing written", strsignal(stop_signal));
+            stop_signals::die_of(stop_signal);
+        }
         for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
             results.rows.push_back({plan.rows[row]->name, {}});
             for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
@@ -92,6 +67,47 @@ public:
     }
 
 private:
+    // Takes the lock; a stop signal that arrives while it waits ends the sweep.
+    bool lock() {
+        int signal = 0;
+        if (take_run_lock(stop.set(), &signal))
+            return true;
+        if (signal) {
+            stop_signal = signal;
+            ended = cut::signal;
+        }
+        return false;
+    }
+
+    // Writes and reads back under the lock, which is free again afterwards so
+    // that the command may run padkit itself.
+    bool locked_write(property* prop, const std::string& value) {
+        if (!lock())
+            return false;
+        std::string problem;
+        const bool written = write_checked(prop, value, &problem);
+        release_run_lock();
+        if (!written)
+            report("%s: %s", prop->name.c_str(), problem.c_str());
+        return written;
+    }
+
+    bool read_originals() {
+        if (!lock())
+            return false;
+        bool good = true;
+        for (property* row : plan.rows) {
+            originals.emplace_back();
+            good = read_now(row, &originals.back());
+            if (!good) {
+                report("%s: unreadable; nothing written", row->name.c_str());
+                break;
+            }
+        }
+        release_run_lock();
+        return good;
+    }
+
     void measure(std::size_t row, std::size_t at) {
         property* prop = plan.rows[row];
         const long long value = plan.axis[at];
@@ -101,7 +117,8 @@ private:
         }
         progress.show(prop->name, value, row * plan.axis.size() + at + 1, plan.rows.size() * plan.axis.size());
         if (!locked_write(prop, std::to_string(value))) {
-            ended = cut::write_failed;
+            if (ended == cut::none)
+                ended = cut::write_failed;
             return;
         }
         const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", std::to_string(value)}};
@@ -130,6 +147,12 @@ private:
             }
         }
         results.rows[row].results.push_back(result);
+        // Each measured value reaches the file at once, so that a sweep cut
+        // short keeps it.
+        if (csv) {
+            print_csv_line(csv, prop->name, value, result);
+            file_written(csv, options.csv_path, &csv_written);
+        }
     }
 
     void put_back(std::size_t row) {
@@ -146,11 +169,16 @@ private:
             put_back(row);
     }
 
+    // The files first, standard output last: a reader of the output that
+    // goes away early costs no result.
     int finish(bool every_window) {
+        bool svg_written = true;
+        if (svg) {
+            print_svg(svg, results);
+            file_written(svg, options.svg_path, &svg_written);
+        }
         print_chart(stdout, results);
         std::fflush(stdout);
-        const bool csv_written = write_file(csv, options.csv_path, print_csv);
-        const bool svg_written = write_file(svg, options.svg_path, print_svg);
         if (ended == cut::signal) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
@@ -164,14 +192,14 @@ private:
         return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? tune_status::not_done : tune_status::ok;
     }
 
-    bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
-        if (!file)
-            return true;
-        print(file, results);
+    // Flushes the file; the first time it could not be written, says so
+    // and clears *good.
+    void file_written(std::FILE* file, const std::string& path, bool* good) {
         if (std::fflush(file) == 0 && !std::ferror(file))
-            return true;
-        report("cannot write %s: %s", path.c_str(), std::strerror(errno));
-        return false;
+            return;
+        if (*good)
+            report("cannot write %s: %s", path.c_str(), std::strerror(errno));
+        *good = false;
     }
 
     const sweep_options& options;
@@ -185,6 +213,7 @@ private:
     cut ended = cut::none;
     int stop_signal = 0;
     bool left_changed = false;
+    bool csv_written = true;
 };
 
 std::string range_text(const sweep_plan& plan) {
@@ -211,13 +240,16 @@ bool confirmed(const sweep_options& options, const sweep_plan& plan) {
     return false;
 }
 
-// Opened before anything is written, so that a bad path costs nothing;
-// close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file) {
+// Created before anything is written, so that a bad path costs nothing;
+// close-on-exec, since the test command has no business with it. The
+// header of the CSV file must reach it then too.
+bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
     if (path.empty())
         return true;
     file->reset(std::fopen(path.c_str(), "we"));
-    if (*file)
+    if (*file && header)
+        header(file->get());
+    if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;
@@ -246,7 +278,7 @@ int sweep_command(int argc, char** argv) {
     if (!confirmed(options, plan))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
+    if (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
     return sweep(options, plan, csv.get(), svg.get()).run();
 }

@@ -3,6 +3,7 @@
 #include <getopt.h>
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -92,10 +93,17 @@ int apply_command(int argc, char** argv) {
     if (!take_run_lock() || !plan(settings, &changes))
         return tune_status::not_done;
     if (!dry_run) {
-        // A signal held during the writes acts once the output is out.
         const stop_signals held;
         const int status = write_all(changes, verbose);
         std::fflush(stdout);
+        // A signal held during the writes acts once they are done and said,
+        // unless that would hide that something is left changed.
+        const int signal = held.take();
+        if (signal && status != tune_status::left_changed) {
+            report("apply %s; ending on %s, held until the writes were done",
+                   status == tune_status::ok ? "complete" : "failed", strsignal(signal));
+            stop_signals::die_of(signal);
+        }
         return status;
     }
     for (const change& c : changes)

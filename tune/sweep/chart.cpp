@@ -59,10 +59,8 @@ void print_chart(std::FILE* out, const sweep_results& results) {
         std::fprintf(out, "%s\n", window_summary(row, results.axis).c_str());
 }
 
-void print_csv(std::FILE* out, const sweep_results& results) {
-    std::fprintf(out, "name,value,result\n");
-    for (const sweep_row& row : results.rows)
-        for (std::size_t at = 0; at < row.results.size(); ++at)
-            std::fprintf(out, "%s,%lld,%s\n", row.name.c_str(), results.axis[at],
-                         outcome_name(row.results[at]));
+void print_csv_header(std::FILE* out) { std::fputs("name,value,result\n", out); }
+
+void print_csv_line(std::FILE* out, const std::string& name, long long value, outcome result) {
+    std::fprintf(out, "%s,%lld,%s\n", name.c_str(), value, outcome_name(result));
 }

@@ -17,8 +17,10 @@ std::string window_summary(const sweep_row& row, const std::vector<long long>& a
 // row ('#' pass, '.' fail, 'T' time-out), then the summary of each row.
 void print_chart(std::FILE* out, const sweep_results& results);
 
-// "name,value,result" and one line per measured cell.
-void print_csv(std::FILE* out, const sweep_results& results);
+// The CSV file is written as the sweep goes: "name,value,result", then one
+// line per measured cell.
+void print_csv_header(std::FILE* out);
+void print_csv_line(std::FILE* out, const std::string& name, long long value, outcome result);
 
 const char* outcome_name(outcome result);
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tune/sweep/command_run.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -11,7 +13,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -45,17 +51,65 @@ bool wait_for_end(pid_t pid, steady::time_point until) {
     }
 }
 
-// Ends whatever runs in the child's group and reaps the child; gives its
-// wait status. SIGCONT wakes a group stopped by job control, so that it sees
-// the SIGTERM.
+steady::time_point end_of_grace() {
+    return steady::now() +
+           std::chrono::duration_cast<steady::duration>(std::chrono::duration<double>(kill_grace_seconds));
+}
+
+// The children of this process: as a subreaper it adopts what the command
+// leaves behind outside its group (a daemon in a session of its own).
+std::vector<pid_t> adopted() {
+    std::vector<pid_t> children;
+    DIR* proc = opendir("/proc");
+    if (!proc)
+        return children;
+    const pid_t self = getpid();
+    while (const dirent* entry = readdir(proc)) {
+        if (entry->d_name[0] < '1' || entry->d_name[0] > '9')
+            continue;
+        std::FILE* stat = std::fopen(("/proc/" + std::string(entry->d_name) + "/stat").c_str(), "re");
+        if (!stat)
+            continue;
+        // "pid (comm) state ppid ...": the name may hold blanks and parentheses.
+        char line[512];
+        const char* close = std::fgets(line, sizeof line, stat) ? std::strrchr(line, ')') : nullptr;
+        int pid = 0, parent = 0;
+        if (close && std::sscanf(line, "%d", &pid) == 1 && std::sscanf(close + 1, " %*c %d", &parent) == 1 &&
+            parent == self)
+            children.push_back(pid);
+        std::fclose(stat);
+    }
+    closedir(proc);
+    return children;
+}
+
+// Ends the adopted processes, and what they leave in turn, and reaps them.
+void end_adopted() {
+    for (std::vector<pid_t> left = adopted(); !left.empty(); left = adopted()) {
+        for (pid_t pid : left) {
+            kill(pid, SIGTERM);
+            kill(pid, SIGCONT);
+        }
+        const auto until = end_of_grace();
+        for (pid_t pid : left) {
+            wait_for_end(pid, until);
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+    }
+}
+
+// Ends whatever runs in the child's group and reaps the child, then ends
+// what it left outside its group; gives its wait status. SIGCONT wakes a
+// group stopped by job control, so that it sees the SIGTERM.
 int end_group(pid_t pid) {
     kill(-pid, SIGTERM);
     kill(-pid, SIGCONT);
-    wait_for_end(pid, steady::now() + std::chrono::duration_cast<steady::duration>(
-                                          std::chrono::duration<double>(kill_grace_seconds)));
+    wait_for_end(pid, end_of_grace());
     kill(-pid, SIGKILL);
     int status = 0;
     waitpid(pid, &status, 0);
+    end_adopted();
     return status;
 }
 
@@ -79,6 +133,7 @@ command_result run_command(const std::vector<std::string>& argv, const environme
                            const std::function<void()>& every_second) {
     // An inherited SIG_IGN for SIGCHLD would reap the child before us.
     signal(SIGCHLD, SIG_DFL);
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     sigset_t wake = stop.set(), before;
     sigaddset(&wake, SIGCHLD);
     sigprocmask(SIG_BLOCK, &wake, &before);

@@ -26,6 +26,9 @@ constexpr double kill_grace_seconds = 2;
 // or when a stop signal arrives, its whole process group gets SIGTERM and,
 // after the grace, SIGKILL; when it exits, what it left running in the group
 // gets both at once, so that nothing of it runs on into the next value.
+// The caller becomes a child subreaper: what the command started outside its
+// group (setsid) is adopted and gets SIGTERM and, after the grace, SIGKILL
+// too. The caller must have no other children.
 // every_second runs about once a second while the command runs.
 command_result run_command(const std::vector<std::string>& argv, const environment& extra,
                            double timeout_seconds, const stop_signals& stop,

@@ -9,4 +9,9 @@
 // sysfs). The board itself uses the paths as they are.
 std::string system_path(const std::string& path);
 
+// Whether a symbolic link among the system's configuration files
+// (/etc/padkit.d) is followed: on the board, yes; links planted in a
+// simulated board, never.
+extern const bool system_links_followed;
+
 #endif

@@ -7,3 +7,5 @@
 #include "sim/board.h"
 
 std::string system_path(const std::string& path) { return sim::board_dir() + path; }
+
+const bool system_links_followed = false;

@@ -89,7 +89,7 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
     for (const auto& [text, wrong] : profile_lines) {
         profile += text + "\n";
         ++line;
-        err += wrong.empty() ? "" : b.on_board("<B>/p:") + std::to_string(line) + ": " + wrong + "\n";
+        err += wrong.empty() ? "" : b.on_board("padkit-tune-sim: <B>/p:") + std::to_string(line) + ": " + wrong + "\n";
     }
     b.change("p", profile.c_str());
     for (const char* command : {"apply", "diff"}) {

@@ -87,7 +87,7 @@ int apply_command(int argc, char** argv) {
     if (files.empty())
         return 0;
     std::vector<setting> settings;
-    if (!load_profiles(files, &settings))
+    if (!load_profiles(files, &settings, system))
         return tune_status::bad_input;
     std::vector<change> changes;
     if (!take_run_lock() || !plan(settings, &changes))

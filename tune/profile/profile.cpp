@@ -2,6 +2,9 @@
 #include "tune/profile/profile.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,28 +16,87 @@
 #include "platform/system_paths.h"
 #include "properties/strict_value.h"
 #include "runtime/report.h"
+#include "runtime/standard_streams.h"
 
 namespace {
 
 const char* const standard_input = "-";
 
-bool read_all(const std::string& path, std::string* text) {
-    const bool from_stdin = path == standard_input;
-    std::FILE* in = from_stdin ? stdin : std::fopen(path.c_str(), "rb");
-    if (!in) {
-        report("%s: %s", path.c_str(), std::strerror(errno));
+// Far beyond any profile: a larger file is a mistake (or a link to /dev/zero).
+constexpr std::size_t max_profile_size = 1024 * 1024;
+
+// Past this many, bad lines are counted and not listed.
+constexpr int max_listed_problems = 100;
+
+// Longer names and values are no property's, and are shown cut.
+constexpr std::size_t max_word_size = 256;
+constexpr std::size_t shown_word_size = 40;
+
+// The whole content of the descriptor, up to the bound.
+bool read_bounded(int fd, const std::string& path, std::string* text) {
+    char buffer[4096];
+    for (ssize_t got; (got = read(fd, buffer, sizeof buffer)) != 0;) {
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            report("%s: %s", path.c_str(), std::strerror(errno));
+            return false;
+        }
+        text->append(buffer, static_cast<std::size_t>(got));
+        if (text->size() > max_profile_size) {
+            report("%s: larger than 1 MiB; refused", path.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+// A file of the system directory is opened without blocking (a FIFO put in
+// its place must not stop the boot) and read only when it is a regular
+// file; *skipped says when it is not.
+bool read_file(const std::string& path, bool system_file, std::string* text, bool* skipped) {
+    if (path == standard_input) {
+        if (!standard_input_was_closed())
+            return read_bounded(STDIN_FILENO, "(standard input)", text);
+        report("standard input is closed");
         return false;
     }
-    char buffer[4096];
-    std::size_t got = 0;
-    while ((got = std::fread(buffer, 1, sizeof buffer, in)) > 0)
-        text->append(buffer, got);
-    const bool failed = std::ferror(in) != 0;
-    if (failed)
+    const int flags = O_RDONLY | O_CLOEXEC | (system_file ? O_NONBLOCK : 0) |
+                      (system_file && !system_links_followed ? O_NOFOLLOW : 0);
+    const int fd = open(path.c_str(), flags);
+    struct stat st {};
+    if (fd < 0 || fstat(fd, &st) != 0) {
         report("%s: %s", path.c_str(), std::strerror(errno));
-    if (!from_stdin)
-        std::fclose(in);
-    return !failed;
+        if (fd >= 0)
+            close(fd);
+        return false;
+    }
+    *skipped = system_file && !S_ISREG(st.st_mode);
+    const bool read = *skipped || read_bounded(fd, path, text);
+    if (*skipped)
+        report("%s: not a regular file; skipped", path.c_str());
+    close(fd);
+    return read;
+}
+
+// Input as a message shows it: control characters escaped, a long text cut.
+std::string shown(const std::string& text, std::size_t at_most = std::string::npos) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (out.size() >= at_most) {
+            out += "...";
+            break;
+        }
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c < 0x20 || c == 0x7f) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02x", c);
+            out += escaped;
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
 }
 
 
@@ -57,6 +119,12 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
     }
     const std::string name = trimmed(line.substr(0, equals));
     const std::string value = trimmed(line.substr(equals + 1));
+    for (const std::string* word : {&name, &value}) {
+        if (word->size() > max_word_size) {
+            *problem = "'" + shown(*word, shown_word_size) + "' is too long";
+            return false;
+        }
+    }
     property* prop = property::get_property(name);
     if (!prop) {
         *problem = name.empty() ? "missing name" : "no property " + name;
@@ -84,28 +152,40 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
 
 }  // namespace
 
-bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* settings) {
+bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* settings,
+                   bool system_files) {
+    if (std::count(files.begin(), files.end(), standard_input) > 1) {
+        report("standard input given twice; it can be read once");
+        return false;
+    }
     bool good = true;
+    int problems = 0;
     for (const std::string& file : files) {
         std::string text;
-        if (!read_all(file, &text)) {
+        bool skipped = false;
+        if (!read_file(file, system_files, &text, &skipped)) {
             good = false;
             continue;
         }
-        const std::string shown = file == standard_input ? "(standard input)" : file;
-        std::string::size_type start = 0;
+        // A byte order mark, as some editors write one, is no part of a name.
+        const std::string mark = "\xef\xbb\xbf";
+        std::string::size_type start = text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+        const std::string name = file == standard_input ? "(standard input)" : shown(file);
         for (int number = 1; start < text.size(); ++number) {
             std::string::size_type end = text.find('\n', start);
             if (end == std::string::npos)
                 end = text.size();
             std::string problem;
             if (!take_line(text.substr(start, end - start), settings, &problem)) {
-                std::fprintf(stderr, "%s:%d: %s\n", shown.c_str(), number, problem.c_str());
+                if (++problems <= max_listed_problems)
+                    report("%s:%d: %s", name.c_str(), number, shown(problem).c_str());
                 good = false;
             }
             start = end + 1;
         }
     }
+    if (problems > max_listed_problems)
+        report("%d more bad lines not listed", problems - max_listed_problems);
     return good;
 }
 
@@ -119,13 +199,24 @@ bool system_profiles(std::vector<std::string>* files) {
         return false;
     }
     const std::string suffix = ".conf";
+    std::vector<std::string> names;
     while (const dirent* entry = readdir(listing)) {
         const std::string name = entry->d_name;
-        if (name.size() > suffix.size() &&
+        // Hidden files are an editor's or a package manager's, not profiles.
+        if (name[0] != '.' && name.size() > suffix.size() &&
             name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+            names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) {
+        struct stat st {};
+        if (fstatat(dirfd(listing), name.c_str(), &st, system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
+            report("%s/%s: %s; skipped", dir.c_str(), shown(name).c_str(), std::strerror(errno));
+        else if (!S_ISREG(st.st_mode))
+            report("%s/%s: not a regular file; skipped", dir.c_str(), shown(name).c_str());
+        else
             files->push_back(dir + "/" + name);
     }
     closedir(listing);
-    std::sort(files->begin(), files->end());
     return true;
 }

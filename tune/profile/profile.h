@@ -16,15 +16,20 @@ struct setting {
     std::string value;  // as check() gives it: decimal
 };
 
-// Reads and checks the files in order ("-" is standard input). A later
-// setting of a field replaces an earlier one, and takes its place in the
-// order. Every bad line is reported as "FILE:LINE: what is wrong" on
-// standard error; false when there was any, or a file could not be read.
-bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* settings);
+// Reads and checks the files in order ("-" is standard input, once). A
+// later setting of a field replaces an earlier one, and takes its place in
+// the order. Every bad line is reported as "FILE:LINE: what is wrong" on
+// standard error (the first 100; the rest are counted); false when there
+// was any, or a file could not be read or is larger than 1 MiB. Files of
+// the system directory that are not regular files are skipped, said, and
+// never opened in a way that could block.
+bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* settings,
+                   bool system_files = false);
 
-// The files of the system profile directory ending in ".conf", sorted by
-// name; none when the directory is missing. False, reported, when it cannot
-// be read.
+// The regular files of the system profile directory ending in ".conf",
+// sorted by name; none when the directory is missing. Hidden files are left
+// out; anything else that is no regular file is said and skipped. False,
+// reported, when the directory cannot be read.
 bool system_profiles(std::vector<std::string>* files);
 
 #endif

@@ -14,7 +14,7 @@ if [ -z "${PADKIT_BOARD_NS:-}" ]; then
 fi
 # The source tree may lie under /tmp, which the fake board covers: what the
 # cases need from it is taken first.
-[ "$case" = plain ] && { "$(dirname "$0")/../../scripts/need-packages" strace || exit 1; }
+case $case in plain | tune) "$(dirname "$0")/../../scripts/need-packages" strace || exit 1 ;; esac
 . "$(dirname "$0")/fake-board.sh"
 fake_board "$bin" || skip "mounting the fake board refused"
 cd / && umask 022
@@ -43,6 +43,55 @@ streams)  # a closed output must not become the lock file; a full one fails the 
     expect "0|PADKIT: get mmc::rdqs := 37"; what="lock file"; expect "" "$(cat /tmp/padkit.lock)"
     "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
     expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed." ;;
+tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as zero
+    # Loops are shorter under an emulator, where every run is slow.
+    rounds=50 signals=100; [ $# -gt 2 ] && rounds=10 signals=20
+    t=("${padkit[@]}") groups=(ehci i2c mac mmc regulator)
+    "${t[@]}" dump "${groups[@]}" >/dev/.old
+    # Every value changed: fields to 1, files a step further.
+    sed -e 's/= 0$/= 1/' -e 's/= 37$/= 38/' -e 's/00000$/10000/' /dev/.old >/dev/.new
+    what="every value changes"; expect "$(grep -c = /dev/.new)" "$("${t[@]}" apply -n /dev/.new | wc -l)"
+    # The DDR PHY settings (aliased on this board, so left unchecked) first,
+    # so that -v fills a pipe's buffer before the others are written.
+    { "${t[@]}" dump tarnm-ddr | sed '/odt/!s/\b0\b/1/g'; cat /dev/.new; } >/dev/.loud
+    board_is() { "${t[@]}" diff "/dev/.$1" >/dev/null 2>&1; }
+    for ((i = 0; i < rounds; ++i)); do
+        "${t[@]}" apply -v /dev/.loud 2>/dev/null | head -1 >/dev/null
+        board_is new || { what="apply -v | head -1, round $i"; expect new mixed; break; }
+        "${t[@]}" apply /dev/.old
+    done
+    # Job control, so that a background run does not start with SIGQUIT ignored;
+    # a pause of a random number of milliseconds from MIN for SPAN.
+    set -m; mkfifo /dev/.pause; exec 9<>/dev/.pause
+    pause() { read -rt "0.$(printf %03d $(($1 + RANDOM % $2)))" -u 9; }
+    # Natively every open of a driver file takes 1.5 ms longer, so that a
+    # random moment often falls into the writes; an emulator is slow anyway.
+    slow=() window=(0 10); [ $# -le 2 ] && slow=(strace -qq -o /dev/null -e trace=openat
+        -e inject=openat:delay_enter=1500) window=(20 80)
+    for sig in QUIT USR1 ALRM; do
+        for ((i = 0; i < signals; ++i)); do
+            from=old to=new; ((i % 2)) && from=new to=old
+            "${slow[@]}" "${t[@]}" apply -v "/dev/.$to" >/dev/null 2>&1 & job=$!
+            pause "${window[@]}"; target=$(cat "/proc/$job/task/$job/children" 2>/dev/null)
+            kill -s "$sig" "${target:-$job}" 2>/dev/null; { wait $job; } 2>/dev/null
+            board_is "$from" || board_is "$to" || { what="apply, SIG$sig, round $i"; expect whole mixed; break 2; }
+            "${t[@]}" apply "/dev/.$from"; rdqs=$(cat /sys/kernel/debug/mmc0/rdqs)
+            "${t[@]}" sweep -y mmc::rdqs 30 60 -- true >/dev/null 2>&1 & job=$!
+            pause 0 20; kill -s "$sig" $job 2>/dev/null; { wait $job; } 2>/dev/null
+            what="sweep, SIG$sig, round $i"; expect "$rdqs" "$(cat /sys/kernel/debug/mmc0/rdqs)"
+            [ $fails = 0 ] || break 2
+        done
+    done
+    # A rollback said whole through a reader that goes away: with no room for
+    # the eMMC delay, every register written before it is put back.
+    grep -v -e mmc -e regulator /dev/.old >/dev/.registers
+    "${t[@]}" apply /dev/.old; (trap '' XFSZ; ulimit -f 0; exec "${t[@]}" apply /dev/.new) 2>&1 | head -1 >/dev/null
+    what="rollback into head -1"; board_is registers || expect old mixed
+    # Without the memory device nothing reads as 0, and nothing is applied.
+    umount /dev/zeb_mem && rm /dev/zeb_mem
+    out=$("${t[@]}" dump ehci0-phy::tx-vref 2>&1); got="$?|$out" what="dump without the device"
+    expect "1|.${bin##*/}: ehci0-phy::tx-vref: open /dev/zeb_mem failed."$'\n''# ehci0-phy::tx-vref: unreadable'
+    "${t[@]}" apply /dev/.new >/dev/null 2>&1; got=$? what="apply without the device"; expect 1 ;;
 budget)  # instructions of a whole run, deterministic unlike its wall time
     command -v valgrind >/dev/null || skip "valgrind is not installed"
     for args in "-h" "ehci0-phy::tx-vref" "ehci0-phy::tx-vref 9"; do

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+// padkit-tune-sim under pipes, signals, held locks and odd boards: nothing
+// half-applied, nothing read as a value, no result lost. Each row is a shell
+// script; t runs padkit-tune-sim, "bg ... &" runs it in the background with
+// SIGINT and SIGQUIT not ignored, $B is the board.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "runtime/exit_status.h"
+#include "tests/e2e/sim_board.h"
+
+namespace {
+
+// old: the board's settings; new: each of them changed (a number's lowest
+// bit flipped, a regulator 10 mV up; table fields left out). few_old and
+// few_new: the same for the groups outside the DDR PHY, quicker to apply.
+const std::string prelude = R"sh(T="$*"; t() { $T "$@"; }; bg() { exec env --default-signal=INT,QUIT $T "$@"; }; B=$PADKIT_SIM_DIR
+changed() { awk 'function flip(n) { return n % 2 ? n - 1 : n + 1 }
+    BEGIN { FS = " = " } /odt|drv/ { next } /regulator/ { print $1 " = " $2 + 10000; next }
+    { s = $2; o = ""; while (match(s, /[0-9]+/)) { o = o substr(s, 1, RSTART - 1) flip(substr(s, RSTART, RLENGTH))
+      s = substr(s, RSTART + RLENGTH) }; print $1 " = " o s }'; }
+t dump | grep -v -e odt -e drv >$B/old; changed <$B/old >$B/new
+t dump ehci i2c mac mmc regulator >$B/few_old; changed <$B/few_old >$B/few_new
+whole() { t diff $B/$1 >/dev/null 2>&1 || t diff $B/$2 >/dev/null 2>&1 || echo mixed; }
+pause() { sleep "$(awk "BEGIN { srand($$ + $1); printf \"%.3f\", rand() * $2 }")"; }
+)sh";
+
+struct script_row {
+    const char* name;
+    std::string script;
+    std::string out, err;  // <B> stands for the board; "..." at the end: what the text begins with
+    int status;
+};
+
+void check_script(const script_row& row) {
+    SCOPED_TRACE(row.name);
+    tune_board b;
+    b.launcher = {"sh", "-c", prelude + row.script, "sh"};
+    const result got = b.run({});
+    const std::string err = b.on_board(row.err);
+    EXPECT_EQ(cut_as(got.out, row.out), cut_as(row.out, row.out));
+    EXPECT_EQ(cut_as(got.err, err), cut_as(err, err));
+    EXPECT_EQ(got.status, row.status);
+}
+
+const std::string p = "padkit-tune-sim: ";
+
+// Findings 1, 2, 5 and 11: the writes are never cut short, statuses mean one thing.
+const script_row writes_rows[] = {
+    {"apply -v into head -1 applies everything", "t apply -v $B/new | head -1 >/dev/null; whole new new", "",
+     p + "write standard output failed.\n", 0},
+    {"SIGQUIT at random moments of apply", R"sh(for i in 1 2 3 4; do bg apply $B/few_new 2>/dev/null & pause $i 0.1
+        kill -QUIT $! 2>/dev/null; wait; whole few_old few_new; t apply $B/few_old; done)sh", "", "", 0},
+    {"SIGUSR1 at random moments of apply", R"sh(for i in 1 2 3 4; do bg apply $B/few_new 2>/dev/null & pause $i 0.1
+        kill -USR1 $! 2>/dev/null; wait; whole few_old few_new; t apply $B/few_old; done)sh", "", "", 0},
+    {"SIGALRM at random moments of a sweep", R"sh(for i in 1 2 3; do bg sweep -y mmc::rdqs 30 60 -- sleep 0.01 >/dev/null 2>&1 &
+        pause $i 0.3; kill -ALRM $! 2>/dev/null; wait; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); done)sh", "37\n37\n37\n", "", 0},
+    {"a held SIGTERM ends a complete apply and says so", R"sh(bg apply $B/new & apply=$!
+        while grep -q '^0x00540008 0x00ac111c' $B/regs; do sleep 0.01; done  # the first setting is written
+        kill -TERM $apply; { wait $apply; } 2>/dev/null; echo $?; whole new new)sh",
+     "143\n", p + "apply complete; ending on Terminated, held until the writes were done\n", 0},
+    {"lost output of a complete apply", "t apply -v $B/few_new >/dev/full; echo $?; whole few_new few_new",
+     std::to_string(tune_status::output_lost) + "\n", p + "write standard output failed.\n", 0},
+    {"lost output of an equal diff", "t diff --json $B/old >/dev/full", "", p + "write standard output failed.\n",
+     tune_status::output_lost},
+    {"lost output keeps the status of differences", "t diff $B/new >/dev/full", "", p + "write standard output failed.\n",
+     tune_status::not_done},
+    {"--version needs no board", "env -u PADKIT_SIM_DIR -u HOME -u XDG_STATE_HOME $T --version",
+     "padkit-tune-sim " PADKIT_VERSION "\n", "", 0},
+    {"-h creates no board", "PADKIT_SIM_DIR=$B.x t -h >/dev/null; ls -d $B.x", "", "ls: cannot access...", 2},
+};
+
+TEST(reliability, writes_are_never_cut_short) {
+    for (const script_row& row : writes_rows)
+        check_script(row);
+}
+
+// Findings 3, 9 and 10: waits that answer, orphans ended, results kept.
+const script_row sweep_rows[] = {
+    {"SIGINT ends a wait for the lock, the value restored",
+     R"sh(waits() { [ "$(grep -c Waiting $B/err)" -ge $1 ]; }
+        bg sweep -y mmc::rdqs 30 31 -- sh -c "[ \$PADKIT_SWEEP_VALUE = 31 ] || { touch $B/started; sleep 0.5; }" \
+          >/dev/null 2>$B/err & sweep=$!
+        until [ -e $B/started ]; do sleep 0.01; done
+        flock $B/tmp/padkit.lock sh -c "until grep -q Waiting $B/err; do sleep 0.01; done; kill -INT $sweep
+          for i in 1 2 3 4 5 6 7 8 9 10; do grep -c Waiting $B/err | grep -q 2 && echo reacted && break; sleep 0.1; done"
+        wait $sweep; echo $?; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); grep -v Waiting $B/err)sh",
+     "reacted\n130\n37\n" + p + "interrupted by Interrupt; every swept property restored\n", "", 0},
+    {"what the command leaves in a session of its own ends before the next value",
+     R"sh(t sweep -y mac-tx::delay 0 1 -- sh -c '[ -e $0.pid ] && kill -0 $(cat $0.pid) 2>/dev/null && exit 1
+        setsid sleep 30 & echo $! >$0.pid' $B/daemon; kill -0 $(cat $B/daemon.pid) 2>/dev/null && echo left running; true)sh",
+     "               0 1\nmac-tx::delay  ##\nmac-tx::delay: window 0..1 (2 values), centre 0\n", "", 0},
+    {"a result file on a full disk is refused first", "t sweep -y mmc::rdqs 30 31 --csv /dev/full -- true", "",
+     p + "cannot write /dev/full: No space left on device; nothing written\n", tune_status::bad_input},
+    {"a sweep killed keeps every measured value in its CSV",
+     R"sh(t sweep -y --csv $B/s.csv mmc::rdqs 30 40 -- sh -c '[ $PADKIT_SWEEP_VALUE -lt 32 ] || kill -KILL $PPID' \
+          >/dev/null 2>&1; cat $B/s.csv)sh",
+     "name,value,result\nmmc::rdqs,30,pass\nmmc::rdqs,31,pass\n", "", 0},
+};
+
+TEST(reliability, sweeps_answer_and_keep_their_results) {
+    for (const script_row& row : sweep_rows)
+        check_script(row);
+}
+
+// Findings 4, 6, 7 and 8: nothing unreadable is a value, odd input is shown as it is.
+const script_row input_rows[] = {
+    {"no memory device: dump says unreadable", "rm $B/regs; t dump ehci0-phy::tx-vref",
+     "# ehci0-phy::tx-vref: unreadable\n", p + "ehci0-phy::tx-vref: open /dev/zeb_mem failed.\n", tune_status::not_done},
+    {"no memory device: apply refuses", "echo 'ehci0-phy::tx-vref = 3' >$B/p; rm $B/regs; t apply $B/p", "",
+     p + "ehci0-phy::tx-vref: open /dev/zeb_mem failed.\n" + p + "ehci0-phy::tx-vref: unreadable; nothing written\n",
+     tune_status::not_done},
+    {"no memory device: diff is trouble", "echo 'ehci0-phy::tx-vref = 3' >$B/p; rm $B/regs; t diff $B/p", "",
+     p + "ehci0-phy::tx-vref: open /dev/zeb_mem failed.\n" + p + "ehci0-phy::tx-vref: unreadable\n",
+     tune_status::bad_input},
+    {"no memory device: a sweep refuses to start", "rm $B/regs; t sweep -y mac-tx::delay 0 1 -- true", "",
+     p + "mac-tx::delay: open /dev/zeb_mem failed.\n" + p + "mac-tx::delay: unreadable; nothing written\n",
+     tune_status::bad_input},
+    {"a code without a key is compared and applied over", R"sh(echo '0x00f38120 0x00000000' >$B/regs
+        echo 'tarnm-ddra::clkdrv = 40' >$B/p; t diff --json $B/p; t apply -v $B/p; t dump tarnm-ddra::clkdrv)sh",
+     "[\n  {\"name\": \"tarnm-ddra::clkdrv\", \"board\": \"code 0\", \"file\": 40}\n]\n"
+     "tarnm-ddra::clkdrv: code 0 -> 40\ntarnm-ddra::clkdrv = 40\n", "", 0},
+    {"/etc/padkit.d: hidden files, links and FIFOs", R"sh(d=$B/etc/padkit.d; mkdir -p $d; cd $d
+        echo 'mac-tx::delay = 1' >10-a.conf; echo 'mac-tx::delay = 3' >.old.conf; ln -s gone .#10-a.conf
+        mkfifo 20-fifo.conf; ln -s /dev/zero 30-zero.conf; ln -s 10-a.conf 40-link.conf; t apply --system -v)sh",
+     "mac-tx::delay: 0 -> 1\n",
+     p + "<B>/etc/padkit.d/20-fifo.conf: not a regular file; skipped\n" + p +
+         "<B>/etc/padkit.d/30-zero.conf: not a regular file; skipped\n" + p +
+         "<B>/etc/padkit.d/40-link.conf: not a regular file; skipped\n",
+     0},
+    {"a profile larger than 1 MiB is refused", "head -c 1048577 /dev/zero >$B/p; t apply $B/p", "",
+     p + "<B>/p: larger than 1 MiB; refused\n", tune_status::bad_input},
+    {"a byte order mark is no part of the first name",
+     R"sh(printf '\357\273\277mac-tx::delay = 1\n' | t apply -v -)sh", "mac-tx::delay: 0 -> 1\n", "", 0},
+    {"control characters are shown escaped", R"sh(printf 'mac-tx::delay = \033[31m\001\n' | t apply -)sh", "",
+     p + "(standard input):1: mac-tx::delay: '\\x1b[31m\\x01' is not a decimal or 0x hexadecimal number\n",
+     tune_status::bad_input},
+    {"a long value is cut", R"sh(printf 'mmc::rdqs = %0300d\n' 1 | t apply -)sh", "",
+     p + "(standard input):1: '" + std::string(40, '0') + "...' is too long\n", tune_status::bad_input},
+    {"after 100 bad lines the rest are counted", "yes x | head -n 103 | t apply - 2>&1 | tail -n 2", p +
+     "(standard input):100: expected NAME = VALUE\n" + p + "3 more bad lines not listed\n", "", 0},
+    {"standard input twice is refused", "t apply - - </dev/null", "",
+     p + "standard input given twice; it can be read once\n", tune_status::bad_input},
+    {"a closed standard input is an error", "t apply - <&-", "", p + "standard input is closed\n",
+     tune_status::bad_input},
+};
+
+TEST(reliability, input_is_read_as_it_is) {
+    for (const script_row& row : input_rows)
+        check_script(row);
+}
+
+// Finding 7: a regulator made read-only in a private mount namespace refuses
+// its write, and the drive strength goes back to its code without a key.
+TEST(reliability, rollback_restores_a_code_without_a_key) {
+    tune_board b;
+    b.change("regs", "0x00f38120 0x00000000\n");
+    b.change("p", "tarnm-ddra::clkdrv = 40\ncore_regulator::microvolts = 1000000\n");
+    const std::string regulator = (b.dir / "sys/class/regulator/regulator.2").string();
+    b.launcher = {"unshare", "-m", "sh", "-c",
+                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"", regulator};
+    if (b.run({"--version"}).status != 0)
+        GTEST_SKIP() << "no private mount namespace here";
+    const result got = b.run({"apply", (b.dir / "p").string()});
+    EXPECT_EQ(got.status, tune_status::not_done);
+    EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
+                           "tarnm-ddra::clkdrv: restored to code 0\n" + p + "apply failed; every property is as it was\n");
+    EXPECT_EQ(slurp(b.dir / "regs"), "0x00f38120 0x00000000\n");
+}
+
+}  // namespace

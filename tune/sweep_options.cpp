@@ -3,6 +3,7 @@
 
 #include <getopt.h>
 
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -24,23 +25,25 @@ bool parse_seconds(const char* text, double* out) {
     return *out > 0 && *out <= 1e6;
 }
 
-// A value as a profile writes it; the property decides later whether it fits.
-bool parse_value(const char* what, const char* text, long long* out) {
+// A value as a profile writes it, or with a sign; the property decides
+// later whether it fits.
+bool parse_value(const char* what, const std::string& text, long long* out) {
+    const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');
     uint32_t number = 0;
     std::string problem;
-    if (!parse_strict_u32(text, &number, &problem)) {
-        usage_error(std::string(what) + ": " + problem);
+    if (!parse_strict_u32(text.substr(sign), &number, &problem)) {
+        usage_error(std::string(what) + ": " + (sign ? "'" + text + "' is not a number" : problem));
         return false;
     }
-    *out = number;
+    *out = text[0] == '-' ? -static_cast<long long>(number) : number;
     return true;
 }
 
-bool parse_positive(const char* what, const char* text, long long* out) {
+bool parse_nonzero(const char* what, const char* text, long long* out) {
     if (!parse_value(what, text, out))
         return false;
     if (*out == 0) {
-        usage_error(std::string(what) + " must be at least 1");
+        usage_error(std::string(what) + " must not be 0");
         return false;
     }
     return true;
@@ -52,9 +55,14 @@ bool parse_option(int option, const char* arg, sweep_options& options) {
         options.assume_yes = true;
         return true;
     case 's':
-        return parse_positive("--step", arg, &options.step);
+        return parse_nonzero("--step", arg, &options.step);
     case 'r':
-        return parse_positive("--runs", arg, &options.runs);
+        if (!parse_value("--runs", arg, &options.runs))
+            return false;
+        if (options.runs >= 1)
+            return true;
+        usage_error("--runs must be at least 1");
+        return false;
     case 't':
         if (parse_seconds(arg, &options.timeout_seconds))
             return true;
@@ -72,6 +80,9 @@ bool parse_option(int option, const char* arg, sweep_options& options) {
     case 'g':
         options.svg_path = arg;
         return true;
+    case 'p':
+        options.profile_path = arg;
+        return true;
     }
     return false;
 }
@@ -87,14 +98,12 @@ sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options)
         {"step", required_argument, nullptr, 's'},    {"runs", required_argument, nullptr, 'r'},
         {"timeout", required_argument, nullptr, 't'}, {"keep", required_argument, nullptr, 'k'},
         {"csv", required_argument, nullptr, 'c'},     {"svg", required_argument, nullptr, 'g'},
-        {"help", no_argument, nullptr, 'h'},          {nullptr, 0, nullptr, 0}};
-    // Options may stand before or after the operands, whatever the environment says.
-    std::vector<const char*> operands;
+        {"profile", required_argument, nullptr, 'p'}, {"help", no_argument, nullptr, 'h'},
+        {nullptr, 0, nullptr, 0}};
+    // Options end at NAME, whatever the environment says, so that FROM and TO may be negative.
     optind = 0;
-    for (int option; (option = getopt_long(separator, argv, "-:yh", long_options, nullptr)) != -1;) {
-        if (option == 1)
-            operands.push_back(optarg);
-        else if (option == 'h')
+    for (int option; (option = getopt_long(separator, argv, "+:yh", long_options, nullptr)) != -1;) {
+        if (option == 'h')
             return sweep_request::help;
         else if (option == '?')
             return unknown_option(argv), sweep_request::bad;
@@ -103,13 +112,25 @@ sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options)
         else if (!parse_option(option, optarg, options))
             return sweep_request::bad;
     }
+    const std::vector<std::string> operands(argv + optind, argv + separator);
+    for (std::size_t at = 1; at < operands.size(); ++at) {
+        const std::string& word = operands[at];
+        if (word.size() > 1 && word[0] == '-' && !std::isdigit(static_cast<unsigned char>(word[1]))) {
+            usage_error(word + ": options come before NAME");
+            return sweep_request::bad;
+        }
+    }
     if (operands.size() != 3 || separator + 1 >= argc) {
         usage_error("sweep needs NAME FROM TO, then -- and the command");
         return sweep_request::bad;
     }
     options.name = operands[0];
     options.command.assign(argv + separator + 1, argv + argc);
-    return parse_value("FROM", operands[1], &options.from) && parse_value("TO", operands[2], &options.to)
-               ? sweep_request::run
-               : sweep_request::bad;
+    if (!parse_value("FROM", operands[1], &options.from) || !parse_value("TO", operands[2], &options.to))
+        return sweep_request::bad;
+    if (options.step < 0 && options.from < options.to) {
+        usage_error("--step " + std::to_string(options.step) + " leads away from TO");
+        return sweep_request::bad;
+    }
+    return sweep_request::run;
 }

@@ -8,11 +8,11 @@
 
 struct sweep_options {
     bool assume_yes = false;
-    long long step = 0;  // 0: the property's own default
+    long long step = 0;  // 0: the property's own default; below 0 only when FROM is above TO
     long long runs = 1;
     double timeout_seconds = 60;
     bool keep_centre = false;
-    std::string csv_path, svg_path;
+    std::string csv_path, svg_path, profile_path;
     std::string name;
     long long from = 0, to = 0;
     std::vector<std::string> command;
@@ -20,8 +20,9 @@ struct sweep_options {
 
 enum class sweep_request { run, help, bad };
 
-// Reads the subcommand's words (argv[0] is "sweep"). On bad input says what
-// is wrong, and the usage, on standard error.
+// Reads the subcommand's words (argv[0] is "sweep"): options, then NAME FROM
+// TO, where a word with a leading minus is a number, not an option. On bad
+// input says what is wrong, and the usage, on standard error.
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options);
 
 #endif

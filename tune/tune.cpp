@@ -35,7 +35,8 @@ const subcommand subcommands[] = {
      apply_command},
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
 };
 

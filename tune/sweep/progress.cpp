@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tune/sweep/progress.h"
 
-std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,
+std::string progress_text(const std::string& name, const std::string& value, std::size_t index, std::size_t count,
                           long long elapsed_seconds) {
     char elapsed[32];
     const long long hours = elapsed_seconds / 3600, minutes = elapsed_seconds / 60 % 60,
@@ -10,14 +10,14 @@ std::string progress_text(const std::string& name, long long value, std::size_t 
         std::snprintf(elapsed, sizeof elapsed, "%lld:%02lld:%02lld", hours, minutes, seconds);
     else
         std::snprintf(elapsed, sizeof elapsed, "%lld:%02lld", minutes, seconds);
-    return name + " = " + std::to_string(value) + " (value " + std::to_string(index) + " of " +
+    return name + " = " + value + " (value " + std::to_string(index) + " of " +
            std::to_string(count) + "), " + elapsed + " elapsed";
 }
 
 progress_line::progress_line(std::FILE* out, bool on_terminal)
     : out(out), on_terminal(on_terminal), start(std::chrono::steady_clock::now()) {}
 
-void progress_line::show(const std::string& shown_name, long long shown_value, std::size_t shown_index,
+void progress_line::show(const std::string& shown_name, const std::string& shown_value, std::size_t shown_index,
                          std::size_t shown_count) {
     name = shown_name;
     value = shown_value;

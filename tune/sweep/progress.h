@@ -10,7 +10,7 @@
 #include <string>
 
 // "NAME = VALUE (value I of N), M:SS elapsed"; hours are added when needed.
-std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,
+std::string progress_text(const std::string& name, const std::string& value, std::size_t index, std::size_t count,
                           long long elapsed_seconds);
 
 class progress_line {
@@ -19,7 +19,7 @@ public:
 
     // Shows value index (counted from 1) of count; the elapsed time counts
     // from the construction.
-    void show(const std::string& name, long long value, std::size_t index, std::size_t count);
+    void show(const std::string& name, const std::string& value, std::size_t index, std::size_t count);
     // Shows the last values again with the elapsed time brought up to date.
     void refresh();
     // Blanks the line, so that what follows starts on a clean one.
@@ -30,7 +30,7 @@ private:
     bool on_terminal;
     std::chrono::steady_clock::time_point start;
     std::string name;
-    long long value = 0;
+    std::string value;
     std::size_t index = 0, count = 0, width = 0;
 };
 

@@ -22,3 +22,6 @@ for element in root.iter():
     elif kind == 'centre':
         cx, cy = float(element.get('cx')), float(element.get('cy'))
         print('centre', *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])
+    elif kind == 'original' and element.tag == SVG + 'rect':
+        x, y = float(element.get('x')), float(element.get('y'))
+        print('original', *[t for cx, cy, w, t in cells if cx <= x <= cx + w and cy <= y <= cy + w])

@@ -27,7 +27,7 @@ _padkit_tune()
         done
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
-            --csv | --svg) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --csv | --svg | --profile) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
             --step | --runs | --timeout) return ;;
         esac
     fi
@@ -36,7 +36,7 @@ _padkit_tune()
         diff:-*) mapfile -t COMPREPLY < <(compgen -W "--json" -- "$cur") ;;
         apply:-*) mapfile -t COMPREPLY < <(compgen -W "-n --dry-run -v --system" -- "$cur") ;;
         sweep:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --" -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --" -- "$cur") ;;
         dump:* | sweep:*)
             # The words of a name as readline splits them at its colons. The
             # listing's group lines have no tab; sweep takes no group.

@@ -59,5 +59,5 @@ int diff_command(int argc, char** argv) {
     }
     if (json)
         std::fputs(differences.empty() ? "]\n" : "\n]\n", stdout);
-    return trouble ? 2 : differences.empty() ? 0 : 1;
+    return trouble ? tune_status::bad_input : differences.empty() ? tune_status::ok : tune_status::not_done;
 }

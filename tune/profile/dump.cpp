@@ -61,7 +61,7 @@ int dump_command(int argc, char** argv) {
         switch (opt) {
         case 'x': hex = true; break;
         case 'j': json = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }

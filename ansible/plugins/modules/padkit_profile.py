@@ -85,14 +85,14 @@ settings:
   elements: dict
   contains:
     name:
-      description: The property.
+      description: The property; a DQ composite is listed member by member.
       type: str
     board:
-      description: Its value on the board before, a list for a DQ composite.
-      type: raw
+      description: Its value on the board before.
+      type: int
     file:
       description: Its value in the profile.
-      type: raw
+      type: int
   sample: [{"name": "ehci0-phy::tx-vref", "board": 8, "file": 9}]
 dest_changed:
   description: Whether I(dest) was, or in check mode would be, written.
@@ -109,13 +109,8 @@ from ansible_collections.padkit.board.plugins.module_utils.padkit_tune import (
     BAD_INPUT, BINARY_ARGUMENT, NOT_DONE, OK, fail_tune, run_tune)
 
 
-def profile_value(value):
-    """A value of diff --json as a profile writes it."""
-    return '{%s}' % ','.join(map(str, value)) if isinstance(value, list) else str(value)
-
-
 def settings_text(settings, side):
-    return ''.join('%s = %s\n' % (s['name'], profile_value(s[side])) for s in settings)
+    return ''.join('%s = %s\n' % (s['name'], s[side]) for s in settings)
 
 
 def read_file(path):

@@ -1,10 +1,10 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # The padkit.board collection under ansible-playbook, on a simulated board of its own.
-# Usage: collection-test.sh SOURCE_DIR PADKIT_TUNE_SIM [EMULATOR...]; exit 77 means skipped.
+# Usage: collection-test.sh SOURCE_DIR VERSION PADKIT_TUNE_SIM [EMULATOR...]; exit 77 means skipped.
 set -u
-src=$1 tune=$2 fails=0
-shift 2
+src=$1 version=$2 tune=$3 fails=0
+shift 3
 command -v ansible-playbook >/dev/null || "$src/scripts/need-packages" ansible ||
     { echo "skipped: no ansible"; exit 77; }
 tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
@@ -20,17 +20,17 @@ if [ $# -gt 0 ]; then
 fi
 dest=$tmp/etc/50-board.conf
 
-fail() { echo "FAIL $1"; cat "$tmp/out"; fails=1; }
+fail() { echo "FAIL $1"; fails=1; }
 # play NAME RECAP OPTION...: a run of board.yml ends with RECAP (changed=N failed=M).
 play() {
     name=$1 recap=$2
     shift 2
     ansible-playbook -i localhost, "$src/tests/ansible/board.yml" \
         -e "{\"binary\": \"$tune\", \"dest\": \"$dest\"}" "$@" >"$tmp/out" 2>&1
-    [ "$(grep -o 'changed=[0-9]*\|failed=[0-9]*' "$tmp/out" | xargs)" = "$recap" ] || fail "$name: $recap"
+    [ "$(grep -o 'changed=[0-9]*\|failed=[0-9]*' "$tmp/out" | xargs)" = "$recap" ] || { fail "$name: $recap"; cat "$tmp/out"; }
 }
 # shows TEXT...: the last run printed every TEXT.
-shows() { for text; do grep -qF -- "$text" "$tmp/out" || fail "$name: $text"; done; }
+shows() { for text; do grep -qF -- "$text" "$tmp/out" || { fail "$name: $text"; cat "$tmp/out"; }; done; }
 
 "$tune" dump >"$tmp/fresh"
 play check "changed=1 failed=0" --check --diff
@@ -60,6 +60,8 @@ else
     echo "rolled-back: skipped, no private mount namespace here"
 fi
 
+name=galaxy.yml
+grep -qx "version: $version" "$src/ansible/galaxy.yml" || fail "$name: not version $version"
 for module in padkit_profile padkit_facts; do
     name="ansible-doc $module"
     ansible-doc "padkit.board.$module" >"$tmp/out" 2>&1 || fail "$name"

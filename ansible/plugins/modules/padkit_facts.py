@@ -21,11 +21,8 @@ options:
     type: list
     elements: str
     default: []
-  binary:
-    description:
-      - The padkit-tune program on the target, by name or path.
-    type: str
-    default: padkit-tune
+extends_documentation_fragment:
+  - padkit.board.padkit_tune
 notes:
   - Supports check mode; it only reads.
   - A property that cannot be read has the value C(null) and gives a warning.

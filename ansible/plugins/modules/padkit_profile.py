@@ -43,11 +43,8 @@ options:
         checked against the board, but only I(dest) is written.
     type: bool
     default: true
-  binary:
-    description:
-      - The padkit-tune program on the target, by name or path.
-    type: str
-    default: padkit-tune
+extends_documentation_fragment:
+  - padkit.board.padkit_tune
 notes:
   - Supports check mode and diff mode. The diff shows the board's settings
     that differ from the profile, and the changes to I(dest).
@@ -114,11 +111,10 @@ def settings_text(settings, side):
 
 
 def read_file(path):
-    try:
-        with open(path, 'rb') as f:
-            return f.read()
-    except FileNotFoundError:
+    if not os.path.exists(path):
         return None
+    with open(path, 'rb') as f:
+        return f.read()
 
 
 def differences(module, profile, data):
@@ -163,6 +159,9 @@ def main():
         supports_check_mode=True,
     )
     p = module.params
+    # Known before the board is touched, not after it has been set.
+    if p['dest'] and (os.path.isdir(p['dest']) or not os.path.isdir(os.path.dirname(p['dest']))):
+        module.fail_json(msg='dest must name a file in an existing directory: %s' % p['dest'])
     # Content goes to padkit-tune on standard input; no file to clean up.
     profile, data = ('-', to_bytes(p['content'])) if p['content'] is not None else (p['src'], None)
     settings = differences(module, profile, data)

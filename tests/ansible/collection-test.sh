@@ -11,32 +11,29 @@ tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/collections/ansible_collections/padkit" "$tmp/etc"
 ln -s "$src/ansible" "$tmp/collections/ansible_collections/padkit/board"
 export ANSIBLE_COLLECTIONS_PATH="$tmp/collections" ANSIBLE_HOME="$tmp/home" \
-    ANSIBLE_LOCAL_TEMP="$tmp/home/tmp" ANSIBLE_REMOTE_TEMP="$tmp/home/tmp" \
-    ANSIBLE_NOCOLOR=1 PADKIT_SIM_DIR="$tmp/board"
+    ANSIBLE_REMOTE_TEMP="$tmp/home/tmp" ANSIBLE_NOCOLOR=1 PADKIT_SIM_DIR="$tmp/board"
 # The module takes one program: a cross-built one goes through its emulator.
-if [ $# -gt 0 ]; then
-    printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" && chmod +x "$tmp/tune"
-    tune=$tmp/tune
-fi
+[ $# -eq 0 ] || { printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" &&
+    chmod +x "$tmp/tune" && tune=$tmp/tune; }
 dest=$tmp/etc/50-board.conf
 
 fail() { echo "FAIL $1"; fails=1; }
+failed() { fail "$1"; cat "$tmp/out"; }
 # play NAME RECAP OPTION...: a run of board.yml ends with RECAP (changed=N failed=M).
 play() {
     name=$1 recap=$2
     shift 2
     ansible-playbook -i localhost, "$src/tests/ansible/board.yml" \
         -e "{\"binary\": \"$tune\", \"dest\": \"$dest\"}" "$@" >"$tmp/out" 2>&1
-    [ "$(grep -o 'changed=[0-9]*\|failed=[0-9]*' "$tmp/out" | xargs)" = "$recap" ] || { fail "$name: $recap"; cat "$tmp/out"; }
+    [ "$(grep -o 'changed=[0-9]*\|failed=[0-9]*' "$tmp/out" | xargs)" = "$recap" ] || failed "$name: $recap"
 }
 # shows TEXT...: the last run printed every TEXT.
-shows() { for text; do grep -qF -- "$text" "$tmp/out" || { fail "$name: $text"; cat "$tmp/out"; }; done; }
+shows() { for text; do grep -qF -- "$text" "$tmp/out" || failed "$name: $text"; done; }
 
 "$tune" dump >"$tmp/fresh"
 play check "changed=1 failed=0" --check --diff
 shows "-ehci0-phy::tx-vref = 8" "+ehci0-phy::tx-vref = 9" "+++ after: $dest"
-"$tune" dump | cmp -s - "$tmp/fresh" || fail "check mode left the board changed"
-[ ! -e "$dest" ] || fail "check mode wrote $dest"
+{ "$tune" dump | cmp -s - "$tmp/fresh" && [ ! -e "$dest" ]; } || fail "check: board or $dest written"
 play first "changed=1 failed=0"
 [ "$(cat "$dest")" = "ehci0-phy::tx-vref = 9" ] || fail "first run installed: $(cat "$dest")"
 play second "changed=0 failed=0"
@@ -60,11 +57,8 @@ else
     echo "rolled-back: skipped, no private mount namespace here"
 fi
 
-name=galaxy.yml
-grep -qx "version: $version" "$src/ansible/galaxy.yml" || fail "$name: not version $version"
-for module in padkit_profile padkit_facts; do
-    name="ansible-doc $module"
-    ansible-doc "padkit.board.$module" >"$tmp/out" 2>&1 || fail "$name"
-    shows "OPTIONS" "binary"
-done
+grep -qx "version: $version" "$src/ansible/galaxy.yml" || fail "galaxy.yml: not version $version"
+name=ansible-doc
+ansible-doc padkit.board.padkit_profile padkit.board.padkit_facts >"$tmp/out" 2>&1 || failed "$name"
+shows "> PADKIT.BOARD.PADKIT_PROFILE" "> PADKIT.BOARD.PADKIT_FACTS" "- dest" "- names" "- binary"
 exit $fails

@@ -5,11 +5,9 @@
 from __future__ import absolute_import, division, print_function
 __metaclass__ = type
 
-# padkit-tune's exit statuses.
+# padkit-tune's exit statuses that the modules tell apart; any other is a failure.
 OK = 0
 NOT_DONE = 1
-BAD_INPUT = 2
-LEFT_CHANGED = 3
 
 BINARY_ARGUMENT = dict(type='str', default='padkit-tune')
 

@@ -103,7 +103,7 @@ import os
 from ansible.module_utils.basic import AnsibleModule
 from ansible.module_utils.common.text.converters import to_bytes, to_native
 from ansible_collections.padkit.board.plugins.module_utils.padkit_tune import (
-    BAD_INPUT, BINARY_ARGUMENT, NOT_DONE, OK, fail_tune, run_tune)
+    BINARY_ARGUMENT, NOT_DONE, OK, fail_tune, run_tune)
 
 
 def settings_text(settings, side):
@@ -124,8 +124,8 @@ def differences(module, profile, data):
         return []
     if rc == NOT_DONE:
         return json.loads(out)
-    fail_tune(module, 'padkit-tune refused the profile:' if rc == BAD_INPUT
-              else 'padkit-tune diff failed (status %d):' % rc, rc, out, err)
+    # A bad line, an unreadable property, the lock: padkit-tune says which.
+    fail_tune(module, 'padkit-tune diff failed (status %d):' % rc, rc, out, err)
 
 
 def apply_profile(module, profile, data):

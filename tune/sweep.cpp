@@ -2,11 +2,9 @@
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
@@ -175,7 +173,9 @@ private:
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
         const bool csv_written = write_file(csv, options.csv_path, print_csv);
-        const bool svg_written = write_file(svg, options.svg_path, print_svg);
+        const bool svg_written = write_file(svg, options.svg_path, [](std::FILE* out, const sweep_results& results) {
+            print_svg(out, {results}, "padkit-tune sweep");
+        });
         const bool profile_written = write_profile();
         if (ended == cut::signal) {
             report("interrupted by %s; %s", strsignal(stop_signal),
@@ -268,31 +268,6 @@ bool open_output(const std::string& path, file_ptr* file) {
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;
-}
-
-// A word as a shell would take it back; on one line, since it ends up in a comment.
-std::string shell_word(std::string word) {
-    std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                                                "_-+=.,:/@%") == std::string::npos)
-        return word;
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-// The comment lines that say where a sweep's profile comes from.
-std::string profile_header(int argc, char** argv) {
-    std::string line = std::string("# ") + program_name();
-    for (int i = 0; i < argc; ++i)
-        line += " " + shell_word(argv[i]);
-    char when[64] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (localtime_r(&now, &local))
-        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
-    return line + "\n# " + when + "\n";
 }
 
 }  // namespace

@@ -18,6 +18,10 @@ struct sweep_options {
     std::vector<std::string> command;
 };
 
+// A value as a profile writes it, or with a sign; the property decides
+// later whether it fits. On failure says why in *problem.
+bool parse_signed_value(const std::string& text, long long* out, std::string* problem);
+
 enum class sweep_request { run, help, bad };
 
 // Reads the subcommand's words (argv[0] is "sweep"): options, then NAME FROM

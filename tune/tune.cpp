@@ -38,6 +38,7 @@ const subcommand subcommands[] = {
      "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
+    {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
 };
 
 }  // namespace

@@ -4,6 +4,9 @@
 #include <sys/ioctl.h>
 
 #include <algorithm>
+#include <ctime>
+
+#include "runtime/report.h"
 
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at) {
     return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
@@ -13,6 +16,10 @@ namespace {
 
 std::string count_text(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " value" : " values");
+}
+
+std::string margin_text(const margins& margin) {
+    return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
 }
 
 // ", centre C", and the setting where it is written otherwise.
@@ -42,8 +49,7 @@ std::string original_line(const sweep_row& row, const value_axis& axis) {
         return "";
     if (row.results[at] != outcome::pass)
         return lead + ": outside the window";
-    const margins margin = margins_in(window_at(row.results, at), at, axis.values);
-    return lead + ": margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
+    return lead + ": " + margin_text(margins_in(window_at(row.results, at), at, axis.values));
 }
 
 std::string common_line(const sweep_results& results) {
@@ -57,6 +63,24 @@ std::string common_line(const sweep_results& results) {
             setting = std::to_string(results.axis.values[centre]);  // no one setting to name
     return results.group + ": common window " + results.axis.range_text(window.first, window.last()) + " (" +
            count_text(window.count) + ")" + centre_text(results.axis, centre, setting);
+}
+
+// "GROUP: centre C: margin B below, A above (worst: ROW)": on each side the
+// least margin of any row at the common centre, and the row that has it.
+std::string worst_margin_line(const sweep_results& results) {
+    const std::size_t centre = common_centre(results);
+    margins worst{results.axis.size(), results.axis.size()};
+    std::string below, above;
+    for (const sweep_row& row : results.rows) {
+        const margins margin = margins_in(window_at(row.results, centre), centre, results.axis.values);
+        if (margin.below < worst.below)
+            worst.below = margin.below, below = row.name;
+        if (margin.above < worst.above)
+            worst.above = margin.above, above = row.name;
+    }
+    const std::string rows = below == above ? below : below + " below, " + above + " above";
+    return results.group + ": centre " + results.axis.text_at(centre) + ": " + margin_text(worst) + " (worst: " +
+           rows + ")";
 }
 
 // By outcome: the chart's mark and the name in files.
@@ -96,8 +120,11 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
         if (!original.empty())
             lines.push_back(original);
     }
-    if (!results.group.empty() && !results.rows.empty())
-        lines.push_back(common_line(results));
+    if (results.group.empty() || results.rows.empty())
+        return lines;
+    lines.push_back(common_line(results));
+    if (common_centre(results) < results.axis.size())
+        lines.push_back(worst_margin_line(results));
     return lines;
 }
 
@@ -140,6 +167,34 @@ void print_csv(std::FILE* out, const sweep_results& results) {
         for (std::size_t at = 0; at < row.results.size(); ++at)
             std::fprintf(out, "%s,%s,%s\n", row.name.c_str(), results.axis.text_at(at).c_str(),
                          outcome_name(row.results[at]));
+}
+
+namespace {
+
+// A word as a shell would take it back; on one line, since it ends up in a comment.
+std::string shell_word(std::string word) {
+    std::replace(word.begin(), word.end(), '\n', ' ');
+    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                                                "_-+=.,:/@%") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+}  // namespace
+
+std::string profile_header(int argc, char** argv) {
+    std::string line = std::string("# ") + program_name();
+    for (int i = 0; i < argc; ++i)
+        line += " " + shell_word(argv[i]);
+    char when[64] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (localtime_r(&now, &local))
+        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
+    return line + "\n# " + when + "\n";
 }
 
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header) {

@@ -35,6 +35,10 @@ std::size_t terminal_columns(int fd);
 // "name,value,result" and one line per measured cell.
 void print_csv(std::FILE* out, const sweep_results& results);
 
+// The comment lines that say where a profile comes from: the command line
+// (argv[0] the subcommand), shell-quoted, and the time.
+std::string profile_header(int argc, char** argv);
+
 // The header, then "NAME = SETTING" at the centre of each row's widest window,
 // or "# NAME: no passing value"; a group as "GROUP = {S,...}" when every row
 // has a window.

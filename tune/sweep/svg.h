@@ -4,13 +4,15 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
+#include <vector>
 
 #include "tune/sweep/window.h"
 
-// One <rect class="cell RESULT"> per row and measured value, the widest
+// The sweeps one below the other, each with the axis labels of the chart,
+// one <rect class="cell RESULT"> per row and measured value, the widest
 // window of each row outlined and its centre dotted, its original value
-// framed, the axis labels of the chart, the property names and the summary
-// lines.
-void print_svg(std::FILE* out, const sweep_results& results);
+// framed, a group's common window outlined across its rows, the row names
+// and the summary lines.
+void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const char* title);
 
 #endif

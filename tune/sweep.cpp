@@ -63,13 +63,6 @@ bool read_originals(const std::vector<property*>& rows, std::vector<std::string>
     return good;
 }
 
-// The value kept or written at a position, as the summary shows it.
-std::string value_text(const sweep_plan& plan, std::size_t row, std::size_t at) {
-    const std::string& setting = plan.settings[row][at];
-    const long long value = plan.axis.values[at];
-    return plan.axis.text(value) + (setting == std::to_string(value) ? "" : " (setting " + setting + ")");
-}
-
 class sweep {
 public:
     // The files, when given, are open already.
@@ -166,7 +159,8 @@ private:
 
     void keep_centre(std::size_t row, std::size_t centre) {
         if (locked_write(plan.rows[row], plan.settings[row][centre]))
-            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(), value_text(plan, row, centre).c_str());
+            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
+                   value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
             put_back(row);
     }

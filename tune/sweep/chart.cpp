@@ -9,16 +9,18 @@ std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t
     return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
 }
 
+std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting) {
+    return axis.text_at(at) + (setting == std::to_string(axis.values[at]) ? "" : " (setting " + setting + ")");
+}
+
 namespace {
 
 std::string count_text(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
-// ", centre C", and the setting where it is written otherwise.
 std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
-    const std::string note = setting == std::to_string(axis.values[centre]) ? "" : " (setting " + setting + ")";
-    return ", centre " + axis.text_at(centre) + note;
+    return ", centre " + value_with_setting(axis, centre, setting);
 }
 
 std::string window_line(const sweep_row& row, const value_axis& axis) {

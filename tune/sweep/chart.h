@@ -14,6 +14,9 @@
 // The value as written at a position of the row's axis.
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at);
 
+// The axis value at a position, and " (setting S)" where it is written as S.
+std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting);
+
 // Per row "NAME: window LO..HI (N values), centre C" (with " (setting S)"
 // where the centre is written otherwise) or "NAME: no passing value", and
 // where its original lies: "NAME: original V: margin B below, A above"

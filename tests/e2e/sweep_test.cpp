@@ -97,7 +97,8 @@ TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
 }
 
 // Each member is swept with the others at their values, the first member's first value
-// hanging past the time-out; the SVG is read back by an XML parser.
+// hanging past the time-out (long enough for the check to run padkit-sim under an emulator);
+// the SVG is read back by an XML parser.
 TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     tune_board b;
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
@@ -106,7 +107,7 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     const std::string command = "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " +
                                 in(1, 2) + " && " + members_apart;
     const result got =
-        b.run({"sweep", "-y", "--timeout", "0.3", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
+        b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
     std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis +2\n", summaries;

@@ -37,6 +37,12 @@ const subcommand subcommands[] = {
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
      "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
      sweep_command},
+    {"trial",
+     "trial [--tries N] [--now] FILE\n"
+     "trial --status [--json]\n"
+     "trial --remove",
+     trial_command},
+    {"bless", "bless", bless_command},
 };
 
 }  // namespace

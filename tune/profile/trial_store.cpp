@@ -125,7 +125,8 @@ bool list_trials(trial_listing* listing) {
         }
     }
     listing->highest = std::max(newest.number, blessed.number);
-    listing->current = newest.state != trial_state::none ? newest : blessed;
+    // Numbers only grow: a trial file older than a blessed trial is a leftover.
+    listing->current = newest.number > blessed.number ? newest : blessed;
     return true;
 }
 

@@ -6,7 +6,8 @@
 //   /var/lib/padkit/trial-G+0-D.bad    bad: failed after D tries
 //   /etc/padkit.d/~trial-G.conf        blessed: one of the known-good profiles
 // G numbers the trials installed on the board. Of several trial files (a
-// replacement cut short) the one with the highest G is the trial.
+// replacement cut short) the one with the highest G is the trial, unless a
+// blessed one is newer.
 #ifndef PADKIT_TUNE_TRIAL_STORE_H
 #define PADKIT_TUNE_TRIAL_STORE_H
 

@@ -20,13 +20,13 @@ board=$PADKIT_SIM_DIR fails=0
 printf 'mmc::rdqs = 9\n' >"$tmp/t"
 fail() { echo "FAIL $*"; fails=1; }
 
-# The listings of the trial and known-good directories; "torn" for a trial file
-# that is not the whole profile.
+# The trial's state as trial --status tells it from the listing; "torn" for
+# a trial file that is not the whole profile.
 state() {
-    (cd "$board" && for d in var/lib/padkit etc/padkit.d; do ls "$d" 2>/dev/null; echo '|'; done | xargs &&
-        for f in var/lib/padkit/trial-* etc/padkit.d/~trial-*; do
-            [ ! -e "$f" ] || cmp -s "$f" "$tmp/t" || echo "torn $f"
-        done)
+    "$tune" trial --status 2>/dev/null | xargs
+    for f in "$board"/var/lib/padkit/trial-* "$board"/etc/padkit.d/~trial-*; do
+        [ ! -e "$f" ] || cmp -s "$f" "$tmp/t" || echo "torn $f"
+    done
 }
 # A board with fresh values and the known-good profile; the trial installed and booted N times.
 reset() {
@@ -64,6 +64,8 @@ cut() {
     done
 }
 cut trial -1 "$tune" trial --tries 2 "$tmp/t"
+cut replace 2 "$tune" trial --tries 2 "$tmp/t"
+cut remove 0 "$tune" trial --remove
 cut boot 0 "$tune" apply --system
 cut boot-last-try 1 "$tune" apply --system
 cut boot-bad 2 "$tune" apply --system
@@ -77,5 +79,5 @@ for n in $(seq 8 -1 1) 99 99; do
     ! applied || times=$((times + 1))
 done
 [ "$times" -le 2 ] || fail "boots cut at each write: the trial applied $times times"
-[ "$(state)" = "trial-0001+0-2.bad | 50-board.conf |" ] || fail "boots cut at each write: left $(state)"
+[ "$(state)" = "state: bad file: $board/var/lib/padkit/trial-0001+0-2.bad tries left: 0 tries done: 2" ] || fail "boots cut at each write: left $(state)"
 exit $fails

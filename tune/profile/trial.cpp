@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -75,8 +75,8 @@ int install(const std::string& file, long long tries, bool now) {
     if (!load_profiles({file}, &settings))
         return tune_status::bad_input;
     std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    if (!(text << in.rdbuf())) {
+    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (!in.is_open() || in.bad()) {
         report("%s: cannot be read again", file.c_str());
         return tune_status::bad_input;
     }
@@ -93,7 +93,7 @@ int install(const std::string& file, long long tries, bool now) {
     t.left = static_cast<int>(tries) - now;
     t.done = now;
     const std::string name = pending_name(t.number, t.left, t.done);
-    if (!install_trial_file(text.str(), name))
+    if (!install_trial_file(text, name))
         return tune_status::not_done;
     t.path = trial_dir() + "/" + name;
     // A replaced trial left behind by a cut-short run is ignored, the newest counts.

@@ -124,6 +124,8 @@ bool list_trials(trial_listing* listing) {
             blessed = t;
         }
     }
+    // Oldest first: removing them in this order never brings back an older trial.
+    std::sort(listing->trial_files.begin(), listing->trial_files.end());
     listing->highest = std::max(newest.number, blessed.number);
     // Numbers only grow: a trial file older than a blessed trial is a leftover.
     listing->current = newest.number > blessed.number ? newest : blessed;

@@ -27,7 +27,7 @@ struct trial {
 struct trial_listing {
     trial current;  // pending or bad; else the newest blessed one, good; else none
     int highest = 0;  // the highest G in use, blessed or not
-    std::vector<std::string> trial_files;  // every pending or bad file
+    std::vector<std::string> trial_files;  // every pending or bad file, oldest first
 };
 
 // Where the trial lives and where a blessed one goes, on this board.

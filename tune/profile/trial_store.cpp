@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tune/profile/trial_store.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +16,7 @@
 
 #include "platform/system_paths.h"
 #include "runtime/report.h"
+#include "tune/profile/profile.h"
 
 namespace {
 
@@ -59,16 +59,13 @@ bool parse_blessed(const std::string& name, trial* t) {
 
 // The names in DIR, or none when it is missing.
 bool list_dir(const std::string& dir, std::vector<std::string>* names) {
-    DIR* listing = opendir(dir.c_str());
-    if (!listing) {
-        if (errno == ENOENT)
-            return true;
-        report("%s: %s", dir.c_str(), std::strerror(errno));
+    std::error_code ec;
+    for (std::filesystem::directory_iterator entry(dir, ec), end; !ec && entry != end; entry.increment(ec))
+        names->push_back(entry->path().filename());
+    if (ec && ec != std::errc::no_such_file_or_directory) {
+        report("%s: %s", dir.c_str(), ec.message().c_str());
         return false;
     }
-    while (const dirent* entry = readdir(listing))
-        names->push_back(entry->d_name);
-    closedir(listing);
     return true;
 }
 
@@ -104,7 +101,7 @@ std::string known_good_dir() { return system_path("/etc/padkit.d"); }
 
 bool list_trials(trial_listing* listing) {
     std::vector<std::string> trials, known_good;
-    if (!list_dir(trial_dir(), &trials) || !list_dir(known_good_dir(), &known_good))
+    if (!list_dir(trial_dir(), &trials) || !system_profiles(&known_good))
         return false;
     trial newest;
     for (const std::string& name : trials) {
@@ -117,10 +114,10 @@ bool list_trials(trial_listing* listing) {
             newest = t;
     }
     trial blessed;
-    for (const std::string& name : known_good) {
+    for (const std::string& path : known_good) {
         trial t;
-        if (parse_blessed(name, &t) && t.number >= blessed.number) {
-            t.path = known_good_dir() + "/" + name;
+        if (parse_blessed(path.substr(path.rfind('/') + 1), &t) && t.number >= blessed.number) {
+            t.path = path;
             blessed = t;
         }
     }

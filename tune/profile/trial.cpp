@@ -181,7 +181,7 @@ int trial_command(int argc, char** argv) {
         case 's': status = true; break;
         case 'j': json = true; break;
         case 'r': remove = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }
@@ -211,7 +211,7 @@ int bless_command(int argc, char** argv) {
         if (opt != 'h')
             return unknown_option(argv);
         print_usage(stdout);
-        return 0;
+        return tune_status::ok;
     }
     if (optind < argc)
         return usage_error("bless takes no FILE");

@@ -68,7 +68,7 @@ bool count_try(trial* t) {
     return true;
 }
 
-int install(const std::string& file, long long tries, bool now) {
+int install(const std::string& file, int tries, bool now) {
     if (file == "-")
         return usage_error("trial needs a file, not standard input");
     std::vector<setting> settings;
@@ -90,7 +90,7 @@ int install(const std::string& file, long long tries, bool now) {
         return tune_status::not_done;
     }
     // --now tries it at once: that is its first try.
-    t.left = static_cast<int>(tries) - now;
+    t.left = tries - now;
     t.done = now;
     const std::string name = pending_name(t.number, t.left, t.done);
     if (!install_trial_file(text, name))
@@ -163,7 +163,7 @@ int trial_command(int argc, char** argv) {
                                      {"remove", no_argument, nullptr, 'r'},
                                      {"help", no_argument, nullptr, 'h'},
                                      {}};
-    long long tries = 3;
+    int tries = 3;
     bool tries_given = false, now = false, status = false, json = false, remove = false;
     for (int opt; (opt = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
         uint32_t number = 0;
@@ -174,7 +174,7 @@ int trial_command(int argc, char** argv) {
                 return usage_error("--tries: " + problem);
             if (number < 1 || number > most_tries)
                 return usage_error("--tries takes 1 to " + std::to_string(most_tries));
-            tries = number;
+            tries = static_cast<int>(number);
             tries_given = true;
             break;
         case 'n': now = true; break;
@@ -189,11 +189,9 @@ int trial_command(int argc, char** argv) {
     const bool installing = tries_given || now || files > 0;
     if (status + remove + installing > 1 || (json && !status))
         return usage_error("trial: --status [--json], --remove and installing go alone");
-    if (status || remove) {
-        if (files > 0)
-            return usage_error(std::string("trial: unexpected ") + argv[optind]);
-        if (remove)
-            return remove_trial();
+    if (remove)
+        return remove_trial();
+    if (status) {
         trial_listing listing;
         if (!list_trials(&listing))
             return tune_status::not_done;

@@ -44,15 +44,21 @@ void report_failed(const trial& t) {
            t.done == 1 ? "try" : "tries");
 }
 
+// Renames a failed trial bad, and says so.
+void mark_bad(trial* t) {
+    const std::string bad = trial_dir() + "/" + bad_name(t->number, t->done);
+    if (move_synced(t->path, bad))
+        t->path = bad;
+    t->state = trial_state::bad;
+    report_failed(*t);
+}
+
 // Applies a trial whose try is counted; one that cannot be applied is bad at once.
 int apply_counted(trial t, bool verbose) {
     const int status = apply_profiles({t.path}, false, verbose);
     if (status == tune_status::ok)
         return status;
-    const std::string bad = trial_dir() + "/" + bad_name(t.number, t.done);
-    if (move_synced(t.path, bad))
-        t.path = bad;
-    report_failed(t);
+    mark_bad(&t);
     return status;
 }
 
@@ -136,14 +142,10 @@ int apply_trial(bool verbose) {
     if (!locked_listing(&listing))
         return tune_status::not_done;
     trial t = listing.current;
-    if (t.state == trial_state::pending && t.left == 0) {
-        // Its last try did not end in a blessing.
-        const std::string bad = trial_dir() + "/" + bad_name(t.number, t.done);
-        if (move_synced(t.path, bad))
-            t.path = bad;
-        t.state = trial_state::bad;
-    }
-    if (t.state == trial_state::bad)
+    // Its last try did not end in a blessing.
+    if (t.state == trial_state::pending && t.left == 0)
+        mark_bad(&t);
+    else if (t.state == trial_state::bad)
         report_failed(t);
     if (t.state != trial_state::pending)
         return tune_status::ok;

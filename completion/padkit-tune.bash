@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply trial bless sweep -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == sweep ]]; then
@@ -31,10 +31,13 @@ _padkit_tune()
             --step | --runs | --timeout) return ;;
         esac
     fi
+    [[ $command == trial && ${COMP_WORDS[COMP_CWORD - 1]} == --tries ]] && return
     case $command:$cur in
         dump:-*) mapfile -t COMPREPLY < <(compgen -W "-x --json" -- "$cur") ;;
         diff:-*) mapfile -t COMPREPLY < <(compgen -W "--json" -- "$cur") ;;
         apply:-*) mapfile -t COMPREPLY < <(compgen -W "-n --dry-run -v --system" -- "$cur") ;;
+        trial:-*) mapfile -t COMPREPLY < <(compgen -W "--tries --now --status --json --remove" -- "$cur") ;;
+        bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --" -- "$cur") ;;
         dump:* | sweep:*)
@@ -49,7 +52,7 @@ _padkit_tune()
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        diff:* | apply:* | trial:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

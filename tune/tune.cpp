@@ -38,6 +38,12 @@ const subcommand subcommands[] = {
      "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
+    {"trial",
+     "trial [--tries N] [--now] FILE\n"
+     "trial --status [--json]\n"
+     "trial --remove",
+     trial_command},
+    {"bless", "bless", bless_command},
 };
 
 }  // namespace

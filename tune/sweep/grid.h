@@ -15,6 +15,9 @@
 struct grid_axis {
     std::string name;
     std::vector<long long> values;
+    bool signed_values = false;  // shown with their sign: -3, 0, +3
+
+    std::string label(std::size_t at) const;
 };
 
 // A point as positions on the two axes.
@@ -28,8 +31,10 @@ struct grid_results {
     // cells[y][x], by rising positions; a point not measured (an interrupted
     // shmoo) is empty.
     std::vector<std::vector<std::optional<outcome>>> cells;
-    // Where the board was before the shmoo, when both values are on the axes.
+    // Where the board was before the shmoo, when both values are on the
+    // axes, and the two values as shown.
     std::optional<grid_point> original;
+    std::string original_x, original_y;
 
     grid_results(grid_axis x_axis, grid_axis y_axis);
     bool passes(grid_point at) const;

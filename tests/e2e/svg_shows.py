@@ -21,4 +21,4 @@ for element in root.iter():
         print('window', inside[0], '..', inside[-1], len(inside))
     elif kind in ('centre', 'original', 'safest'):
         cx, cy = float(element.get('cx')), float(element.get('cy'))
-        print('centre', *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])
+        print(kind, *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])

@@ -79,6 +79,8 @@ std::vector<std::string> grid_summary(const grid_results& results, const std::op
     const std::string original = "original X=" + results.original_x + ", Y=" + results.original_y;
     if (!results.original)
         lines.push_back(original + ": not on the grid");
+    else if (!results.cells[results.original->y][results.original->x])
+        lines.push_back(original + ": not measured");
     else if (const std::optional<std::size_t> margin = margin_at(results, *results.original))
         lines.push_back(original + " (margin " + steps(*margin) + ")");
     else

@@ -21,7 +21,8 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
                       std::size_t width);
 
 // How many points pass, the safest point and its margin, the original point
-// and its margin, or that it does not pass or is not on the grid.
+// and its margin, or that it does not pass, was not measured or is not on
+// the grid.
 std::vector<std::string> grid_summary(const grid_results& results, const std::optional<safest_point>& safest);
 
 // "x_name,x_value,y_name,y_value,result", then a line per measured point.

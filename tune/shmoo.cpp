@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // shmoo: two properties against each other, the region where a test command
 // passes and the point with the most room around it.
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,11 +16,13 @@
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/sweep/chart.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 namespace {
 
@@ -31,28 +32,40 @@ constexpr std::size_t max_shmoo_points = 4096;
 // One axis of the shmoo: its property and its values in visiting order.
 struct shmoo_axis {
     property* prop = nullptr;
-    std::vector<long long> visits;
-    std::string original;  // as padkit shows it
+    value_axis visits;
+    std::vector<std::string> settings;  // per visit, the value as padkit writes it
+    std::string original;               // as padkit shows it
 
-    std::string setting(long long value) const { return std::to_string(value); }
-    // The position of a visited value among the values rising.
-    std::size_t position(std::size_t visit) const {
-        return visits.front() <= visits.back() ? visit : visits.size() - 1 - visit;
+    // A visit's position among the values rising, or the other way round:
+    // the same, or reversed.
+    std::size_t other_order(std::size_t at) const {
+        return visits.values.front() <= visits.values.back() ? at : visits.size() - 1 - at;
     }
+    const std::string& setting_at(std::size_t position) const { return settings[other_order(position)]; }
     grid_axis rising() const {
-        grid_axis axis{prop->name, visits, false};
+        grid_axis axis;
+        axis.name = prop->name;
+        axis.values = visits.values;
+        axis.is_signed = visits.is_signed;
         std::sort(axis.values.begin(), axis.values.end());
         return axis;
+    }
+    // "V", or "V (setting S)" where padkit writes it otherwise.
+    std::string value_text(std::size_t position) const {
+        const std::size_t visit = other_order(position);
+        const std::string& setting = settings[visit];
+        return visits.text_at(visit) + (setting == std::to_string(visits.values[visit]) ? "" : " (setting " + setting + ")");
     }
 };
 
 bool plan_axis(const swept_range& range, shmoo_axis* axis) {
-    if (const auto* composite = dynamic_cast<property_set*>(property::get_property(range.name))) {
-        std::string members;
-        for (const std::string& member : composite->members)
-            members += (members.empty() ? "" : ", ") + member;
-        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(),
-               members.c_str());
+    const property* prop = property::get_property(range.name);
+    const std::vector<std::string> members = prop ? prop->member_names() : std::vector<std::string>();
+    if (!members.empty()) {
+        std::string list;
+        for (const std::string& member : members)
+            list += (list.empty() ? "" : ", ") + member;
+        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(), list.c_str());
         return false;
     }
     sweep_plan plan;
@@ -60,44 +73,44 @@ bool plan_axis(const swept_range& range, shmoo_axis* axis) {
         return false;
     axis->prop = plan.rows.front();
     axis->visits = plan.axis;
+    axis->settings = plan.settings.front();
     return true;
 }
 
 std::string range_text(const shmoo_axis& axis) {
-    return axis.prop->name + " over " + std::to_string(axis.visits.front()) + ".." +
-           std::to_string(axis.visits.back()) + " (" + std::to_string(axis.visits.size()) +
-           (axis.visits.size() == 1 ? " value)" : " values)");
+    const value_axis& visits = axis.visits;
+    return axis.prop->name + " over " + visits.range_text(0, visits.size() - 1) + " (" +
+           std::to_string(visits.size()) + (visits.size() == 1 ? " value)" : " values)");
 }
 
 // Where the original value lies on the rising axis, if it is one of its values.
-std::optional<std::size_t> original_position(const grid_axis& axis, const std::string& original) {
-    for (std::size_t at = 0; at < axis.values.size(); ++at)
-        if (std::to_string(axis.values[at]) == original)
-            return at;
-    return std::nullopt;
-}
-
-// The width of the terminal on standard output; 0 when it is none.
-std::size_t terminal_width() {
-    winsize size{};
-    return isatty(STDOUT_FILENO) && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
+    long long value = 0;
+    if (!axis.prop->axis_value_of(axis.original, &value) || rising.position_of(value) == rising.size())
+        return std::nullopt;
+    return rising.position_of(value);
 }
 
 class shmoo {
 public:
-    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg)
-        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg),
-          progress(stderr, isatty(STDERR_FILENO), "point"), results(this->x.rising(), this->y.rising()) {}
+    // The files, when given, are open already.
+    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
+          whole_file* profile, std::string profile_header)
+        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), profile(profile),
+          profile_header(std::move(profile_header)), progress(stderr, isatty(STDERR_FILENO), "point"),
+          results(this->x.rising(), this->y.rising()) {}
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
         std::vector<std::string> originals;
         if (!read_locked({x.prop, y.prop}, &originals))
             return tune_status::bad_input;
-        x.original = results.original_x = originals[0];
-        y.original = results.original_y = originals[1];
-        const std::optional<std::size_t> original_x = original_position(results.x, x.original),
-                                         original_y = original_position(results.y, y.original);
+        x.original = originals[0];
+        y.original = originals[1];
+        const std::optional<std::size_t> original_x = original_position(x, results.x),
+                                         original_y = original_position(y, results.y);
+        results.original_x = original_x ? results.x.text_at(*original_x) : x.original;
+        results.original_y = original_y ? results.y.text_at(*original_y) : y.original;
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
         if (csv)
@@ -118,29 +131,28 @@ public:
 
 private:
     void measure(std::size_t row, std::size_t column) {
-        const long long x_value = x.visits[column], y_value = y.visits[row];
         std::vector<setting> changes;
         // The slow one, a voltage say, changes once a row.
         if (column == 0)
-            changes.push_back({y.prop, y.setting(y_value)});
-        changes.push_back({x.prop, x.setting(x_value)});
+            changes.push_back({y.prop, y.settings[row]});
+        changes.push_back({x.prop, x.settings[column]});
         changed = true;
         const std::size_t index = row * x.visits.size() + column + 1;
-        progress.show(x.prop->name + " = " + std::to_string(x_value) + ", " + y.prop->name + " = " +
-                          std::to_string(y_value),
+        progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
+                          y.visits.text_at(row),
                       index, x.visits.size() * y.visits.size());
         const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
-                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x_value)},
-                                   {"PADKIT_SHMOO_X_SETTING", x.setting(x_value)},
+                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
+                                   {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
                                    {"PADKIT_SHMOO_Y_NAME", y.prop->name},
-                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y_value)},
-                                   {"PADKIT_SHMOO_Y_SETTING", y.setting(y_value)}};
+                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
+                                   {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
         const point_result got = test_point(changes, options, names, stop, progress);
         ended = got.what;
         stop_signal = got.signal;
         if (got.what != point_result::measured)
             return;
-        const grid_point at{x.position(column), y.position(row)};
+        const grid_point at{x.other_order(column), y.other_order(row)};
         results.cells[at.y][at.x] = got.result;
         if (csv) {
             print_grid_csv_point(csv, results, at);
@@ -159,18 +171,16 @@ private:
     }
 
     void keep(const safest_point& safest) {
-        const std::string x_setting = x.setting(results.x.values[safest.at.x]),
-                          y_setting = y.setting(results.y.values[safest.at.y]);
-        if (!write_locked({{y.prop, y_setting}, {x.prop, x_setting}})) {
+        if (!write_locked({{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
             put_back();
             return;
         }
-        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x_setting.c_str());
-        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y_setting.c_str());
+        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x.value_text(safest.at.x).c_str());
+        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y.value_text(safest.at.y).c_str());
     }
 
     int finish(const std::optional<safest_point>& safest) {
-        print_grid_chart(stdout, results, safest, terminal_width());
+        print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
         for (const std::string& line : grid_summary(results, safest))
             std::printf("%s\n", line.c_str());
         std::fflush(stdout);
@@ -184,6 +194,7 @@ private:
                 files_written = false;
             }
         }
+        files_written = write_profile(safest) && files_written;
         if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "both settings restored");
@@ -198,10 +209,34 @@ private:
                                                                                  : tune_status::ok;
     }
 
+    // Only a shmoo that measured every point gives a profile: both settings
+    // at the safest point.
+    bool write_profile(const std::optional<safest_point>& safest) {
+        if (!profile)
+            return true;
+        if (ended != point_result::measured) {
+            profile->discard();
+            report("%s: not written; the shmoo did not finish", options.profile_path.c_str());
+            return false;
+        }
+        std::fputs(profile_header.c_str(), profile->stream());
+        if (safest)
+            std::fprintf(profile->stream(), "%s = %s\n%s = %s\n", x.prop->name.c_str(),
+                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(), y.setting_at(safest->at.y).c_str());
+        else
+            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(), y.prop->name.c_str());
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
+    }
+
     const shmoo_options& options;
     shmoo_axis x, y;
     std::FILE* csv;
     std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
     const stop_signals stop;
     progress_line progress;
     grid_results results;
@@ -248,5 +283,12 @@ int shmoo_command(int argc, char** argv) {
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
         return tune_status::bad_input;
-    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get()).run();
+    whole_file profile;
+    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
+        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+        return tune_status::bad_input;
+    }
+    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv))
+        .run();
 }

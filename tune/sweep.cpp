@@ -2,11 +2,14 @@
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "runtime/exit_status.h"
@@ -20,6 +23,7 @@
 #include "tune/sweep/consent.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
 
@@ -59,12 +63,27 @@ bool read_originals(const std::vector<property*>& rows, std::vector<std::string>
     return good;
 }
 
+// The value kept or written at a position, as the summary shows it.
+std::string value_text(const sweep_plan& plan, std::size_t row, std::size_t at) {
+    const std::string& setting = plan.settings[row][at];
+    const long long value = plan.axis.values[at];
+    return plan.axis.text(value) + (setting == std::to_string(value) ? "" : " (setting " + setting + ")");
+}
+
 class sweep {
 public:
     // The files, when given, are open already.
-    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg)
-        : options(options), plan(plan), csv(csv), svg(svg), progress(stderr, isatty(STDERR_FILENO)) {
+    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, whole_file* profile,
+          std::string profile_header)
+        : options(options),
+          plan(plan),
+          csv(csv),
+          svg(svg),
+          profile(profile),
+          profile_header(std::move(profile_header)),
+          progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
+        results.group = plan.group;
     }
 
     // Returns the exit status, unless a stop signal ends the program.
@@ -72,7 +91,10 @@ public:
         if (!read_originals(plan.rows, &originals))
             return tune_status::bad_input;
         for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
-            results.rows.push_back({plan.rows[row]->name, {}});
+            results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
+            long long original = 0;
+            if (plan.rows[row]->axis_value_of(originals[row], &original))
+                results.rows.back().original = original;
             for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
                 measure(row, at);
             // The next row runs with this one as it was.
@@ -86,7 +108,7 @@ public:
             const sweep_window window = widest_window(results.rows[row].results);
             every_window = every_window && window.count > 0;
             if (ended == cut::none && options.keep_centre && window.count > 0)
-                keep_centre(row, plan.axis[window_centre(window, plan.axis)]);
+                keep_centre(row, window_centre(window, plan.axis.values));
         }
         return finish(every_window);
     }
@@ -94,18 +116,20 @@ public:
 private:
     void measure(std::size_t row, std::size_t at) {
         property* prop = plan.rows[row];
-        const long long value = plan.axis[at];
+        const std::string& setting = plan.settings[row][at];
         if ((stop_signal = stop.take()) != 0) {
             ended = cut::signal;
             return;
         }
-        progress.show(prop->name + " = " + std::to_string(value), row * plan.axis.size() + at + 1,
+        progress.show(prop->name + " = " + plan.axis.text_at(at), row * plan.axis.size() + at + 1,
                       plan.rows.size() * plan.axis.size());
-        if (!locked_write(prop, std::to_string(value))) {
+        if (!locked_write(prop, setting)) {
             ended = cut::write_failed;
             return;
         }
-        const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", std::to_string(value)}};
+        const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
+                                   {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
+                                   {"PADKIT_SWEEP_SETTING", setting}};
         outcome result = outcome::pass;
         for (long long run = 0; run < options.runs && result == outcome::pass; ++run) {
             const command_result got =
@@ -140,18 +164,19 @@ private:
         }
     }
 
-    void keep_centre(std::size_t row, long long centre) {
-        if (locked_write(plan.rows[row], std::to_string(centre)))
-            report("%s: kept at the centre, %lld", plan.rows[row]->name.c_str(), centre);
+    void keep_centre(std::size_t row, std::size_t centre) {
+        if (locked_write(plan.rows[row], plan.settings[row][centre]))
+            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(), value_text(plan, row, centre).c_str());
         else
             put_back(row);
     }
 
     int finish(bool every_window) {
-        print_chart(stdout, results);
+        print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
         const bool csv_written = write_file(csv, options.csv_path, print_csv);
         const bool svg_written = write_file(svg, options.svg_path, print_svg);
+        const bool profile_written = write_profile();
         if (ended == cut::signal) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
@@ -162,7 +187,25 @@ private:
             return tune_status::left_changed;
         if (ended == cut::not_started)
             return tune_status::bad_input;
-        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? tune_status::not_done : tune_status::ok;
+        return ended == cut::write_failed || !every_window || !csv_written || !svg_written || !profile_written
+                   ? tune_status::not_done
+                   : tune_status::ok;
+    }
+
+    // Only a sweep that measured every value gives a profile.
+    bool write_profile() {
+        if (!profile)
+            return true;
+        if (ended != cut::none) {
+            profile->discard();
+            report("%s: not written; the sweep did not finish", options.profile_path.c_str());
+            return false;
+        }
+        print_profile(profile->stream(), results, profile_header);
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
     }
 
     bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
@@ -179,6 +222,8 @@ private:
     const sweep_plan& plan;
     std::FILE* csv;
     std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
     const stop_signals stop;
     progress_line progress;
     sweep_results results;
@@ -189,8 +234,9 @@ private:
 };
 
 std::string range_text(const sweep_plan& plan) {
-    return std::to_string(plan.axis.front()) + ".." + std::to_string(plan.axis.back()) + " (" +
-           std::to_string(plan.axis.size()) + (plan.axis.size() == 1 ? " value)" : " values)");
+    const value_axis& axis = plan.axis;
+    return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
+           (axis.size() == 1 ? " value)" : " values)");
 }
 
 bool confirmed(const sweep_options& options, const sweep_plan& plan) {
@@ -224,6 +270,31 @@ bool open_output(const std::string& path, file_ptr* file) {
     return false;
 }
 
+// A word as a shell would take it back; on one line, since it ends up in a comment.
+std::string shell_word(std::string word) {
+    std::replace(word.begin(), word.end(), '\n', ' ');
+    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                                                "_-+=.,:/@%") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// The comment lines that say where a sweep's profile comes from.
+std::string profile_header(int argc, char** argv) {
+    std::string line = std::string("# ") + program_name();
+    for (int i = 0; i < argc; ++i)
+        line += " " + shell_word(argv[i]);
+    char when[64] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (localtime_r(&now, &local))
+        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
+    return line + "\n# " + when + "\n";
+}
+
 }  // namespace
 
 int sweep_command(int argc, char** argv) {
@@ -249,5 +320,12 @@ int sweep_command(int argc, char** argv) {
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
         return tune_status::bad_input;
-    return sweep(options, plan, csv.get(), svg.get()).run();
+    whole_file profile;
+    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
+        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+        return tune_status::bad_input;
+    }
+    return sweep(options, plan, csv.get(), svg.get(), options.profile_path.empty() ? nullptr : &profile,
+                 profile_header(argc, argv))
+        .run();
 }

@@ -35,11 +35,12 @@ const subcommand subcommands[] = {
      apply_command},
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
     {"shmoo",
      "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--profile FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      shmoo_command},
 };
 

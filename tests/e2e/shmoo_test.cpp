@@ -34,7 +34,7 @@ std::string chart(const std::vector<std::string>& rows) {
     std::string text = core + " (rows) against " + mmc + " (columns)\n        34   40\n";
     for (std::size_t at = 0; at < rows.size(); ++at)
         text += std::to_string(930000 - 10000 * at) + "  " + rows[at] + "\n";
-    return text + "        34   40\n# pass  . fail  T time-out  O original  @ safest point\n";
+    return text + "        34   40\n# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n";
 }
 
 const std::string rdqs_file = "sys/kernel/debug/mmc0/rdqs", core_file = "sys/class/regulator/regulator.2/microvolts";
@@ -50,16 +50,16 @@ const run_case cases[] = {
          "16 of 49 points pass\nsafest point X=35, Y=900000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n",
      "", tune_status::ok},
     {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {},
-     chart({"..###..", ".#####.", "#######", "###O###", "#######", ".##@##.", "..###.."}) +
+     chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) +
          "36 of 49 points pass\nsafest point X=37, Y=880000 (margin 1 step)\noriginal X=37, Y=900000: does not pass\n",
      "", tune_status::ok},
-    {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...O...", ".......", ".......", "......."}) +
+    {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) +
          "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done},
     // A table field's keys against a register field's codes.
     {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c",
       "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {},
-     "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0\n"
-     "# pass  . fail  T time-out  O original  @ safest point\n6 of 16 points pass\n"
+     "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n"
+     "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n6 of 16 points pass\n"
      "safest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", tune_status::ok},
     {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...",
      "padkit-tune-sim: mmc::rdqs: kept at the safest point, 36\n"
@@ -71,7 +71,7 @@ const run_case cases[] = {
          "48 of 49 points pass\nsafest point X=37, Y=900000 (margin 2 steps)\noriginal X=37, Y=900000 (margin 2 steps)\n",
      "", tune_status::ok},
     {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {},
-     chart({"       ", "       ", "       ", "   O   ", "       ", "#@#####", "#######"}) +
+     chart({"       ", "       ", "       ", "   X   ", "       ", "#@#####", "#######"}) +
          "14 of 49 points pass\nsafest point X=35, Y=880000 (margin 0 steps)\noriginal X=37, Y=900000: not measured\n",
      "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM},
     // Refused before anything is written.

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <cstring>
 
 #include "runtime/report.h"
@@ -94,4 +96,32 @@ bool open_output(const std::string& path, file_ptr* file) {
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;
+}
+
+namespace {
+
+// A word as a shell would take it back; on one line, since it ends up in a comment.
+std::string shell_word(std::string word) {
+    std::replace(word.begin(), word.end(), '\n', ' ');
+    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                                                "_-+=.,:/@%") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+}  // namespace
+
+std::string profile_header(int argc, char** argv) {
+    std::string line = std::string("# ") + program_name();
+    for (int i = 0; i < argc; ++i)
+        line += " " + shell_word(argv[i]);
+    char when[64] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (localtime_r(&now, &local))
+        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
+    return line + "\n# " + when + "\n";
 }

@@ -113,8 +113,6 @@ public:
         results.original_y = original_y ? results.y.text_at(*original_y) : y.original;
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
-        if (csv)
-            print_grid_csv_header(csv);
         for (std::size_t row = 0; row < y.visits.size() && ended == point_result::measured; ++row)
             for (std::size_t column = 0; column < x.visits.size() && ended == point_result::measured; ++column)
                 measure(row, column);
@@ -179,11 +177,9 @@ private:
         report("%s: kept at the safest point, %s", y.prop->name.c_str(), y.value_text(safest.at.y).c_str());
     }
 
+    // The files first, standard output last: a reader of the output that
+    // goes away early costs no result.
     int finish(const std::optional<safest_point>& safest) {
-        print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
-        for (const std::string& line : grid_summary(results, safest))
-            std::printf("%s\n", line.c_str());
-        std::fflush(stdout);
         bool files_written = !csv || (std::fflush(csv) == 0 && !std::ferror(csv));
         if (!files_written)
             report("cannot write %s: %s", options.csv_path.c_str(), std::strerror(errno));
@@ -195,6 +191,10 @@ private:
             }
         }
         files_written = write_profile(safest) && files_written;
+        print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
+        for (const std::string& line : grid_summary(results, safest))
+            std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
         if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "both settings restored");
@@ -281,7 +281,7 @@ int shmoo_command(int argc, char** argv) {
     if (!confirmed(options, warning, "shmoo"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
+    if (!open_output(options.csv_path, &csv, print_grid_csv_header) || !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
     whole_file profile;
     if (!options.profile_path.empty() && !profile.open(options.profile_path)) {

@@ -88,11 +88,13 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
 }
 
 // Close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file) {
+bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
     if (path.empty())
         return true;
     file->reset(std::fopen(path.c_str(), "we"));
-    if (*file)
+    if (*file && header)
+        header(file->get());
+    if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;

@@ -51,9 +51,10 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
 
 using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// Opens a result file before anything is written, so that a bad path costs
-// nothing; nothing for an empty path. Says why it cannot.
-bool open_output(const std::string& path, file_ptr* file);
+// Creates a result file, and writes its HEADER (if any), before anything is
+// written to the board, so that a bad path costs nothing; nothing for an
+// empty path. Says why it cannot.
+bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*));
 
 // The comment lines that say where a profile comes from: the command line,
 // quoted as a shell would take it back, and the time.

@@ -60,18 +60,17 @@ void print_grid_svg(std::FILE* out, const grid_results& results, const std::opti
                          outcome_name(*result));
         }
     }
-    auto mark = [&](const char* kind, grid_point at, int radius) {
-        std::fprintf(out, "<circle class=\"%s\" cx=\"%d\" cy=\"%d\" r=\"%d\"/>\n", kind,
-                     left + static_cast<int>(at.x) * pitch + cell / 2,
-                     bottom - static_cast<int>(at.y + 1) * pitch + cell / 2, radius);
-    };
     if (results.original)
-        mark("original", *results.original, cell / 2 + 2);
+        std::fprintf(out, "<rect class=\"original\" x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\"/>\n",
+                     left + static_cast<int>(results.original->x) * pitch + 2,
+                     bottom - static_cast<int>(results.original->y + 1) * pitch + 2, cell - 4, cell - 4);
     if (safest)
-        mark("safest", safest->at, 3);
+        std::fprintf(out, "<circle class=\"safest\" cx=\"%d\" cy=\"%d\" r=\"3\"/>\n",
+                     left + static_cast<int>(safest->at.x) * pitch + cell / 2,
+                     bottom - static_cast<int>(safest->at.y + 1) * pitch + cell / 2);
     std::fprintf(out,
                  "<text class=\"legend\" x=\"%d\" y=\"%d\"><tspan class=\"pass\">\u25a0</tspan> pass "
                  "<tspan class=\"fail\">\u25a0</tspan> fail <tspan class=\"timeout\">\u25a0</tspan> "
-                 "time-out, ring: original point, dot: safest point</text>\n</svg>\n",
+                 "time-out, frame: original point, dot: safest point</text>\n</svg>\n",
                  margin, bottom + 3 * line);
 }

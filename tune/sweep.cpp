@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
@@ -26,10 +25,9 @@
 #include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
+#include "tune/test_run.h"
 
 namespace {
-
-using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Why a sweep ended before its last value.
 enum class cut { none, signal, not_started, write_failed };
@@ -114,7 +112,7 @@ private:
             ended = cut::signal;
             return;
         }
-        progress.show(prop->name, plan.axis.text_at(at), row * plan.axis.size() + at + 1,
+        progress.show(prop->name + " = " + plan.axis.text_at(at), row * plan.axis.size() + at + 1,
                       plan.rows.size() * plan.axis.size());
         if (!locked_write(prop, setting)) {
             ended = cut::write_failed;
@@ -262,31 +260,6 @@ bool open_output(const std::string& path, file_ptr* file) {
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;
-}
-
-// A word as a shell would take it back; on one line, since it ends up in a comment.
-std::string shell_word(std::string word) {
-    std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                                                "_-+=.,:/@%") == std::string::npos)
-        return word;
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-// The comment lines that say where a sweep's profile comes from.
-std::string profile_header(int argc, char** argv) {
-    std::string line = std::string("# ") + program_name();
-    for (int i = 0; i < argc; ++i)
-        line += " " + shell_word(argv[i]);
-    char when[64] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (localtime_r(&now, &local))
-        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
-    return line + "\n# " + when + "\n";
 }
 
 }  // namespace

@@ -67,23 +67,12 @@ const struct {
     const char* name;
 } outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}};
 
-std::string label_line(const value_axis& axis) {
-    std::string line;
-    for (const label_place& label : axis_labels(axis, 1)) {
-        const long long wanted = static_cast<long long>(label.from);
-        const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
-        line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
-        line += axis.text_at(label.at);
-    }
-    return line;
-}
-
 std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first, std::size_t count) {
     const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
     std::string marks;
     for (std::size_t at = first; at < first + count && at < row.results.size(); ++at) {
         const outcome result = row.results[at];
-        marks += at != original ? outcome_texts[static_cast<int>(result)].mark : result == outcome::pass ? 'O' : 'X';
+        marks += at != original ? outcome_mark(result) : result == outcome::pass ? 'O' : 'X';
     }
     return marks;
 }
@@ -105,6 +94,25 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
 
 const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
 
+char outcome_mark(outcome result) { return outcome_texts[static_cast<int>(result)].mark; }
+
+std::string label_line(const value_axis& axis) {
+    std::string line;
+    for (const label_place& label : axis_labels(axis, 1)) {
+        const long long wanted = static_cast<long long>(label.from);
+        const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
+        line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
+        line += axis.text_at(label.at);
+    }
+    return line;
+}
+
+std::size_t cells_per_line(std::size_t columns, std::size_t indent, std::size_t values) {
+    // A terminal too narrow for the labels still gets a few cells a line.
+    const std::size_t least = 8;
+    return columns == 0 ? values : std::max(columns > indent ? columns - indent : 0, least);
+}
+
 void print_chart(std::FILE* out, const sweep_results& results, std::size_t columns) {
     const std::size_t values = results.axis.size();
     if (values == 0)
@@ -113,9 +121,7 @@ void print_chart(std::FILE* out, const sweep_results& results, std::size_t colum
     for (const sweep_row& row : results.rows)
         name_width = std::max(name_width, row.name.size());
     const std::size_t indent = name_width + 2;
-    // A terminal too narrow for the names still gets a few cells a line.
-    const std::size_t least = 8;
-    const std::size_t block = columns == 0 ? values : std::max(columns > indent ? columns - indent : 0, least);
+    const std::size_t block = cells_per_line(columns, indent, values);
     for (std::size_t first = 0; first < values; first += block) {
         const std::size_t count = std::min(block, values - first);
         if (first > 0)

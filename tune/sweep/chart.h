@@ -44,5 +44,14 @@ void print_csv(std::FILE* out, const sweep_results& results);
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header);
 
 const char* outcome_name(outcome result);
+// '#' pass, '.' fail, 'T' time-out.
+char outcome_mark(outcome result);
+
+// The labels (axis_labels) of an axis over cells a character wide.
+std::string label_line(const value_axis& axis);
+
+// How many cells a line of a chart holds beside labels INDENT wide: all
+// VALUES without a limit (COLUMNS 0), else what fits, but at least a few.
+std::size_t cells_per_line(std::size_t columns, std::size_t indent, std::size_t values);
 
 #endif

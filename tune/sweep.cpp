@@ -2,6 +2,7 @@
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,10 +25,9 @@
 #include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
+#include "tune/test_run.h"
 
 namespace {
-
-using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Why a sweep ended before its last value.
 enum class cut { none, signal, not_started, write_failed };
@@ -59,13 +59,6 @@ bool read_originals(const std::vector<property*>& rows, std::vector<std::string>
     }
     release_run_lock();
     return good;
-}
-
-// The value kept or written at a position, as the summary shows it.
-std::string value_text(const sweep_plan& plan, std::size_t row, std::size_t at) {
-    const std::string& setting = plan.settings[row][at];
-    const long long value = plan.axis.values[at];
-    return plan.axis.text(value) + (setting == std::to_string(value) ? "" : " (setting " + setting + ")");
 }
 
 class sweep {
@@ -119,7 +112,7 @@ private:
             ended = cut::signal;
             return;
         }
-        progress.show(prop->name, plan.axis.text_at(at), row * plan.axis.size() + at + 1,
+        progress.show(prop->name + " = " + plan.axis.text_at(at), row * plan.axis.size() + at + 1,
                       plan.rows.size() * plan.axis.size());
         if (!locked_write(prop, setting)) {
             ended = cut::write_failed;
@@ -164,7 +157,8 @@ private:
 
     void keep_centre(std::size_t row, std::size_t centre) {
         if (locked_write(plan.rows[row], plan.settings[row][centre]))
-            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(), value_text(plan, row, centre).c_str());
+            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
+                   value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
             put_back(row);
     }

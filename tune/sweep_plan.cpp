@@ -34,7 +34,7 @@ bool resolve_rows(const std::string& name, sweep_plan* plan) {
 }
 
 // Every step-th of the table's keys from FROM to TO.
-bool keys_between(const sweep_options& options, const std::vector<long long>& table, value_axis* axis) {
+bool keys_between(const swept_range& options, const std::vector<long long>& table, value_axis* axis) {
     const long long low = std::min(options.from, options.to), high = std::max(options.from, options.to);
     std::vector<long long> keys;
     std::copy_if(table.begin(), table.end(), std::back_inserter(keys),
@@ -52,7 +52,7 @@ bool keys_between(const sweep_options& options, const std::vector<long long>& ta
 }
 
 // Every step-th value from FROM to TO, both on the axis.
-bool values_between(const sweep_options& options, const sweep_axis& range, value_axis* axis) {
+bool values_between(const swept_range& options, const sweep_axis& range, value_axis* axis) {
     for (long long end : {options.from, options.to}) {
         if (!range.holds(end)) {
             report("%s: %s is not in %s..%s; nothing written", options.name.c_str(), axis->text(end).c_str(),
@@ -73,7 +73,7 @@ bool values_between(const sweep_options& options, const sweep_axis& range, value
     return true;
 }
 
-bool build_axis(const sweep_options& options, property* first_row, value_axis* axis) {
+bool build_axis(const swept_range& options, property* first_row, value_axis* axis) {
     const sweep_axis range = first_row->axis();
     if (!range.sweepable()) {
         report("%s: cannot be swept; nothing written", options.name.c_str());
@@ -86,7 +86,7 @@ bool build_axis(const sweep_options& options, property* first_row, value_axis* a
 
 }  // namespace
 
-bool plan_sweep(const sweep_options& options, sweep_plan* plan) {
+bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, plan) || plan->rows.empty() ||
         !build_axis(options, plan->rows.front(), &plan->axis))
         return false;

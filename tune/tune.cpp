@@ -38,6 +38,16 @@ const subcommand subcommands[] = {
      "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
+    {"shmoo",
+     "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "      [--csv FILE] [--svg FILE] [--profile FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     shmoo_command},
+    {"trial",
+     "trial [--tries N] [--now] FILE\n"
+     "trial --status [--json]\n"
+     "trial --remove",
+     trial_command},
+    {"bless", "bless", bless_command},
     {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
 };
 

@@ -4,12 +4,13 @@
 #include <sys/ioctl.h>
 
 #include <algorithm>
-#include <ctime>
-
-#include "runtime/report.h"
 
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at) {
     return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
+}
+
+std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting) {
+    return axis.text_at(at) + (setting == std::to_string(axis.values[at]) ? "" : " (setting " + setting + ")");
 }
 
 namespace {
@@ -22,10 +23,8 @@ std::string margin_text(const margins& margin) {
     return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
 }
 
-// ", centre C", and the setting where it is written otherwise.
 std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
-    const std::string note = setting == std::to_string(axis.values[centre]) ? "" : " (setting " + setting + ")";
-    return ", centre " + axis.text_at(centre) + note;
+    return ", centre " + value_with_setting(axis, centre, setting);
 }
 
 std::string window_line(const sweep_row& row, const value_axis& axis) {
@@ -89,23 +88,12 @@ const struct {
     const char* name;
 } outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}};
 
-std::string label_line(const value_axis& axis) {
-    std::string line;
-    for (const label_place& label : axis_labels(axis, 1)) {
-        const long long wanted = static_cast<long long>(label.from);
-        const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
-        line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
-        line += axis.text_at(label.at);
-    }
-    return line;
-}
-
 std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first, std::size_t count) {
     const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
     std::string marks;
     for (std::size_t at = first; at < first + count && at < row.results.size(); ++at) {
         const outcome result = row.results[at];
-        marks += at != original ? outcome_texts[static_cast<int>(result)].mark : result == outcome::pass ? 'O' : 'X';
+        marks += at != original ? outcome_mark(result) : result == outcome::pass ? 'O' : 'X';
     }
     return marks;
 }
@@ -130,6 +118,25 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
 
 const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
 
+char outcome_mark(outcome result) { return outcome_texts[static_cast<int>(result)].mark; }
+
+std::string label_line(const value_axis& axis) {
+    std::string line;
+    for (const label_place& label : axis_labels(axis, 1)) {
+        const long long wanted = static_cast<long long>(label.from);
+        const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
+        line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
+        line += axis.text_at(label.at);
+    }
+    return line;
+}
+
+std::size_t cells_per_line(std::size_t columns, std::size_t indent, std::size_t values) {
+    // A terminal too narrow for the labels still gets a few cells a line.
+    const std::size_t least = 8;
+    return columns == 0 ? values : std::max(columns > indent ? columns - indent : 0, least);
+}
+
 void print_chart(std::FILE* out, const sweep_results& results, std::size_t columns) {
     const std::size_t values = results.axis.size();
     if (values == 0)
@@ -138,9 +145,7 @@ void print_chart(std::FILE* out, const sweep_results& results, std::size_t colum
     for (const sweep_row& row : results.rows)
         name_width = std::max(name_width, row.name.size());
     const std::size_t indent = name_width + 2;
-    // A terminal too narrow for the names still gets a few cells a line.
-    const std::size_t least = 8;
-    const std::size_t block = columns == 0 ? values : std::max(columns > indent ? columns - indent : 0, least);
+    const std::size_t block = cells_per_line(columns, indent, values);
     for (std::size_t first = 0; first < values; first += block) {
         const std::size_t count = std::min(block, values - first);
         if (first > 0)
@@ -167,34 +172,6 @@ void print_csv(std::FILE* out, const sweep_results& results) {
         for (std::size_t at = 0; at < row.results.size(); ++at)
             std::fprintf(out, "%s,%s,%s\n", row.name.c_str(), results.axis.text_at(at).c_str(),
                          outcome_name(row.results[at]));
-}
-
-namespace {
-
-// A word as a shell would take it back; on one line, since it ends up in a comment.
-std::string shell_word(std::string word) {
-    std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                                                "_-+=.,:/@%") == std::string::npos)
-        return word;
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-}  // namespace
-
-std::string profile_header(int argc, char** argv) {
-    std::string line = std::string("# ") + program_name();
-    for (int i = 0; i < argc; ++i)
-        line += " " + shell_word(argv[i]);
-    char when[64] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (localtime_r(&now, &local))
-        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
-    return line + "\n# " + when + "\n";
 }
 
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header) {

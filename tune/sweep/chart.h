@@ -14,6 +14,9 @@
 // The value as written at a position of the row's axis.
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at);
 
+// The axis value at a position, and " (setting S)" where it is written as S.
+std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting);
+
 // Per row "NAME: window LO..HI (N values), centre C" (with " (setting S)"
 // where the centre is written otherwise) or "NAME: no passing value", and
 // where its original lies: "NAME: original V: margin B below, A above"
@@ -35,15 +38,20 @@ std::size_t terminal_columns(int fd);
 // "name,value,result" and one line per measured cell.
 void print_csv(std::FILE* out, const sweep_results& results);
 
-// The comment lines that say where a profile comes from: the command line
-// (argv[0] the subcommand), shell-quoted, and the time.
-std::string profile_header(int argc, char** argv);
-
 // The header, then "NAME = SETTING" at the centre of each row's widest window,
 // or "# NAME: no passing value"; a group as "GROUP = {S,...}" when every row
 // has a window.
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header);
 
 const char* outcome_name(outcome result);
+// '#' pass, '.' fail, 'T' time-out.
+char outcome_mark(outcome result);
+
+// The labels (axis_labels) of an axis over cells a character wide.
+std::string label_line(const value_axis& axis);
+
+// How many cells a line of a chart holds beside labels INDENT wide: all
+// VALUES without a limit (COLUMNS 0), else what fits, but at least a few.
+std::size_t cells_per_line(std::size_t columns, std::size_t indent, std::size_t values);
 
 #endif

@@ -8,12 +8,7 @@
 
 #include "tune/sweep/chart.h"
 
-namespace {
-
-// Layout in pixels; text is 12 px monospace, about 8 px a character.
-const int cell = 12, pitch = 14, row_pitch = 18, char_width = 8, margin = 10, axis_height = 24;
-
-std::string escaped(const std::string& text) {
+std::string svg_escaped(const std::string& text) {
     std::string out;
     for (char c : text) {
         switch (c) {
@@ -27,6 +22,10 @@ std::string escaped(const std::string& text) {
     return out;
 }
 
+namespace {
+
+// Layout in pixels; text is 12 px monospace, about 8 px a character.
+const int cell = 12, pitch = 14, row_pitch = 18, char_width = 8, margin = 10, axis_height = 24;
 
 // One sweep's block from top down: its axis labels, rows and summary lines;
 // returns its height.
@@ -44,7 +43,7 @@ int print_section(std::FILE* out, const sweep_results& results, int top, int lef
     for (int r = 0; r < n_rows; ++r) {
         const sweep_row& row = results.rows[r];
         const int y = top + axis_height + r * row_pitch;
-        const std::string name = escaped(row.name);
+        const std::string name = svg_escaped(row.name);
         std::fprintf(out, "<text class=\"name\" x=\"%d\" y=\"%d\">%s</text>\n", margin, y + cell - 2,
                      name.c_str());
         for (std::size_t at = 0; at < row.results.size(); ++at) {
@@ -76,7 +75,7 @@ int print_section(std::FILE* out, const sweep_results& results, int top, int lef
     const int summary_top = top + axis_height + n_rows * row_pitch + row_pitch;
     for (std::size_t line = 0; line < summaries.size(); ++line)
         std::fprintf(out, "<text class=\"summary\" x=\"%d\" y=\"%d\">%s</text>\n", margin,
-                     summary_top + static_cast<int>(line) * row_pitch, escaped(summaries[line]).c_str());
+                     summary_top + static_cast<int>(line) * row_pitch, svg_escaped(summaries[line]).c_str());
     return summary_top - top + static_cast<int>(summaries.size()) * row_pitch;
 }
 

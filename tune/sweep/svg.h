@@ -4,9 +4,13 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
+#include <string>
 #include <vector>
 
 #include "tune/sweep/window.h"
+
+// The text with the characters that XML reserves as entities.
+std::string svg_escaped(const std::string& text);
 
 // The sweeps one below the other, each with the axis labels of the chart,
 // one <rect class="cell RESULT"> per row and measured value, the widest

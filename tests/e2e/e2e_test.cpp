@@ -53,6 +53,7 @@ using namespace padkit_status;
 
 const named_case rows[] = {
     {"no arguments", {{}, {}, usage_text, "", usage, ""}},
+    {"-h", {{"-h"}, {}, usage_text, "", usage, ""}},
     {"-x after the name", {{vref, "-x"}, {}, "..3\n" + usage_text, "", ok, ""}},
     {"raw read", {{"-r", vref}, {}, "8\n", "", ok, "R 0x00540008 0x00ac111c\n"}},
     {"raw read, unknown name", {{"-r", "nope"}, {}, "", unknown, ok, ""}},
@@ -203,4 +204,19 @@ TEST(padkit_sim, board_directory_from_environment) {
               "No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n" +
                   std::to_string(shell_status(padkit_status::lock_failed)));
     EXPECT_FALSE(fs::exists(b.dir));
+}
+
+// A request served whose output is lost fails: the file size limit refuses the first byte.
+TEST(padkit_sim, lost_output) {
+    const struct { const char* program; strings args; int status; } rows[] = {
+        {PADKIT_SIM, {"-r", mmc}, shell_status(padkit_status::output_failed)},
+        {PADKIT_TUNE_SIM, {"dump", mmc}, tune_status::not_done},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.program);
+        sim_board b(row.program);
+        b.run({"-h"});
+        b.launcher = {"sh", "-c", "trap '' XFSZ; ulimit -f 0; exec \"$@\"", "sh"};
+        EXPECT_EQ(b.run(row.args).status, row.status);
+    }
 }

@@ -169,6 +169,9 @@ const named_case cli_rows[] = {
                                    {{"regs", nullptr}, {"sys/class/regulator/regulator.1/microvolts", "1095000"},
                                     {"p", "cpu_regulator::microvolts = 1200000\nmac-tx::delay = 3\n"}},
                                    "", "...", left_changed}},
+    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
+                                 "current value 0 is not valid, valid range = 2 ~ 255\n"
+                                 "padkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
     {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
     {"apply --system -v", {{"apply", "--system", "-v"},
                            {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},

@@ -51,6 +51,8 @@ const settings worked = {{"regs", "0x00540008 0x12345678\n"}};  // tx-vref 8
 const std::string vref_top = "0x00540008 0x1237d678\n", vref_zero = "0x00540008 0x12305678\n";
 using namespace padkit_status;
 
+// A row to a line:
+// clang-format off
 const named_case rows[] = {
     {"no arguments", {{}, {}, usage_text, "", usage, ""}},
     {"-h", {{"-h"}, {}, usage_text, "", usage, ""}},
@@ -145,6 +147,7 @@ const named_case rows[] = {
     {"regs a link", {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n",
                      no_mem + get(vref, "0"), ok, r_zero}},
 };
+// clang-format on
 
 }  // namespace
 

@@ -135,6 +135,8 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
 const std::string rdqs = "sys/kernel/debug/mmc0/rdqs";
 using namespace tune_status;
 
+// A row to a line:
+// clang-format off
 const named_case cli_rows[] = {
     {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
     {"version", {{"--version"}, {}, "padkit-tune-sim " PADKIT_VERSION "\n", "", ok}},
@@ -178,6 +180,7 @@ const named_case cli_rows[] = {
                             {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}},
                            "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
 };
+// clang-format on
 
 TEST(padkit_tune, command_line) {
     for (const named_case& row : cli_rows)

@@ -154,7 +154,7 @@ const named_case rows[] = {
 TEST(padkit_sim, table) {
     for (const named_case& r : rows) {
         sim_board b(PADKIT_SIM);
-        if (!r.run.changes.empty())
+        if (!r.c.changes.empty())
             b.run({"-h"});
         check(b, r);
     }

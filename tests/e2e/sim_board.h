@@ -148,12 +148,12 @@ inline void check(const sim_board& b, const run_case& c) {
 // A case with the short name a failure prints.
 struct named_case {
     const char* name;
-    run_case run;
+    run_case c;
 };
 
 inline void check(const sim_board& b, const named_case& c) {
     SCOPED_TRACE(c.name);
-    check(b, c.run);
+    check(b, c.c);
 }
 
 // padkit-tune-sim on a board created by a run that touches nothing.

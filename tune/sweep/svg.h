@@ -4,12 +4,21 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
+#include <string>
+#include <string>
 
 #include "tune/sweep/window.h"
 
+// The text with the characters that XML reserves as entities.
+std::string svg_escaped(const std::string& text);
+
+// The text with the characters that XML reserves as entities.
+std::string svg_escaped(const std::string& text);
+
 // One <rect class="cell RESULT"> per row and measured value, the widest
-// window of each row outlined and its centre dotted, the first and last
-// values of the axis, the property names and each row's summary.
+// window of each row outlined and its centre dotted, its original value
+// framed, the axis labels of the chart, the property names and the summary
+// lines.
 void print_svg(std::FILE* out, const sweep_results& results);
 
 #endif

@@ -132,7 +132,8 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
     EXPECT_EQ(b.run({"dump"}).out, before);
 }
 
-const std::string rdqs = "sys/kernel/debug/mmc0/rdqs";
+const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu = "cpu_regulator::microvolts";
+const std::string cpu_volts = "sys/class/regulator/regulator.1/microvolts";
 using namespace tune_status;
 
 // A row to a line:
@@ -168,12 +169,17 @@ const named_case cli_rows[] = {
                   "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{rdqs, "37\n"}}}},
     // The voltage found is off the 10 mV step: putting it back writes the next step up.
     {"apply, putting back fails", {{"apply", "<B>/p"},
-                                   {{"regs", nullptr}, {"sys/class/regulator/regulator.1/microvolts", "1095000"},
+                                   {{"regs", nullptr}, {cpu_volts, "1095000"},
                                     {"p", "cpu_regulator::microvolts = 1200000\nmac-tx::delay = 3\n"}},
                                    "", "...", left_changed}},
     {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
                                  "current value 0 is not valid, valid range = 2 ~ 255\n"
                                  "padkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
+    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...",
+                                   "padkit-tune-sim: " + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
+    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"},
+                                   {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000...",
+                                   left_changed}},
     {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
     {"apply --system -v", {{"apply", "--system", "-v"},
                            {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},

@@ -41,6 +41,12 @@ public:
     virtual bool set_code(reg_info* reg, uint32_t code);
     virtual const std::string& get_name();
     virtual const std::string& get_desc();
+    // The field's answers to the sweep questions of its property (property.h):
+    // by default its limits, every value in them, each written as it is.
+    virtual sweep_axis axis();
+    virtual std::vector<long long> table_keys();
+    virtual uint32_t setting_for(long long axis_value);
+    virtual bool axis_value_of(uint32_t value, long long* axis_value);
 
     std::string name;
     std::string desc;
@@ -85,6 +91,9 @@ public:
     std::string valid_values() override;
     bool get_code(reg_info* reg, uint32_t* code) override;
     bool set_code(reg_info* reg, uint32_t code) override;
+    // Swept over the keys of its table.
+    sweep_axis axis() override;
+    std::vector<long long> table_keys() override;
 
     const value_table* value_map;
 };
@@ -153,6 +162,10 @@ public:
     bool save(std::string* value) override;
     bool restore(const std::string& value) override;
     void refresh() override;
+    std::vector<long long> table_keys() const override;
+    sweep_axis axis() const override;
+    std::string setting_for(long long axis_value) const override;
+    bool axis_value_of(const std::string& setting, long long* axis_value) const override;
 
     // One property "<register>::<field>" per field, in field-name order.
     static void register_as_property(property_group* group, reg_info* reg);

@@ -2,11 +2,13 @@
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "runtime/exit_status.h"
@@ -20,12 +22,12 @@
 #include "tune/sweep/consent.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
+#include "tune/test_run.h"
 
 namespace {
-
-using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Why a sweep ended before its last value.
 enum class cut { none, signal, not_started, write_failed };
@@ -33,9 +35,17 @@ enum class cut { none, signal, not_started, write_failed };
 class sweep {
 public:
     // The files, when given, are open already.
-    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg)
-        : options(options), plan(plan), csv(csv), svg(svg), progress(stderr, isatty(STDERR_FILENO)) {
+    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, whole_file* profile,
+          std::string profile_header)
+        : options(options),
+          plan(plan),
+          csv(csv),
+          svg(svg),
+          profile(profile),
+          profile_header(std::move(profile_header)),
+          progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
+        results.group = plan.group;
     }
 
     // Returns the exit status, unless a stop signal ends the program.
@@ -47,7 +57,10 @@ public:
             stop_signals::die_of(stop_signal);
         }
         for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
-            results.rows.push_back({plan.rows[row]->name, {}});
+            results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
+            long long original = 0;
+            if (plan.rows[row]->axis_value_of(originals[row], &original))
+                results.rows.back().original = original;
             for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
                 measure(row, at);
             // The next row runs with this one as it was.
@@ -61,7 +74,7 @@ public:
             const sweep_window window = widest_window(results.rows[row].results);
             every_window = every_window && window.count > 0;
             if (ended == cut::none && options.keep_centre && window.count > 0)
-                keep_centre(row, plan.axis[window_centre(window, plan.axis)]);
+                keep_centre(row, window_centre(window, plan.axis.values));
         }
         return finish(every_window);
     }
@@ -110,18 +123,21 @@ private:
 
     void measure(std::size_t row, std::size_t at) {
         property* prop = plan.rows[row];
-        const long long value = plan.axis[at];
+        const std::string& setting = plan.settings[row][at];
         if ((stop_signal = stop.take()) != 0) {
             ended = cut::signal;
             return;
         }
-        progress.show(prop->name, value, row * plan.axis.size() + at + 1, plan.rows.size() * plan.axis.size());
-        if (!locked_write(prop, std::to_string(value))) {
+        progress.show(prop->name + " = " + plan.axis.text_at(at), row * plan.axis.size() + at + 1,
+                      plan.rows.size() * plan.axis.size());
+        if (!locked_write(prop, setting)) {
             if (ended == cut::none)
                 ended = cut::write_failed;
             return;
         }
-        const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", std::to_string(value)}};
+        const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
+                                   {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
+                                   {"PADKIT_SWEEP_SETTING", setting}};
         outcome result = outcome::pass;
         for (long long run = 0; run < options.runs && result == outcome::pass; ++run) {
             const command_result got =
@@ -150,7 +166,7 @@ private:
         // Each measured value reaches the file at once, so that a sweep cut
         // short keeps it.
         if (csv) {
-            print_csv_line(csv, prop->name, value, result);
+            print_csv_line(csv, prop->name, plan.axis.text_at(at), result);
             file_written(csv, options.csv_path, &csv_written);
         }
     }
@@ -162,9 +178,10 @@ private:
         }
     }
 
-    void keep_centre(std::size_t row, long long centre) {
-        if (locked_write(plan.rows[row], std::to_string(centre)))
-            report("%s: kept at the centre, %lld", plan.rows[row]->name.c_str(), centre);
+    void keep_centre(std::size_t row, std::size_t centre) {
+        if (locked_write(plan.rows[row], plan.settings[row][centre]))
+            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
+                   value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
             put_back(row);
     }
@@ -174,10 +191,11 @@ private:
     int finish(bool every_window) {
         bool svg_written = true;
         if (svg) {
-            print_svg(svg, results);
+            print_svg(svg, {results}, "padkit-tune sweep");
             file_written(svg, options.svg_path, &svg_written);
         }
-        print_chart(stdout, results);
+        const bool profile_written = write_profile();
+        print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
         if (ended == cut::signal) {
             report("interrupted by %s; %s", strsignal(stop_signal),
@@ -189,7 +207,25 @@ private:
             return tune_status::left_changed;
         if (ended == cut::not_started)
             return tune_status::bad_input;
-        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? tune_status::not_done : tune_status::ok;
+        return ended == cut::write_failed || !every_window || !csv_written || !svg_written || !profile_written
+                   ? tune_status::not_done
+                   : tune_status::ok;
+    }
+
+    // Only a sweep that measured every value gives a profile.
+    bool write_profile() {
+        if (!profile)
+            return true;
+        if (ended != cut::none) {
+            profile->discard();
+            report("%s: not written; the sweep did not finish", options.profile_path.c_str());
+            return false;
+        }
+        print_profile(profile->stream(), results, profile_header);
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
     }
 
     // Flushes the file; the first time it could not be written, says so
@@ -206,6 +242,8 @@ private:
     const sweep_plan& plan;
     std::FILE* csv;
     std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
     const stop_signals stop;
     progress_line progress;
     sweep_results results;
@@ -217,8 +255,9 @@ private:
 };
 
 std::string range_text(const sweep_plan& plan) {
-    return std::to_string(plan.axis.front()) + ".." + std::to_string(plan.axis.back()) + " (" +
-           std::to_string(plan.axis.size()) + (plan.axis.size() == 1 ? " value)" : " values)");
+    const value_axis& axis = plan.axis;
+    return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
+           (axis.size() == 1 ? " value)" : " values)");
 }
 
 bool confirmed(const sweep_options& options, const sweep_plan& plan) {
@@ -240,21 +279,6 @@ bool confirmed(const sweep_options& options, const sweep_plan& plan) {
     return false;
 }
 
-// Created before anything is written, so that a bad path costs nothing;
-// close-on-exec, since the test command has no business with it. The
-// header of the CSV file must reach it then too.
-bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
-    if (path.empty())
-        return true;
-    file->reset(std::fopen(path.c_str(), "we"));
-    if (*file && header)
-        header(file->get());
-    if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
-        return true;
-    report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
-    return false;
-}
-
 }  // namespace
 
 int sweep_command(int argc, char** argv) {
@@ -262,7 +286,7 @@ int sweep_command(int argc, char** argv) {
     switch (parse_sweep_options(argc, argv, options)) {
     case sweep_request::help:
         print_usage(stdout);
-        return 0;
+        return tune_status::ok;
     case sweep_request::bad:
         return tune_status::bad_input;
     case sweep_request::run:
@@ -280,5 +304,12 @@ int sweep_command(int argc, char** argv) {
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
-    return sweep(options, plan, csv.get(), svg.get()).run();
+    whole_file profile;
+    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
+        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+        return tune_status::bad_input;
+    }
+    return sweep(options, plan, csv.get(), svg.get(), options.profile_path.empty() ? nullptr : &profile,
+                 profile_header(argc, argv))
+        .run();
 }

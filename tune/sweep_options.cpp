@@ -3,14 +3,32 @@
 
 #include <getopt.h>
 
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "properties/strict_value.h"
 #include "tune/commands.h"
 
+bool parse_signed_value(const std::string& text, long long* out, std::string* problem) {
+    const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');
+    uint32_t number = 0;
+    if (!parse_strict_u32(text.substr(sign), &number, problem)) {
+        if (sign)
+            *problem = "'" + text + "' is not a number";
+        return false;
+    }
+    *out = text[0] == '-' ? -static_cast<long long>(number) : number;
+    return true;
+}
+
 namespace {
+
+// getopt's value of the first step option; the others follow.
+constexpr int first_step_option = 256;
 
 // Seconds as digits with at most one decimal point; more than 0 and at most
 // about eleven days.
@@ -24,37 +42,42 @@ bool parse_seconds(const char* text, double* out) {
     return *out > 0 && *out <= 1e6;
 }
 
-// A value as a profile writes it; the property decides later whether it fits.
-bool parse_value(const char* what, const char* text, long long* out) {
-    uint32_t number = 0;
+bool parse_value(const char* what, const std::string& text, long long* out) {
     std::string problem;
-    if (!parse_strict_u32(text, &number, &problem)) {
-        usage_error(std::string(what) + ": " + problem);
-        return false;
-    }
-    *out = number;
-    return true;
+    if (parse_signed_value(text, out, &problem))
+        return true;
+    usage_error(std::string(what) + ": " + problem);
+    return false;
 }
 
-bool parse_positive(const char* what, const char* text, long long* out) {
+bool parse_nonzero(const char* what, const char* text, long long* out) {
     if (!parse_value(what, text, out))
         return false;
     if (*out == 0) {
-        usage_error(std::string(what) + " must be at least 1");
+        usage_error(std::string(what) + " must not be 0");
         return false;
     }
     return true;
 }
 
-bool parse_option(int option, const char* arg, sweep_options& options) {
+// The options that only one subcommand has: a step, by its long name.
+struct step_option {
+    const char* name;
+    long long* step;
+};
+
+bool parse_option(int option, const char* arg, test_options& options, const std::vector<step_option>& steps) {
     switch (option) {
     case 'y':
         options.assume_yes = true;
         return true;
-    case 's':
-        return parse_positive("--step", arg, &options.step);
     case 'r':
-        return parse_positive("--runs", arg, &options.runs);
+        if (!parse_value("--runs", arg, &options.runs))
+            return false;
+        if (options.runs >= 1)
+            return true;
+        usage_error("--runs must be at least 1");
+        return false;
     case 't':
         if (parse_seconds(arg, &options.timeout_seconds))
             return true;
@@ -72,44 +95,90 @@ bool parse_option(int option, const char* arg, sweep_options& options) {
     case 'g':
         options.svg_path = arg;
         return true;
+    case 'p':
+        options.profile_path = arg;
+        return true;
     }
-    return false;
+    const step_option& step = steps.at(static_cast<std::size_t>(option - first_step_option));
+    return parse_nonzero((std::string("--") + step.name).c_str(), arg, step.step);
 }
 
-}  // namespace
-
-sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
-    // Only the words before "--" are ours; the rest is the command.
+// Options end at the first operand, whatever the environment says, so that
+// a range may be negative; then exactly as many operands as NEEDS names,
+// "--" and the command.
+sweep_request parse_words(int argc, char** argv, test_options& options, const std::vector<step_option>& steps,
+                          const std::vector<const char*>& needs, std::vector<std::string>* operands) {
     int separator = 1;
     while (separator < argc && std::strcmp(argv[separator], "--") != 0)
         ++separator;
-    static const option long_options[] = {
-        {"step", required_argument, nullptr, 's'},    {"runs", required_argument, nullptr, 'r'},
-        {"timeout", required_argument, nullptr, 't'}, {"keep", required_argument, nullptr, 'k'},
-        {"csv", required_argument, nullptr, 'c'},     {"svg", required_argument, nullptr, 'g'},
-        {"help", no_argument, nullptr, 'h'},          {nullptr, 0, nullptr, 0}};
-    // Options may stand before or after the operands, whatever the environment says.
-    std::vector<const char*> operands;
+    std::vector<option> long_options = {
+        {"runs", required_argument, nullptr, 'r'}, {"timeout", required_argument, nullptr, 't'},
+        {"keep", required_argument, nullptr, 'k'}, {"csv", required_argument, nullptr, 'c'},
+        {"svg", required_argument, nullptr, 'g'},  {"profile", required_argument, nullptr, 'p'},
+        {"help", no_argument, nullptr, 'h'}};
+    for (std::size_t at = 0; at < steps.size(); ++at)
+        long_options.push_back({steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
+    long_options.push_back({nullptr, 0, nullptr, 0});
     optind = 0;
-    for (int option; (option = getopt_long(separator, argv, "-:yh", long_options, nullptr)) != -1;) {
-        if (option == 1)
-            operands.push_back(optarg);
-        else if (option == 'h')
+    for (int option; (option = getopt_long(separator, argv, "+:yh", long_options.data(), nullptr)) != -1;) {
+        if (option == 'h')
             return sweep_request::help;
         else if (option == '?')
             return unknown_option(argv), sweep_request::bad;
         else if (option == ':')
             return usage_error(std::string(argv[optind - 1]) + " needs a value"), sweep_request::bad;
-        else if (!parse_option(option, optarg, options))
+        else if (!parse_option(option, optarg, options, steps))
             return sweep_request::bad;
     }
-    if (operands.size() != 3 || separator + 1 >= argc) {
-        usage_error("sweep needs NAME FROM TO, then -- and the command");
+    operands->assign(argv + optind, argv + separator);
+    for (std::size_t at = 1; at < operands->size(); ++at) {
+        const std::string& word = (*operands)[at];
+        if (word.size() > 1 && word[0] == '-' && !std::isdigit(static_cast<unsigned char>(word[1]))) {
+            usage_error(word + ": options come before " + needs.front());
+            return sweep_request::bad;
+        }
+    }
+    if (operands->size() != needs.size() || separator + 1 >= argc) {
+        std::string names;
+        for (const char* name : needs)
+            names += std::string(names.empty() ? "" : " ") + name;
+        usage_error(std::string(argv[0]) + " needs " + names + ", then -- and the command");
         return sweep_request::bad;
     }
-    options.name = operands[0];
     options.command.assign(argv + separator + 1, argv + argc);
-    return parse_value("FROM", operands[1], &options.from) && parse_value("TO", operands[2], &options.to)
-               ? sweep_request::run
-               : sweep_request::bad;
+    return sweep_request::run;
+}
+
+// NAME FROM TO at FIRST of the operands.
+bool parse_range(const std::vector<std::string>& operands, std::size_t first, swept_range* range) {
+    range->name = operands[first];
+    if (!parse_value("FROM", operands[first + 1], &range->from) || !parse_value("TO", operands[first + 2], &range->to))
+        return false;
+    if (range->step < 0 && range->from < range->to) {
+        usage_error("--step " + std::to_string(range->step) + " leads away from TO");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
+    std::vector<std::string> operands;
+    const sweep_request request =
+        parse_words(argc, argv, options, {{"step", &options.step}}, {"NAME", "FROM", "TO"}, &operands);
+    if (request != sweep_request::run)
+        return request;
+    return parse_range(operands, 0, &options) ? sweep_request::run : sweep_request::bad;
+}
+
+sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options) {
+    std::vector<std::string> operands;
+    const sweep_request request =
+        parse_words(argc, argv, options, {{"xstep", &options.x.step}, {"ystep", &options.y.step}},
+                    {"X", "XFROM", "XTO", "Y", "YFROM", "YTO"}, &operands);
+    if (request != sweep_request::run)
+        return request;
+    return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y) ? sweep_request::run
+                                                                                         : sweep_request::bad;
 }

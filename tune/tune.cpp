@@ -36,8 +36,20 @@ const subcommand subcommands[] = {
      apply_command},
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--profile FILE] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "      (options before NAME; FROM, TO and N may be negative)",
      sweep_command},
+    {"shmoo",
+     "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "      [--csv FILE] [--svg FILE] [--profile FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     shmoo_command},
+    {"trial",
+     "trial [--tries N] [--now] FILE\n"
+     "trial --status [--json]\n"
+     "trial --remove",
+     trial_command},
+    {"bless", "bless", bless_command},
+    {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
 };
 
 }  // namespace
@@ -80,11 +92,11 @@ int serve(int argc, char** argv) {
     const std::string command = argv[1];
     if (command == "-h" || command == "--help") {
         print_usage(stdout);
-        return 0;
+        return tune_status::ok;
     }
     if (command == "--version") {
         std::printf("%s %s\n", program_name(), PADKIT_VERSION);
-        return 0;
+        return tune_status::ok;
     }
     opterr = 0;
     for (const subcommand& entry : subcommands)

@@ -12,8 +12,10 @@
 #include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/profile/apply.h"
 #include "tune/profile/board_io.h"
 #include "tune/profile/profile.h"
+#include "tune/profile/trial.h"
 
 namespace {
 
@@ -55,7 +57,7 @@ int write_all(const std::vector<change>& changes, bool verbose) {
         report("apply failed; left changed:%s", names.c_str());
         return tune_status::left_changed;
     }
-    return 0;
+    return tune_status::ok;
 }
 
 }  // namespace
@@ -73,7 +75,7 @@ int apply_command(int argc, char** argv) {
         case 'n': dry_run = true; break;
         case 'v': verbose = true; break;
         case 's': system = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }
@@ -84,10 +86,16 @@ int apply_command(int argc, char** argv) {
         return usage_error("apply needs a FILE");
     if (system && !system_profiles(&files))
         return tune_status::bad_input;
+    const int status = apply_profiles(files, system, dry_run, verbose);
+    // A trial goes on top of the known-good set, and only on a real boot.
+    return system && !dry_run && status == tune_status::ok ? apply_trial(verbose) : status;
+}
+
+int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run, bool verbose) {
     if (files.empty())
-        return 0;
+        return tune_status::ok;
     std::vector<setting> settings;
-    if (!load_profiles(files, &settings, system))
+    if (!load_profiles(files, &settings, system_files))
         return tune_status::bad_input;
     std::vector<change> changes;
     if (!take_run_lock() || !plan(settings, &changes))
@@ -108,5 +116,5 @@ int apply_command(int argc, char** argv) {
     }
     for (const change& c : changes)
         print_change(c);
-    return 0;
+    return tune_status::ok;
 }

@@ -22,7 +22,7 @@ int diff_command(int argc, char** argv) {
     for (int opt; (opt = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
         switch (opt) {
         case 'j': json = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }

@@ -131,14 +131,15 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
         return false;
     }
     std::string canonical;
-    if (auto* composite = dynamic_cast<property_set*>(prop)) {
+    const std::vector<std::string> members = prop->member_names();
+    if (!members.empty()) {
         std::vector<std::string> values;
-        if (!composite->check_members(value, &values, problem)) {
+        if (!prop->check_members(value, &values, problem)) {
             *problem = name + ": " + *problem;
             return false;
         }
         auto next_value = values.begin();
-        for (const std::string& member : composite->members)
+        for (const std::string& member : members)
             add(settings, property::get_property(member), *next_value++);
         return true;
     }
@@ -189,7 +190,7 @@ bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* 
     return good;
 }
 
-bool system_profiles(std::vector<std::string>* files) {
+bool system_profiles(std::vector<std::string>* files, bool quiet) {
     const std::string dir = system_path("/etc/padkit.d");
     DIR* listing = opendir(dir.c_str());
     if (!listing) {
@@ -210,12 +211,12 @@ bool system_profiles(std::vector<std::string>* files) {
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
         struct stat st {};
-        if (fstatat(dirfd(listing), name.c_str(), &st, system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
-            report("%s/%s: %s; skipped", dir.c_str(), shown(name).c_str(), std::strerror(errno));
-        else if (!S_ISREG(st.st_mode))
-            report("%s/%s: not a regular file; skipped", dir.c_str(), shown(name).c_str());
-        else
+        const bool found = fstatat(dirfd(listing), name.c_str(), &st, system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
+        if (found && S_ISREG(st.st_mode))
             files->push_back(dir + "/" + name);
+        else if (!quiet)
+            report("%s/%s: %s; skipped", dir.c_str(), shown(name).c_str(),
+                   found ? "not a regular file" : std::strerror(errno));
     }
     closedir(listing);
     return true;

@@ -28,8 +28,8 @@ bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* 
 
 // The regular files of the system profile directory ending in ".conf",
 // sorted by name; none when the directory is missing. Hidden files are left
-// out; anything else that is no regular file is said and skipped. False,
-// reported, when the directory cannot be read.
-bool system_profiles(std::vector<std::string>* files);
+// out; anything else that is no regular file is skipped, and said unless
+// QUIET. False, reported, when the directory cannot be read.
+bool system_profiles(std::vector<std::string>* files, bool quiet = false);
 
 #endif

@@ -4,12 +4,19 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "tune/sweep/window.h"
 
-// One <rect class="cell RESULT"> per row and measured value, the widest
-// window of each row outlined and its centre dotted, the first and last
-// values of the axis, the property names and each row's summary.
-void print_svg(std::FILE* out, const sweep_results& results);
+// The text with the characters that XML reserves as entities.
+std::string svg_escaped(const std::string& text);
+
+// The sweeps one below the other, each with the axis labels of the chart,
+// one <rect class="cell RESULT"> per row and measured value, the widest
+// window of each row outlined and its centre dotted, its original value
+// framed, a group's common window outlined across its rows, the row names
+// and the summary lines.
+void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const char* title);
 
 #endif

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The sweep's units, for what a sweep end to end does not show cheaply: the test
-// command's process group and stop signals, and the confirmation on a terminal.
+// The sweep's test command: its process group, time-out and stop signals.
 #include <signal.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <chrono>
@@ -12,11 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "tune/sweep/command_run.h"
-#include "tune/sweep/consent.h"
-#include "tests/unit/fake_hw.h"
 
 namespace {
 
@@ -36,16 +33,23 @@ bool ends(pid_t pid) {
 
 TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     const std::string pid_file = "/tmp/padkit-sweep-pid-" + std::to_string(getpid());
-    const struct { std::vector<std::string> argv; double timeout; command_result::kind what; int detail; } rows[] = {
-        {{"sh", "-c", "kill -KILL $$"}, 5, command_result::failed, 0},
-        {{"/nonexistent/command"}, 5, command_result::not_started, ENOENT},
+    const struct {
+        const char* name;
+        std::vector<std::string> argv;
+        double timeout;
+        command_result::kind what;
+        int detail;
+    } rows[] = {
+        {"killed", {"sh", "-c", "kill -KILL $$"}, 5, command_result::failed, 0},
+        {"not found", {"/nonexistent/command"}, 5, command_result::not_started, ENOENT},
         // A background sleep shares the group: it ends with the command.
-        {{"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2, command_result::timed_out, 0},
-        {{"sh", "-c", "sleep 30 & echo $! >" + pid_file}, 5, command_result::passed, 0},
-        {{"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
+        {"timed out, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2,
+         command_result::timed_out, 0},
+        {"passed, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file}, 5, command_result::passed, 0},
+        {"ignores SIGTERM", {"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.argv.back());
+        SCOPED_TRACE(row.name);
         stop_signals stop;
         int ticks = 0;
         const auto started = std::chrono::steady_clock::now();
@@ -74,23 +78,13 @@ TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnored) {
 }
 
 TEST(command_run, CommandExistsLikeExecvpWouldFindIt) {
-    for (const auto& [command, exists] : std::vector<std::pair<std::string, bool>>{
-             {"sh", true}, {"/bin/sh", true}, {"no-such-command-here", false}, {"/etc/passwd", false}, {"/tmp", false}})
-        EXPECT_EQ(command_exists(command), exists) << command;
-}
-
-TEST(consent, OnlyYOrYesOnATerminalProceeds) {
-    const struct { bool terminal; const char* input; consent answer; } rows[] = {
-        {true, "y\n", consent::given},       {true, " YES \n", consent::given}, {true, "yess\n", consent::refused},
-        {true, "", consent::refused},        {true, "n\ny\n", consent::refused}, {false, "y\n", consent::no_terminal},
+    const std::pair<const char*, bool> rows[] = {
+        {"sh", true},
+        {"/bin/sh", true},
+        {"no-such-command-here", false},
+        {"/etc/passwd", false},
+        {"/tmp", false},
     };
-    for (const auto& row : rows) {
-        std::string input = row.input;
-        std::FILE* in = fmemopen(input.data(), input.size() + 1, "r");
-        consent answer = consent::given;
-        const std::string err = stderr_of([&] { answer = ask_consent("WARNING! x", in, row.terminal, stderr); });
-        std::fclose(in);
-        EXPECT_EQ(answer, row.answer) << row.input;
-        EXPECT_EQ(err, row.terminal ? "WARNING! x\nContinue? [y/N] " : "WARNING! x\n");
-    }
+    for (const auto& [command, exists] : rows)
+        EXPECT_EQ(command_exists(command), exists) << command;  // the command is the row's name
 }

@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: MIT
+// shmoo: two properties against each other, the region where a test command
+// passes and the point with the most room around it.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "runtime/exit_status.h"
+#include "runtime/report.h"
+#include "runtime/stop_signals.h"
+#include "tune/commands.h"
+#include "tune/sweep/chart.h"
+#include "tune/sweep/grid_chart.h"
+#include "tune/sweep/grid_svg.h"
+#include "tune/sweep/whole_file.h"
+#include "tune/sweep_options.h"
+#include "tune/sweep_plan.h"
+#include "tune/test_run.h"
+
+namespace {
+
+// Beyond this a grid is a typing mistake rather than a shmoo.
+constexpr std::size_t max_shmoo_points = 4096;
+
+// One axis of the shmoo: its property and its values in visiting order.
+struct shmoo_axis {
+    property* prop = nullptr;
+    value_axis visits;
+    std::vector<std::string> settings;  // per visit, the value as padkit writes it
+    std::string original;               // as padkit shows it
+
+    // A visit's position among the values rising, or the other way round:
+    // the same, or reversed.
+    std::size_t other_order(std::size_t at) const {
+        return visits.values.front() <= visits.values.back() ? at : visits.size() - 1 - at;
+    }
+    const std::string& setting_at(std::size_t position) const { return settings[other_order(position)]; }
+    grid_axis rising() const {
+        grid_axis axis;
+        axis.name = prop->name;
+        axis.values = visits.values;
+        axis.is_signed = visits.is_signed;
+        std::sort(axis.values.begin(), axis.values.end());
+        return axis;
+    }
+    // "V", or "V (setting S)" where padkit writes it otherwise.
+    std::string value_text(std::size_t position) const {
+        const std::size_t visit = other_order(position);
+        const std::string& setting = settings[visit];
+        return visits.text_at(visit) + (setting == std::to_string(visits.values[visit]) ? "" : " (setting " + setting + ")");
+    }
+};
+
+bool plan_axis(const swept_range& range, shmoo_axis* axis) {
+    const property* prop = property::get_property(range.name);
+    const std::vector<std::string> members = prop ? prop->member_names() : std::vector<std::string>();
+    if (!members.empty()) {
+        std::string list;
+        for (const std::string& member : members)
+            list += (list.empty() ? "" : ", ") + member;
+        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(), list.c_str());
+        return false;
+    }
+    sweep_plan plan;
+    if (!plan_sweep(range, &plan))
+        return false;
+    axis->prop = plan.rows.front();
+    axis->visits = plan.axis;
+    axis->settings = plan.settings.front();
+    return true;
+}
+
+std::string range_text(const shmoo_axis& axis) {
+    const value_axis& visits = axis.visits;
+    return axis.prop->name + " over " + visits.range_text(0, visits.size() - 1) + " (" +
+           std::to_string(visits.size()) + (visits.size() == 1 ? " value)" : " values)");
+}
+
+// Where the original value lies on the rising axis, if it is one of its values.
+std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
+    long long value = 0;
+    if (!axis.prop->axis_value_of(axis.original, &value) || rising.position_of(value) == rising.size())
+        return std::nullopt;
+    return rising.position_of(value);
+}
+
+class shmoo {
+public:
+    // The files, when given, are open already.
+    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
+          whole_file* profile, std::string profile_header)
+        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), profile(profile),
+          profile_header(std::move(profile_header)), progress(stderr, isatty(STDERR_FILENO), "point"),
+          results(this->x.rising(), this->y.rising()) {}
+
+    // Returns the exit status, unless a stop signal ends the program.
+    int run() {
+        std::vector<std::string> originals;
+        if (!read_locked({x.prop, y.prop}, &originals))
+            return tune_status::bad_input;
+        x.original = originals[0];
+        y.original = originals[1];
+        const std::optional<std::size_t> original_x = original_position(x, results.x),
+                                         original_y = original_position(y, results.y);
+        results.original_x = original_x ? results.x.text_at(*original_x) : x.original;
+        results.original_y = original_y ? results.y.text_at(*original_y) : y.original;
+        if (original_x && original_y)
+            results.original = grid_point{*original_x, *original_y};
+        for (std::size_t row = 0; row < y.visits.size() && ended == point_result::measured; ++row)
+            for (std::size_t column = 0; column < x.visits.size() && ended == point_result::measured; ++column)
+                measure(row, column);
+        progress.clear();
+        if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
+            ended = point_result::interrupted;
+        const std::optional<safest_point> safest = find_safest(results, results.original);
+        if (ended == point_result::measured && options.keep_centre && safest)
+            keep(*safest);
+        else
+            put_back();
+        return finish(safest);
+    }
+
+private:
+    void measure(std::size_t row, std::size_t column) {
+        std::vector<setting> changes;
+        // The slow one, a voltage say, changes once a row.
+        if (column == 0)
+            changes.push_back({y.prop, y.settings[row]});
+        changes.push_back({x.prop, x.settings[column]});
+        changed = true;
+        const std::size_t index = row * x.visits.size() + column + 1;
+        progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
+                          y.visits.text_at(row),
+                      index, x.visits.size() * y.visits.size());
+        const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
+                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
+                                   {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
+                                   {"PADKIT_SHMOO_Y_NAME", y.prop->name},
+                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
+                                   {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
+        const point_result got = test_point(changes, options, names, stop, progress);
+        ended = got.what;
+        stop_signal = got.signal;
+        if (got.what != point_result::measured)
+            return;
+        const grid_point at{x.other_order(column), y.other_order(row)};
+        results.cells[at.y][at.x] = got.result;
+        if (csv) {
+            print_grid_csv_point(csv, results, at);
+            std::fflush(csv);
+        }
+    }
+
+    void put_back() {
+        if (!changed)
+            return;
+        for (const shmoo_axis* axis : {&x, &y})
+            if (!write_locked({{axis->prop, axis->original}})) {
+                report("%s: left changed; it was %s", axis->prop->name.c_str(), axis->original.c_str());
+                left_changed = true;
+            }
+    }
+
+    void keep(const safest_point& safest) {
+        if (!write_locked({{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
+            put_back();
+            return;
+        }
+        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x.value_text(safest.at.x).c_str());
+        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y.value_text(safest.at.y).c_str());
+    }
+
+    // The files first, standard output last: a reader of the output that
+    // goes away early costs no result.
+    int finish(const std::optional<safest_point>& safest) {
+        bool files_written = !csv || (std::fflush(csv) == 0 && !std::ferror(csv));
+        if (!files_written)
+            report("cannot write %s: %s", options.csv_path.c_str(), std::strerror(errno));
+        if (svg) {
+            print_grid_svg(svg, results, safest);
+            if (std::fflush(svg) != 0 || std::ferror(svg)) {
+                report("cannot write %s: %s", options.svg_path.c_str(), std::strerror(errno));
+                files_written = false;
+            }
+        }
+        files_written = write_profile(safest) && files_written;
+        print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
+        for (const std::string& line : grid_summary(results, safest))
+            std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
+        if (ended == point_result::interrupted) {
+            report("interrupted by %s; %s", strsignal(stop_signal),
+                   left_changed ? "not everything restored" : "both settings restored");
+            if (!left_changed)
+                stop_signals::die_of(stop_signal);
+        }
+        if (left_changed)
+            return tune_status::left_changed;
+        if (ended == point_result::not_started)
+            return tune_status::bad_input;
+        return ended == point_result::write_failed || !safest || !files_written ? tune_status::not_done
+                                                                                 : tune_status::ok;
+    }
+
+    // Only a shmoo that measured every point gives a profile: both settings
+    // at the safest point.
+    bool write_profile(const std::optional<safest_point>& safest) {
+        if (!profile)
+            return true;
+        if (ended != point_result::measured) {
+            profile->discard();
+            report("%s: not written; the shmoo did not finish", options.profile_path.c_str());
+            return false;
+        }
+        std::fputs(profile_header.c_str(), profile->stream());
+        if (safest)
+            std::fprintf(profile->stream(), "%s = %s\n%s = %s\n", x.prop->name.c_str(),
+                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(), y.setting_at(safest->at.y).c_str());
+        else
+            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(), y.prop->name.c_str());
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
+    }
+
+    const shmoo_options& options;
+    shmoo_axis x, y;
+    std::FILE* csv;
+    std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
+    const stop_signals stop;
+    progress_line progress;
+    grid_results results;
+    point_result::kind ended = point_result::measured;
+    int stop_signal = 0;
+    bool changed = false, left_changed = false;
+};
+
+}  // namespace
+
+int shmoo_command(int argc, char** argv) {
+    shmoo_options options;
+    switch (parse_shmoo_options(argc, argv, options)) {
+    case sweep_request::help:
+        print_usage(stdout);
+        return tune_status::ok;
+    case sweep_request::bad:
+        return tune_status::bad_input;
+    case sweep_request::run:
+        break;
+    }
+    shmoo_axis x, y;
+    if (!plan_axis(options.x, &x) || !plan_axis(options.y, &y))
+        return tune_status::bad_input;
+    if (x.prop == y.prop) {
+        report("X and Y are both %s; a shmoo takes two different properties", x.prop->name.c_str());
+        return tune_status::bad_input;
+    }
+    const std::size_t points = x.visits.size() * y.visits.size();
+    if (points > max_shmoo_points) {
+        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x.visits.size(), y.visits.size(),
+               max_shmoo_points);
+        return tune_status::bad_input;
+    }
+    if (!command_exists(options.command.front())) {
+        report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
+        return tune_status::bad_input;
+    }
+    const std::string warning = "WARNING! This shmoo sweeps " + range_text(x) + " against " + range_text(y) +
+                                " on the running board. A value outside its working window can hang the "
+                                "system or corrupt memory and storage.";
+    if (!confirmed(options, warning, "shmoo"))
+        return tune_status::bad_input;
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    if (!open_output(options.csv_path, &csv, print_grid_csv_header) || !open_output(options.svg_path, &svg, nullptr))
+        return tune_status::bad_input;
+    whole_file profile;
+    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
+        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+        return tune_status::bad_input;
+    }
+    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv))
+        .run();
+}

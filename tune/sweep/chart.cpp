@@ -21,7 +21,7 @@ namespace {
 const struct {
     char mark;
     const char* name;
-} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}};
+} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}, {'H', "hang"}};
 
 }  // namespace
 

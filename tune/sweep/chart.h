@@ -14,7 +14,7 @@
 std::string window_summary(const sweep_row& row, const std::vector<long long>& axis);
 
 // The first and last values of the axis above the cells, a line of cells per
-// row ('#' pass, '.' fail, 'T' time-out), then the summary of each row.
+// row ('#' pass, '.' fail, 'T' time-out, 'H' hang), then the summary of each row.
 void print_chart(std::FILE* out, const sweep_results& results);
 
 // "name,value,result" and one line per measured cell.

@@ -99,7 +99,8 @@ private:
             ended = cut::signal;
             return;
         }
-        progress.show(prop->name, value, row * plan.axis.size() + at + 1, plan.rows.size() * plan.axis.size());
+        progress.show(prop->name + " = " + std::to_string(value), row * plan.axis.size() + at + 1,
+                      plan.rows.size() * plan.axis.size());
         if (!locked_write(prop, std::to_string(value))) {
             ended = cut::write_failed;
             return;

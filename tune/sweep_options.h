@@ -1,27 +1,41 @@
 // SPDX-License-Identifier: MIT
-// The command line of padkit-tune sweep.
+// The command lines of padkit-tune sweep and shmoo.
 #ifndef PADKIT_SWEEP_OPTIONS_H
 #define PADKIT_SWEEP_OPTIONS_H
 
 #include <string>
 #include <vector>
 
-struct sweep_options {
+// What sweep and shmoo share: how the test command runs, and what is left
+// and written at the end.
+struct test_options {
     bool assume_yes = false;
-    long long step = 0;  // 0: the property's own default
     long long runs = 1;
     double timeout_seconds = 60;
     bool keep_centre = false;
     std::string csv_path, svg_path;
+    std::vector<std::string> command;
+};
+
+// One swept property and its range.
+struct swept_range {
     std::string name;
     long long from = 0, to = 0;
-    std::vector<std::string> command;
+    long long step = 0;  // 0: the property's own default
+};
+
+struct sweep_options : test_options, swept_range {};
+
+struct shmoo_options : test_options {
+    swept_range x, y;
 };
 
 enum class sweep_request { run, help, bad };
 
-// Reads the subcommand's words (argv[0] is "sweep"). On bad input says what
+// Read the subcommand's words (argv[0] is the subcommand's name): options
+// first, then the operands, then "--" and the command. On bad input say what
 // is wrong, and the usage, on standard error.
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options);
+sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options);
 
 #endif

@@ -43,7 +43,7 @@ bool resolve_rows(const std::string& name, std::vector<property*>* rows) {
 
 // The values in visiting order: every step-th key of a table, or every
 // step-th integer.
-bool build_axis(const sweep_options& options, property* first_row, std::vector<long long>* axis) {
+bool build_axis(const swept_range& options, property* first_row, std::vector<long long>* axis) {
     const long long low = std::min(options.from, options.to), high = std::max(options.from, options.to);
     const long long direction = options.from > options.to ? -1 : 1;
     if (const auto* table = table_of(first_row)) {
@@ -77,7 +77,7 @@ bool build_axis(const sweep_options& options, property* first_row, std::vector<l
 
 }  // namespace
 
-bool plan_sweep(const sweep_options& options, sweep_plan* plan) {
+bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, &plan->rows) || plan->rows.empty() ||
         !build_axis(options, plan->rows.front(), &plan->axis))
         return false;

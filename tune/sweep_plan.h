@@ -22,6 +22,6 @@ constexpr std::size_t max_sweep_values = 4096;
 // default step of 10000 for regulators and 1 otherwise. Every value is
 // checked against every row the way a profile's are, without touching the
 // board. On failure says why and returns false.
-bool plan_sweep(const sweep_options& options, sweep_plan* plan);
+bool plan_sweep(const swept_range& options, sweep_plan* plan);
 
 #endif

@@ -37,6 +37,10 @@ const subcommand subcommands[] = {
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
      "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
      sweep_command},
+    {"shmoo",
+     "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "      [--csv FILE] [--svg FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     shmoo_command},
 };
 
 }  // namespace

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Prints what a sweep's SVG shows, one item a line, parsed as XML."""
+"""Prints what a sweep's or shmoo's SVG shows, one item a line, parsed as XML."""
 import sys
 import xml.etree.ElementTree as ET
 
@@ -19,6 +19,6 @@ for element in root.iter():
         right, bottom = x + float(element.get('width')), y + float(element.get('height'))
         inside = [t for cx, cy, w, t in cells if x <= cx and cx + w <= right and y <= cy <= bottom]
         print('window', inside[0], '..', inside[-1], len(inside))
-    elif kind == 'centre':
+    elif kind in ('centre', 'original', 'safest'):
         cx, cy = float(element.get('cx')), float(element.get('cy'))
-        print('centre', *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])
+        print(kind, *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])

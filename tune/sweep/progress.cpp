@@ -1,26 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "tune/sweep/progress.h"
 
-std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,
-                          long long elapsed_seconds) {
-    char elapsed[32];
-    const long long hours = elapsed_seconds / 3600, minutes = elapsed_seconds / 60 % 60,
-                    seconds = elapsed_seconds % 60;
+namespace {
+
+std::string duration_text(long long seconds) {
+    char text[32];
+    const long long hours = seconds / 3600, minutes = seconds / 60 % 60;
     if (hours > 0)
-        std::snprintf(elapsed, sizeof elapsed, "%lld:%02lld:%02lld", hours, minutes, seconds);
+        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", hours, minutes, seconds % 60);
     else
-        std::snprintf(elapsed, sizeof elapsed, "%lld:%02lld", minutes, seconds);
-    return name + " = " + std::to_string(value) + " (value " + std::to_string(index) + " of " +
-           std::to_string(count) + "), " + elapsed + " elapsed";
+        std::snprintf(text, sizeof text, "%lld:%02lld", minutes, seconds % 60);
+    return text;
 }
 
-progress_line::progress_line(std::FILE* out, bool on_terminal)
-    : out(out), on_terminal(on_terminal), start(std::chrono::steady_clock::now()) {}
+}  // namespace
 
-void progress_line::show(const std::string& shown_name, long long shown_value, std::size_t shown_index,
-                         std::size_t shown_count) {
-    name = shown_name;
-    value = shown_value;
+std::string progress_text(const std::string& what, const char* unit, std::size_t index, std::size_t count,
+                          long long elapsed_seconds) {
+    std::string text = what + " (" + unit + " " + std::to_string(index) + " of " + std::to_string(count) + "), " +
+                       duration_text(elapsed_seconds) + " elapsed";
+    const long long done = static_cast<long long>(index) - 1;
+    if (done > 0)
+        text += ", about " + duration_text(elapsed_seconds * (static_cast<long long>(count) - done) / done) + " left";
+    return text;
+}
+
+progress_line::progress_line(std::FILE* out, bool on_terminal, const char* unit)
+    : out(out), on_terminal(on_terminal), unit(unit), start(std::chrono::steady_clock::now()) {}
+
+void progress_line::show(const std::string& shown, std::size_t shown_index, std::size_t shown_count) {
+    what = shown;
     index = shown_index;
     count = shown_count;
     refresh();
@@ -31,7 +40,7 @@ void progress_line::refresh() {
         return;
     const auto elapsed = std::chrono::steady_clock::now() - start;
     const std::string text =
-        progress_text(name, value, index, count, std::chrono::duration_cast<std::chrono::seconds>(elapsed).count());
+        progress_text(what, unit, index, count, std::chrono::duration_cast<std::chrono::seconds>(elapsed).count());
     // Spaces cover what is left of a longer line before.
     std::fprintf(out, "\r%s%*s", text.c_str(), static_cast<int>(width > text.size() ? width - text.size() : 0), "");
     std::fflush(out);

@@ -9,18 +9,20 @@
 #include <cstdio>
 #include <string>
 
-// "NAME = VALUE (value I of N), M:SS elapsed"; hours are added when needed.
-std::string progress_text(const std::string& name, long long value, std::size_t index, std::size_t count,
+// "WHAT (UNIT I of N), M:SS elapsed" and, once a step is done, ", about M:SS
+// left" at the pace so far; hours are added when needed.
+std::string progress_text(const std::string& what, const char* unit, std::size_t index, std::size_t count,
                           long long elapsed_seconds);
 
 class progress_line {
 public:
-    progress_line(std::FILE* out, bool on_terminal);
+    // UNIT names what is counted: "value", "point".
+    progress_line(std::FILE* out, bool on_terminal, const char* unit = "value");
 
-    // Shows value index (counted from 1) of count; the elapsed time counts
+    // Shows step index (counted from 1) of count; the elapsed time counts
     // from the construction.
-    void show(const std::string& name, long long value, std::size_t index, std::size_t count);
-    // Shows the last values again with the elapsed time brought up to date.
+    void show(const std::string& what, std::size_t index, std::size_t count);
+    // Shows the last step again with the times brought up to date.
     void refresh();
     // Blanks the line, so that what follows starts on a clean one.
     void clear();
@@ -28,9 +30,9 @@ public:
 private:
     std::FILE* out;
     bool on_terminal;
+    const char* unit;
     std::chrono::steady_clock::time_point start;
-    std::string name;
-    long long value = 0;
+    std::string what;
     std::size_t index = 0, count = 0, width = 0;
 };
 

@@ -13,7 +13,9 @@ namespace {
 // Layout in pixels; text is 12 px monospace, about 8 px a character.
 const int cell = 12, pitch = 14, row_pitch = 18, char_width = 8, margin = 10, axis_height = 24;
 
-std::string escaped(const std::string& text) {
+}  // namespace
+
+std::string svg_escaped(const std::string& text) {
     std::string out;
     for (char c : text) {
         switch (c) {
@@ -26,8 +28,6 @@ std::string escaped(const std::string& text) {
     }
     return out;
 }
-
-}  // namespace
 
 void print_svg(std::FILE* out, const sweep_results& results) {
     std::size_t name_chars = 0, summary_chars = 0;
@@ -66,7 +66,7 @@ void print_svg(std::FILE* out, const sweep_results& results) {
     for (int r = 0; r < n_rows; ++r) {
         const sweep_row& row = results.rows[r];
         const int y = axis_height + r * row_pitch;
-        const std::string name = escaped(row.name);
+        const std::string name = svg_escaped(row.name);
         std::fprintf(out, "<text class=\"name\" x=\"%d\" y=\"%d\">%s</text>\n", margin, y + cell - 2,
                      name.c_str());
         for (std::size_t at = 0; at < row.results.size(); ++at) {
@@ -88,7 +88,7 @@ void print_svg(std::FILE* out, const sweep_results& results) {
     }
     for (int r = 0; r < n_rows; ++r)
         std::fprintf(out, "<text class=\"summary\" x=\"%d\" y=\"%d\">%s</text>\n", margin,
-                     summary_top + r * row_pitch, escaped(summaries[r]).c_str());
+                     summary_top + r * row_pitch, svg_escaped(summaries[r]).c_str());
     std::fprintf(out,
                  "<text class=\"legend\" x=\"%d\" y=\"%d\"><tspan class=\"pass\">\u25a0</tspan> pass "
                  "<tspan class=\"fail\">\u25a0</tspan> fail <tspan class=\"timeout\">\u25a0</tspan> "

@@ -4,8 +4,12 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
+#include <string>
 
 #include "tune/sweep/window.h"
+
+// The text with the characters that XML reserves as entities.
+std::string svg_escaped(const std::string& text);
 
 // One <rect class="cell RESULT"> per row and measured value, the widest
 // window of each row outlined and its centre dotted, the first and last

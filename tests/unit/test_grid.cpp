@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// The shmoo's safest point at the grid's edges, around holes and on ties.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tune/sweep/grid.h"
+
+namespace {
+
+// Rows from the lowest Y up: '#' passes, '.' fails, 'T' timed out, ' ' not measured.
+grid_results grid(const std::vector<std::string>& rows) {
+    grid_results results({"x", std::vector<long long>(rows.front().size())}, {"y", std::vector<long long>(rows.size())});
+    for (std::size_t y = 0; y < rows.size(); ++y)
+        for (std::size_t x = 0; x < rows[y].size(); ++x)
+            if (rows[y][x] != ' ')
+                results.cells[y][x] = rows[y][x] == '#' ? outcome::pass : rows[y][x] == '.' ? outcome::fail : outcome::timeout;
+    return results;
+}
+
+}  // namespace
+
+TEST(grid, SafestPoint) {
+    const std::optional<grid_point> none;
+    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; int x, y, margin; } cases[] = {
+        {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, none, 2, 2, 1},
+        {"edge moves inward", {"###..", "###..", "###..", "###.."}, none, 1, 1, 1},
+        {"whole grid, tie to lower", {"####", "####", "####", "####"}, none, 1, 1, 1},
+        {"whole grid, tie to nearest", {"####", "####", "####", "####"}, grid_point{3, 3}, 2, 2, 1},
+        {"hole", {"#######", "#.#####", "#######", "#######", "#######", "#######", "#######"}, none, 4, 2, 2},
+        {"lone point", {"...", ".#T", "..."}, none, 1, 1, 0},
+        {"not measured is not passing", {"###", "###", "## "}, none, 0, 0, 0},
+        {"tie to lower Y", {"#", ".", "#"}, grid_point{0, 1}, 0, 0, 0},
+        {"tie to lower X", {"#.#"}, grid_point{1, 0}, 0, 0, 0},
+        {"nearest by the larger distance", {"...#", ".#..", "....", "...."}, grid_point{3, 3}, 1, 1, 0},
+    };
+    for (const auto& c : cases) {
+        const std::optional<safest_point> got = find_safest(grid(c.rows), c.near);
+        ASSERT_TRUE(got) << c.name;
+        EXPECT_EQ(std::vector<int>({static_cast<int>(got->at.x), static_cast<int>(got->at.y), static_cast<int>(got->margin)}),
+                  std::vector<int>({c.x, c.y, c.margin})) << c.name;
+    }
+    EXPECT_FALSE(find_safest(grid({"..", "T."}), grid_point{0, 0})) << "no passing point";
+}

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "tune/test_point.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "runtime/report.h"
+#include "runtime/run_lock.h"
+#include "tune/profile/board_io.h"
+#include "tune/sweep/consent.h"
+
+bool write_locked(const std::vector<setting>& settings) {
+    if (!take_run_lock())
+        return false;
+    for (const setting& change : settings) {
+        std::string problem;
+        if (!write_checked(change.prop, change.value, &problem)) {
+            release_run_lock();
+            report("%s: %s", change.prop->name.c_str(), problem.c_str());
+            return false;
+        }
+    }
+    release_run_lock();
+    return true;
+}
+
+bool read_locked(const std::vector<property*>& props, std::vector<std::string>* values) {
+    if (!take_run_lock())
+        return false;
+    bool good = true;
+    for (property* prop : props) {
+        values->emplace_back();
+        good = read_now(prop, &values->back());
+        if (!good) {
+            report("%s: unreadable; nothing written", prop->name.c_str());
+            break;
+        }
+    }
+    release_run_lock();
+    return good;
+}
+
+point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
+                        const stop_signals& stop, progress_line& progress) {
+    if (const int signal = stop.take())
+        return {point_result::interrupted, outcome::fail, signal};
+    if (!write_locked(changes))
+        return {point_result::write_failed, outcome::fail, 0};
+    for (long long run = 0; run < options.runs; ++run) {
+        const command_result got =
+            run_command(options.command, names, options.timeout_seconds, stop, [&] { progress.refresh(); });
+        switch (got.what) {
+        case command_result::passed:
+            break;
+        case command_result::failed:
+            return {point_result::measured, outcome::fail, 0};
+        case command_result::timed_out:
+            return {point_result::measured, outcome::timeout, 0};
+        case command_result::not_started:
+            progress.clear();
+            report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
+            return {point_result::not_started, outcome::fail, 0};
+        case command_result::interrupted:
+            return {point_result::interrupted, outcome::fail, got.detail};
+        }
+    }
+    return {point_result::measured, outcome::pass, 0};
+}
+
+bool confirmed(const test_options& options, const std::string& warning, const char* what) {
+    if (options.assume_yes)
+        return true;
+    switch (ask_consent(warning, stdin, isatty(STDIN_FILENO), stderr)) {
+    case consent::given:
+        return true;
+    case consent::refused:
+        report("%s cancelled; nothing written", what);
+        return false;
+    case consent::no_terminal:
+        report("standard input is not a terminal; give -y to %s without asking", what);
+        return false;
+    }
+    return false;
+}
+
+// Close-on-exec, since the test command has no business with it.
+bool open_output(const std::string& path, file_ptr* file) {
+    if (path.empty())
+        return true;
+    file->reset(std::fopen(path.c_str(), "we"));
+    if (*file)
+        return true;
+    report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
+    return false;
+}

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// One point of a sweep or a shmoo: the properties that change written and
+// read back under padkit's lock, then the test command run, with the lock
+// free, as often as asked.
+#ifndef PADKIT_TEST_POINT_H
+#define PADKIT_TEST_POINT_H
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "properties/property.h"
+#include "runtime/stop_signals.h"
+#include "tune/sweep/command_run.h"
+#include "tune/sweep/progress.h"
+#include "tune/sweep/window.h"
+#include "tune/sweep_options.h"
+
+// A property and the value padkit writes into it.
+struct setting {
+    property* prop;
+    std::string value;
+};
+
+struct point_result {
+    enum kind { measured, interrupted, not_started, write_failed };
+    kind what;
+    outcome result;  // when measured
+    int signal;      // when interrupted
+};
+
+// Takes the lock, writes the settings in order, each read back, and releases
+// it, so that the command may run padkit itself. Says what failed.
+bool write_locked(const std::vector<setting>& settings);
+
+// The values of the properties as the hardware holds them, under the lock;
+// says which cannot be read.
+bool read_locked(const std::vector<property*>& props, std::vector<std::string>* values);
+
+// Writes the changes, then runs the command up to options.runs times with
+// the environment; every run must pass. A stop signal before or during a
+// run interrupts; a command that cannot start is reported.
+point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
+                        const stop_signals& stop, progress_line& progress);
+
+// Asks before the first write, unless -y was given: WARNING on standard
+// error, the question on a terminal. WHAT names the run in the refusal:
+// "sweep", "shmoo".
+bool confirmed(const test_options& options, const std::string& warning, const char* what);
+
+using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Opens a result file before anything is written, so that a bad path costs
+// nothing; nothing for an empty path. Says why it cannot.
+bool open_output(const std::string& path, file_ptr* file);
+
+#endif

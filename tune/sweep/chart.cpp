@@ -27,6 +27,8 @@ const struct {
 
 const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
 
+char outcome_mark(outcome result) { return outcome_texts[static_cast<int>(result)].mark; }
+
 void print_chart(std::FILE* out, const sweep_results& results) {
     if (results.axis.empty())
         return;
@@ -51,7 +53,7 @@ void print_chart(std::FILE* out, const sweep_results& results) {
     for (const sweep_row& row : results.rows) {
         std::string cells;
         for (outcome result : row.results)
-            cells += outcome_texts[static_cast<int>(result)].mark;
+            cells += outcome_mark(result);
         // A row interrupted before its first value has no cells to line up.
         std::fprintf(out, "%-*s%s\n", cells.empty() ? 0 : indent, row.name.c_str(), cells.c_str());
     }

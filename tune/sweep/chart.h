@@ -21,5 +21,7 @@ void print_chart(std::FILE* out, const sweep_results& results);
 void print_csv(std::FILE* out, const sweep_results& results);
 
 const char* outcome_name(outcome result);
+// The mark of a cell in a chart.
+char outcome_mark(outcome result);
 
 #endif

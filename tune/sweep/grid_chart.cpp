@@ -15,7 +15,7 @@ char mark_at(const grid_results& results, const std::optional<safest_point>& saf
     const std::optional<outcome>& cell = results.cells[at.y][at.x];
     if (!cell)
         return ' ';
-    return *cell == outcome::pass ? '#' : *cell == outcome::fail ? '.' : 'T';
+    return outcome_mark(*cell);
 }
 
 // The labels of columns FIRST..LAST: the first over its column, the last

@@ -51,7 +51,7 @@ void print_svg(std::FILE* out, const sweep_results& results) {
                  "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" "
                  "font-family=\"monospace\" font-size=\"12\">\n"
                  "<title>padkit-tune sweep</title>\n"
-                 "<style>.pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#6a1b9a}"
+                 "<style>" SVG_OUTCOME_STYLE
                  ".window{fill:none;stroke:#000;stroke-width:2}"
                  ".centre{fill:#fff;stroke:#000}</style>\n"
                  "<rect width=\"100%%\" height=\"100%%\" fill=\"#fff\"/>\n",
@@ -90,8 +90,6 @@ void print_svg(std::FILE* out, const sweep_results& results) {
         std::fprintf(out, "<text class=\"summary\" x=\"%d\" y=\"%d\">%s</text>\n", margin,
                      summary_top + r * row_pitch, svg_escaped(summaries[r]).c_str());
     std::fprintf(out,
-                 "<text class=\"legend\" x=\"%d\" y=\"%d\"><tspan class=\"pass\">\u25a0</tspan> pass "
-                 "<tspan class=\"fail\">\u25a0</tspan> fail <tspan class=\"timeout\">\u25a0</tspan> "
-                 "time-out <tspan class=\"hang\">\u25a0</tspan> hang</text>\n</svg>\n",
+                 "<text class=\"legend\" x=\"%d\" y=\"%d\">" SVG_OUTCOME_LEGEND "</text>\n</svg>\n",
                  margin, legend_top);
 }

@@ -12,6 +12,7 @@ int diff_command(int argc, char** argv);
 int apply_command(int argc, char** argv);
 int sweep_command(int argc, char** argv);
 int shmoo_command(int argc, char** argv);
+int resume_command(int argc, char** argv);
 
 void print_usage(std::FILE* out);
 

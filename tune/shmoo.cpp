@@ -20,6 +20,7 @@
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
 #include "tune/sweep_options.h"
+#include "tune/resume.h"
 #include "tune/sweep_plan.h"
 #include "tune/test_point.h"
 
@@ -69,6 +70,26 @@ std::string range_text(const shmoo_axis& axis) {
            (axis.visits.size() == 1 ? " value)" : " values)");
 }
 
+// What a new shmoo and a resumed one check before anything is written.
+bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
+    if (!plan_axis(options.x, x) || !plan_axis(options.y, y))
+        return false;
+    if (x->prop == y->prop) {
+        report("X and Y are both %s; a shmoo takes two different properties", x->prop->name.c_str());
+        return false;
+    }
+    const std::size_t points = x->visits.size() * y->visits.size();
+    if (points > max_shmoo_points) {
+        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x->visits.size(), y->visits.size(),
+               max_shmoo_points);
+        return false;
+    }
+    if (command_exists(options.command.front()))
+        return true;
+    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
+    return false;
+}
+
 // Where the original value lies on the rising axis, if it is one of its values.
 std::optional<std::size_t> original_position(const grid_axis& axis, const std::string& original) {
     for (std::size_t at = 0; at < axis.values.size(); ++at)
@@ -85,26 +106,43 @@ std::size_t terminal_width() {
 
 class shmoo {
 public:
-    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg)
-        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg),
-          progress(stderr, isatty(STDERR_FILENO), "point"), results(this->x.rising(), this->y.rising()) {}
-
-    // Returns the exit status, unless a stop signal ends the program.
-    int run() {
-        std::vector<std::string> originals;
-        if (!read_locked({x.prop, y.prop}, &originals))
-            return tune_status::bad_input;
-        x.original = results.original_x = originals[0];
-        y.original = results.original_y = originals[1];
-        const std::optional<std::size_t> original_x = original_position(results.x, x.original),
-                                         original_y = original_position(results.y, y.original);
+    // ORIGINALS are X's and Y's. A resumed shmoo starts with the points its
+    // journal says were measured, in visiting order.
+    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg, hang_guard& guard,
+          const std::vector<std::string>& originals)
+        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), guard(guard),
+          progress(stderr, isatty(STDERR_FILENO), "point"), results(this->x.rising(), this->y.rising()) {
+        this->x.original = results.original_x = originals[0];
+        this->y.original = results.original_y = originals[1];
+        const std::optional<std::size_t> original_x = original_position(results.x, this->x.original),
+                                         original_y = original_position(results.y, this->y.original);
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
         if (csv)
             print_grid_csv_header(csv);
-        for (std::size_t row = 0; row < y.visits.size() && ended == point_result::measured; ++row)
-            for (std::size_t column = 0; column < x.visits.size() && ended == point_result::measured; ++column)
-                measure(row, column);
+    }
+
+    // The point a step of the journal must name: the values of X and Y.
+    journal_point point(std::size_t step) const {
+        return {std::to_string(x.visits[step % x.visits.size()]), std::to_string(y.visits[step / x.visits.size()])};
+    }
+
+    void add(std::size_t step, outcome result) {
+        const std::size_t row = step / x.visits.size(), column = step % x.visits.size();
+        const grid_point at{x.position(column), y.position(row)};
+        results.cells[at.y][at.x] = result;
+        if (csv) {
+            print_grid_csv_point(csv, results, at);
+            std::fflush(csv);
+        }
+        done = step + 1;
+    }
+
+    // Returns the exit status, unless a stop signal ends the program.
+    int run() {
+        for (std::size_t step = done; step < x.visits.size() * y.visits.size() && ended == point_result::measured;
+             ++step)
+            measure(step / x.visits.size(), step % x.visits.size());
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
             ended = point_result::interrupted;
@@ -116,6 +154,20 @@ public:
         return finish(safest);
     }
 
+    // Both settings back at their originals, whatever a run before left.
+    void put_back_all() {
+        changed = true;
+        put_back();
+    }
+
+    // resume --restore: the originals put back, the chart so far, the journal ended.
+    int restore() {
+        put_back_all();
+        print_grid_chart(stdout, results, find_safest(results, results.original), terminal_width());
+        guard.close(true);
+        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+    }
+
 private:
     void measure(std::size_t row, std::size_t column) {
         const long long x_value = x.visits[column], y_value = y.visits[row];
@@ -125,27 +177,21 @@ private:
             changes.push_back({y.prop, y.setting(y_value)});
         changes.push_back({x.prop, x.setting(x_value)});
         changed = true;
-        const std::size_t index = row * x.visits.size() + column + 1;
+        const std::size_t step = row * x.visits.size() + column;
         progress.show(x.prop->name + " = " + std::to_string(x_value) + ", " + y.prop->name + " = " +
                           std::to_string(y_value),
-                      index, x.visits.size() * y.visits.size());
+                      step + 1, x.visits.size() * y.visits.size());
         const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
                                    {"PADKIT_SHMOO_X_VALUE", std::to_string(x_value)},
                                    {"PADKIT_SHMOO_X_SETTING", x.setting(x_value)},
                                    {"PADKIT_SHMOO_Y_NAME", y.prop->name},
                                    {"PADKIT_SHMOO_Y_VALUE", std::to_string(y_value)},
                                    {"PADKIT_SHMOO_Y_SETTING", y.setting(y_value)}};
-        const point_result got = test_point(changes, options, names, stop, progress);
+        const point_result got = test_point(changes, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
-        if (got.what != point_result::measured)
-            return;
-        const grid_point at{x.position(column), y.position(row)};
-        results.cells[at.y][at.x] = got.result;
-        if (csv) {
-            print_grid_csv_point(csv, results, at);
-            std::fflush(csv);
-        }
+        if (got.what == point_result::measured)
+            add(step, got.result);
     }
 
     void put_back() {
@@ -170,6 +216,7 @@ private:
     }
 
     int finish(const std::optional<safest_point>& safest) {
+        guard.close(ended != point_result::interrupted);
         print_grid_chart(stdout, results, safest, terminal_width());
         for (const std::string& line : grid_summary(results, safest))
             std::printf("%s\n", line.c_str());
@@ -194,7 +241,7 @@ private:
             return tune_status::left_changed;
         if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == point_result::write_failed || !safest || !files_written ? tune_status::not_done
+        return ended == point_result::write_failed || !safest || !files_written || guard.failed() ? tune_status::not_done
                                                                                  : tune_status::ok;
     }
 
@@ -202,11 +249,13 @@ private:
     shmoo_axis x, y;
     std::FILE* csv;
     std::FILE* svg;
+    hang_guard& guard;
     const stop_signals stop;
     progress_line progress;
     grid_results results;
     point_result::kind ended = point_result::measured;
     int stop_signal = 0;
+    std::size_t done = 0;  // the steps measured
     bool changed = false, left_changed = false;
 };
 
@@ -224,22 +273,8 @@ int shmoo_command(int argc, char** argv) {
         break;
     }
     shmoo_axis x, y;
-    if (!plan_axis(options.x, &x) || !plan_axis(options.y, &y))
+    if (!ready(options, &x, &y))
         return tune_status::bad_input;
-    if (x.prop == y.prop) {
-        report("X and Y are both %s; a shmoo takes two different properties", x.prop->name.c_str());
-        return tune_status::bad_input;
-    }
-    const std::size_t points = x.visits.size() * y.visits.size();
-    if (points > max_shmoo_points) {
-        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x.visits.size(), y.visits.size(),
-               max_shmoo_points);
-        return tune_status::bad_input;
-    }
-    if (!command_exists(options.command.front())) {
-        report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-        return tune_status::bad_input;
-    }
     const std::string warning = "WARNING! This shmoo sweeps " + range_text(x) + " against " + range_text(y) +
                                 " on the running board. A value outside its working window can hang the "
                                 "system or corrupt memory and storage.";
@@ -248,5 +283,39 @@ int shmoo_command(int argc, char** argv) {
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
         return tune_status::bad_input;
-    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get()).run();
+    std::vector<std::string> originals;
+    hang_guard guard;
+    if (!read_locked({x.prop, y.prop}, &originals) || !start_guard(options, {x.prop, y.prop}, originals, guard))
+        return tune_status::bad_input;
+    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(), guard, originals).run();
+}
+
+int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restore) {
+    shmoo_options options;
+    std::vector<std::string> words = journal.header.command;
+    shmoo_axis x, y;
+    if (parse_shmoo_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run ||
+        !ready(options, &x, &y) || !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}))
+        return tune_status::bad_input;
+    const std::size_t points = x.visits.size() * y.visits.size();
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    if (!restore && (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg)))
+        return tune_status::bad_input;
+    shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(), guard, originals_of(journal));
+    for (std::size_t step = 0; step < journal.steps.size(); ++step) {
+        if (step >= points || journal.steps[step].point != resumed.point(step)) {
+            report("%s:%zu: not the next point of this shmoo; nothing written", guard.journal.path().c_str(),
+                   journal.steps[step].line);
+            return tune_status::bad_input;
+        }
+        resumed.add(step, journal.steps[step].result);
+    }
+    if (!restore && !arm_watchdog(options, guard))
+        return tune_status::bad_input;
+    if (journal.in_flight && !guard.journal.finished(outcome::hang))
+        return tune_status::not_done;
+    if (restore)
+        return resumed.restore();
+    resumed.put_back_all();
+    return resumed.run();
 }

@@ -5,154 +5,115 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
+#include <utility>
 #include <string>
 #include <vector>
 
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
-#include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
-#include "tune/profile/board_io.h"
+#include "tune/resume.h"
 #include "tune/sweep/chart.h"
-#include "tune/sweep/command_run.h"
-#include "tune/sweep/consent.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
+#include "tune/test_point.h"
 
 namespace {
 
-using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-// Why a sweep ended before its last value.
-enum class cut { none, signal, not_started, write_failed };
-
-// Writes and reads back under the lock, which is free again afterwards so
-// that the command may run padkit itself.
-bool locked_write(property* prop, const std::string& value) {
-    if (!take_run_lock())
-        return false;
-    std::string problem;
-    const bool written = write_checked(prop, value, &problem);
-    release_run_lock();
-    if (!written)
-        report("%s: %s", prop->name.c_str(), problem.c_str());
-    return written;
-}
-
-bool read_originals(const std::vector<property*>& rows, std::vector<std::string>* originals) {
-    if (!take_run_lock())
-        return false;
-    bool good = true;
-    for (property* row : rows) {
-        originals->emplace_back();
-        good = read_now(row, &originals->back());
-        if (!good) {
-            report("%s: unreadable; nothing written", row->name.c_str());
-            break;
-        }
-    }
-    release_run_lock();
-    return good;
-}
-
 class sweep {
 public:
-    // The files, when given, are open already.
-    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg)
-        : options(options), plan(plan), csv(csv), svg(svg), progress(stderr, isatty(STDERR_FILENO)) {
+    // The files, when given, are open already. A resumed sweep starts with
+    // what its journal says was measured; a new one with no rows.
+    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, hang_guard& guard,
+          std::vector<std::string> originals, sweep_results done = {})
+        : options(options), plan(plan), csv(csv), svg(svg), guard(guard), originals(std::move(originals)),
+          progress(stderr, isatty(STDERR_FILENO)), results(std::move(done)) {
         results.axis = plan.axis;
     }
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
-        if (!read_originals(plan.rows, &originals))
-            return tune_status::bad_input;
-        for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
-            results.rows.push_back({plan.rows[row]->name, {}});
-            for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
-                measure(row, at);
+        const std::size_t values = plan.axis.size(), steps = plan.rows.size() * values;
+        for (std::size_t step = measured_steps(); step < steps && ended == point_result::measured; ++step) {
+            const std::size_t row = step / values, at = step % values;
+            if (at == 0)
+                results.rows.push_back({plan.rows[row]->name, {}});
+            measure(row, at);
             // The next row runs with this one as it was.
-            put_back(row);
+            if (at + 1 == values || ended != point_result::measured)
+                put_back(row);
         }
         progress.clear();
-        if (ended == cut::none && (stop_signal = stop.take()) != 0)
-            ended = cut::signal;
+        if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
+            ended = point_result::interrupted;
         bool every_window = true;
         for (std::size_t row = 0; row < results.rows.size(); ++row) {
             const sweep_window window = widest_window(results.rows[row].results);
             every_window = every_window && window.count > 0;
-            if (ended == cut::none && options.keep_centre && window.count > 0)
+            if (ended == point_result::measured && options.keep_centre && window.count > 0)
                 keep_centre(row, plan.axis[window_centre(window, plan.axis)]);
         }
         return finish(every_window);
     }
 
+    // Every row back at its original value, as before the first write.
+    void put_back_all() {
+        for (std::size_t row = 0; row < plan.rows.size(); ++row)
+            put_back(row);
+    }
+
+    // resume --restore: the originals put back, the chart so far, the journal ended.
+    int restore() {
+        put_back_all();
+        print_chart(stdout, results);
+        guard.close(true);
+        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+    }
+
 private:
+    std::size_t measured_steps() const {
+        std::size_t steps = 0;
+        for (const sweep_row& row : results.rows)
+            steps += row.results.size();
+        return steps;
+    }
+
     void measure(std::size_t row, std::size_t at) {
         property* prop = plan.rows[row];
-        const long long value = plan.axis[at];
-        if ((stop_signal = stop.take()) != 0) {
-            ended = cut::signal;
-            return;
-        }
-        progress.show(prop->name + " = " + std::to_string(value), row * plan.axis.size() + at + 1,
-                      plan.rows.size() * plan.axis.size());
-        if (!locked_write(prop, std::to_string(value))) {
-            ended = cut::write_failed;
-            return;
-        }
-        const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", std::to_string(value)}};
-        outcome result = outcome::pass;
-        for (long long run = 0; run < options.runs && result == outcome::pass; ++run) {
-            const command_result got =
-                run_command(options.command, names, options.timeout_seconds, stop, [this] { progress.refresh(); });
-            switch (got.what) {
-            case command_result::passed:
-                break;
-            case command_result::failed:
-                result = outcome::fail;
-                break;
-            case command_result::timed_out:
-                result = outcome::timeout;
-                break;
-            case command_result::not_started:
-                progress.clear();
-                report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
-                ended = cut::not_started;
-                return;
-            case command_result::interrupted:
-                stop_signal = got.detail;
-                ended = cut::signal;
-                return;
-            }
-        }
-        results.rows[row].results.push_back(result);
+        const std::string value = std::to_string(plan.axis[at]);
+        progress.show(prop->name + " = " + value, row * plan.axis.size() + at + 1, plan.rows.size() * plan.axis.size());
+        const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", value}};
+        const point_result got = test_point({{prop, value}}, {prop->name, value}, options, names, stop, progress, guard);
+        ended = got.what;
+        stop_signal = got.signal;
+        if (got.what == point_result::measured)
+            results.rows[row].results.push_back(got.result);
     }
 
     void put_back(std::size_t row) {
-        if (!locked_write(plan.rows[row], originals[row])) {
+        if (!write_locked({{plan.rows[row], originals[row]}})) {
             report("%s: left changed; it was %s", plan.rows[row]->name.c_str(), originals[row].c_str());
             left_changed = true;
         }
     }
 
     void keep_centre(std::size_t row, long long centre) {
-        if (locked_write(plan.rows[row], std::to_string(centre)))
+        if (write_locked({{plan.rows[row], std::to_string(centre)}}))
             report("%s: kept at the centre, %lld", plan.rows[row]->name.c_str(), centre);
         else
             put_back(row);
     }
 
     int finish(bool every_window) {
+        guard.close(ended != point_result::interrupted);
         print_chart(stdout, results);
         std::fflush(stdout);
         const bool csv_written = write_file(csv, options.csv_path, print_csv);
         const bool svg_written = write_file(svg, options.svg_path, print_svg);
-        if (ended == cut::signal) {
+        if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
             if (!left_changed)
@@ -160,9 +121,11 @@ private:
         }
         if (left_changed)
             return tune_status::left_changed;
-        if (ended == cut::not_started)
+        if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == cut::write_failed || !every_window || !csv_written || !svg_written ? tune_status::not_done : tune_status::ok;
+        return ended == point_result::write_failed || !every_window || !csv_written || !svg_written || guard.failed()
+                   ? tune_status::not_done
+                   : tune_status::ok;
     }
 
     bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
@@ -179,11 +142,12 @@ private:
     const sweep_plan& plan;
     std::FILE* csv;
     std::FILE* svg;
+    hang_guard& guard;
+    const std::vector<std::string> originals;
     const stop_signals stop;
     progress_line progress;
     sweep_results results;
-    std::vector<std::string> originals;
-    cut ended = cut::none;
+    point_result::kind ended = point_result::measured;
     int stop_signal = 0;
     bool left_changed = false;
 };
@@ -193,34 +157,13 @@ std::string range_text(const sweep_plan& plan) {
            std::to_string(plan.axis.size()) + (plan.axis.size() == 1 ? " value)" : " values)");
 }
 
-bool confirmed(const sweep_options& options, const sweep_plan& plan) {
-    if (options.assume_yes)
-        return true;
-    const std::string warning = "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
-                                " on the running board. A value outside its working window can hang the "
-                                "system or corrupt memory and storage.";
-    switch (ask_consent(warning, stdin, isatty(STDIN_FILENO), stderr)) {
-    case consent::given:
-        return true;
-    case consent::refused:
-        report("sweep cancelled; nothing written");
+// What a new sweep and a resumed one check before anything is written.
+bool ready(const sweep_options& options, sweep_plan* plan) {
+    if (!plan_sweep(options, plan))
         return false;
-    case consent::no_terminal:
-        report("standard input is not a terminal; give -y to sweep without asking");
-        return false;
-    }
-    return false;
-}
-
-// Opened before anything is written, so that a bad path costs nothing;
-// close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file) {
-    if (path.empty())
+    if (command_exists(options.command.front()))
         return true;
-    file->reset(std::fopen(path.c_str(), "we"));
-    if (*file)
-        return true;
-    report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
+    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
     return false;
 }
 
@@ -238,16 +181,55 @@ int sweep_command(int argc, char** argv) {
         break;
     }
     sweep_plan plan;
-    if (!plan_sweep(options, &plan))
+    if (!ready(options, &plan))
         return tune_status::bad_input;
-    if (!command_exists(options.command.front())) {
-        report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-        return tune_status::bad_input;
-    }
-    if (!confirmed(options, plan))
+    const std::string warning = "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
+                                " on the running board. A value outside its working window can hang the "
+                                "system or corrupt memory and storage.";
+    if (!confirmed(options, warning, "sweep"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
         return tune_status::bad_input;
-    return sweep(options, plan, csv.get(), svg.get()).run();
+    std::vector<std::string> originals;
+    hang_guard guard;
+    if (!read_locked(plan.rows, &originals) || !start_guard(options, plan.rows, originals, guard))
+        return tune_status::bad_input;
+    return sweep(options, plan, csv.get(), svg.get(), guard, std::move(originals)).run();
+}
+
+int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restore) {
+    sweep_options options;
+    std::vector<std::string> words = journal.header.command;
+    if (parse_sweep_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run)
+        return tune_status::bad_input;
+    sweep_plan plan;
+    if (!ready(options, &plan) || !journal_matches(guard.journal.path(), journal, plan.rows))
+        return tune_status::bad_input;
+    // Steps in the order the sweep visits them: row by row, each over the axis.
+    sweep_results done;
+    const std::size_t values = plan.axis.size();
+    for (std::size_t step = 0; step < journal.steps.size(); ++step) {
+        const std::size_t row = step / values, at = step % values;
+        if (row >= plan.rows.size() ||
+            journal.steps[step].point != journal_point{plan.rows[row]->name, std::to_string(plan.axis[at])}) {
+            report("%s:%zu: not the next value of this sweep; nothing written", guard.journal.path().c_str(),
+                   journal.steps[step].line);
+            return tune_status::bad_input;
+        }
+        if (at == 0)
+            done.rows.push_back({plan.rows[row]->name, {}});
+        done.rows.back().results.push_back(journal.steps[step].result);
+    }
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    if (!restore && (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg) ||
+                     !arm_watchdog(options, guard)))
+        return tune_status::bad_input;
+    if (journal.in_flight && !guard.journal.finished(outcome::hang))
+        return tune_status::not_done;
+    sweep resumed(options, plan, csv.get(), svg.get(), guard, originals_of(journal), std::move(done));
+    if (restore)
+        return resumed.restore();
+    resumed.put_back_all();
+    return resumed.run();
 }

@@ -42,15 +42,15 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
     return good;
 }
 
-point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
-                        const stop_signals& stop, progress_line& progress) {
-    if (const int signal = stop.take())
-        return {point_result::interrupted, outcome::fail, signal};
-    if (!write_locked(changes))
-        return {point_result::write_failed, outcome::fail, 0};
+namespace {
+
+point_result run_tests(const test_options& options, const environment& names, const stop_signals& stop,
+                       progress_line& progress, hang_guard& guard) {
     for (long long run = 0; run < options.runs; ++run) {
-        const command_result got =
-            run_command(options.command, names, options.timeout_seconds, stop, [&] { progress.refresh(); });
+        const command_result got = run_command(options.command, names, options.timeout_seconds, stop, [&] {
+            progress.refresh();
+            guard.watchdog.keep_alive();
+        });
         switch (got.what) {
         case command_result::passed:
             break;
@@ -67,6 +67,24 @@ point_result test_point(const std::vector<setting>& changes, const test_options&
         }
     }
     return {point_result::measured, outcome::pass, 0};
+}
+
+}  // namespace
+
+point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
+                        const environment& names, const stop_signals& stop, progress_line& progress,
+                        hang_guard& guard) {
+    if (const int signal = stop.take())
+        return {point_result::interrupted, outcome::fail, signal};
+    if (!guard.trying(point))
+        return {point_result::write_failed, outcome::fail, 0};
+    const point_result got =
+        write_locked(changes) ? run_tests(options, names, stop, progress, guard) : point_result{point_result::write_failed, outcome::fail, 0};
+    if (got.what == point_result::measured)
+        guard.measured(got.result);
+    else
+        guard.not_measured();
+    return got;
 }
 
 bool confirmed(const test_options& options, const std::string& warning, const char* what) {

@@ -13,6 +13,7 @@
 #include "properties/property.h"
 #include "runtime/stop_signals.h"
 #include "tune/sweep/command_run.h"
+#include "tune/sweep/hang_guard.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
@@ -40,9 +41,13 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
 
 // Writes the changes, then runs the command up to options.runs times with
 // the environment; every run must pass. A stop signal before or during a
-// run interrupts; a command that cannot start is reported.
-point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
-                        const stop_signals& stop, progress_line& progress);
+// run interrupts; a command that cannot start is reported. The guard's
+// journal has the point before the write and its result after the command
+// (a journal that cannot be written fails the write); its watchdog is kept
+// alive meanwhile.
+point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
+                        const environment& names, const stop_signals& stop, progress_line& progress,
+                        hang_guard& guard);
 
 // Asks before the first write, unless -y was given: WARNING on standard
 // error, the question on a terminal. WHAT names the run in the refusal:

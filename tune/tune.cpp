@@ -35,12 +35,15 @@ const subcommand subcommands[] = {
      apply_command},
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] NAME FROM TO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--journal FILE [--watchdog DEVICE]]\n"
+     "      NAME FROM TO -- COMMAND [ARG ...]",
      sweep_command},
     {"shmoo",
      "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     "      [--csv FILE] [--svg FILE] [--journal FILE [--watchdog DEVICE]]\n"
+     "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      shmoo_command},
+    {"resume", "resume [--restore] FILE", resume_command},
 };
 
 }  // namespace

@@ -275,6 +275,8 @@ bool journal_file::stopped() { return append("stop\n"); }
 bool journal_file::end() { return append("end\n"); }
 
 bool journal_file::append(const std::string& text) {
+    if (broken)
+        return false;
     // A torn last line goes before the first record follows it.
     if (!cut_pending || ftruncate(fd, static_cast<off_t>(whole_length)) == 0) {
         cut_pending = false;
@@ -285,5 +287,6 @@ bool journal_file::append(const std::string& text) {
             errno = ENOSPC;
     }
     report("cannot write the journal %s: %s", path_.c_str(), std::strerror(errno));
+    broken = true;
     return false;
 }

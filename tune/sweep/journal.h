@@ -76,6 +76,8 @@ public:
     bool end();
 
     bool is_open() const { return fd >= 0; }
+    // Whether a record could not be written; no more are tried after that.
+    bool failed() const { return broken; }
     const std::string& path() const { return path_; }
 
 private:
@@ -85,6 +87,7 @@ private:
     std::string path_;
     std::size_t whole_length = 0;  // what to keep of the file before the first append
     bool cut_pending = false;
+    bool broken = false;
 };
 
 #endif

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// The journal and the watchdog of a sweep or a shmoo: set up before the
+// first write, and read back by resume to carry on after a hang.
+#ifndef PADKIT_TUNE_RESUME_H
+#define PADKIT_TUNE_RESUME_H
+
+#include <string>
+#include <vector>
+
+#include "properties/property.h"
+#include "tune/sweep/hang_guard.h"
+#include "tune/sweep_options.h"
+
+// Opens the watchdog the options name, if any. Says why it cannot.
+bool arm_watchdog(const test_options& options, hang_guard& guard);
+
+// Before the first write: the watchdog armed and the journal created, with
+// the original value of each property, when the options ask for them.
+bool start_guard(const test_options& options, const std::vector<property*>& props,
+                 const std::vector<std::string>& originals, hang_guard& guard);
+
+// Whether the journal's originals are those of the properties, by name; says
+// why not.
+bool journal_matches(const std::string& path, const journal_contents& journal, const std::vector<property*>& props);
+
+std::vector<std::string> originals_of(const journal_contents& journal);
+
+// The words as an argv, ending with a null pointer; valid while WORDS lives.
+std::vector<char*> argv_of(std::vector<std::string>& words);
+
+// Carry on with the sweep or shmoo of a journal, which has been read, has
+// not ended and whose directory is the current one; with RESTORE, put back
+// its originals and end it instead. Returns the exit status.
+int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restore);
+int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restore);
+
+#endif

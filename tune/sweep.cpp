@@ -174,7 +174,7 @@ int sweep_command(int argc, char** argv) {
     switch (parse_sweep_options(argc, argv, options)) {
     case sweep_request::help:
         print_usage(stdout);
-        return 0;
+        return tune_status::ok;
     case sweep_request::bad:
         return tune_status::bad_input;
     case sweep_request::run:

@@ -86,11 +86,11 @@ int serve(int argc, char** argv) {
     const std::string command = argv[1];
     if (command == "-h" || command == "--help") {
         print_usage(stdout);
-        return 0;
+        return tune_status::ok;
     }
     if (command == "--version") {
         std::printf("%s %s\n", program_name(), PADKIT_VERSION);
-        return 0;
+        return tune_status::ok;
     }
     opterr = 0;
     for (const subcommand& entry : subcommands)

@@ -62,7 +62,7 @@ int write_all(const std::vector<change>& changes, bool verbose) {
         report("apply failed; left changed:%s", names.c_str());
         return tune_status::left_changed;
     }
-    return 0;
+    return tune_status::ok;
 }
 
 }  // namespace
@@ -80,7 +80,7 @@ int apply_command(int argc, char** argv) {
         case 'n': dry_run = true; break;
         case 'v': verbose = true; break;
         case 's': system = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }
@@ -92,7 +92,7 @@ int apply_command(int argc, char** argv) {
     if (system && !system_profiles(&files))
         return tune_status::bad_input;
     if (files.empty())
-        return 0;
+        return tune_status::ok;
     std::vector<setting> settings;
     if (!load_profiles(files, &settings))
         return tune_status::bad_input;
@@ -108,5 +108,5 @@ int apply_command(int argc, char** argv) {
     }
     for (const change& c : changes)
         print_change(c);
-    return 0;
+    return tune_status::ok;
 }

@@ -24,7 +24,7 @@ int diff_command(int argc, char** argv) {
     for (int opt; (opt = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
         switch (opt) {
         case 'j': json = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }
@@ -59,5 +59,5 @@ int diff_command(int argc, char** argv) {
     }
     if (json)
         std::fputs(differences.empty() ? "]\n" : "\n]\n", stdout);
-    return trouble ? 2 : differences.empty() ? 0 : 1;
+    return trouble ? tune_status::bad_input : differences.empty() ? tune_status::ok : tune_status::not_done;
 }

@@ -61,7 +61,7 @@ int dump_command(int argc, char** argv) {
         switch (opt) {
         case 'x': hex = true; break;
         case 'j': json = true; break;
-        case 'h': print_usage(stdout); return 0;
+        case 'h': print_usage(stdout); return tune_status::ok;
         default: return unknown_option(argv);
         }
     }
@@ -70,7 +70,7 @@ int dump_command(int argc, char** argv) {
         return tune_status::bad_input;
     if (!take_run_lock())
         return tune_status::not_done;
-    property::number_mode = hex && !json ? tune_status::not_done : tune_status::ok;
+    property::number_mode = hex && !json ? 1 : 0;
     int status = 0;
     const char* separator = "\n";
     if (json)

@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep resume -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == sweep ]]; then
@@ -27,7 +27,7 @@ _padkit_tune()
         done
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
-            --csv | --svg) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --csv | --svg | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
             --step | --runs | --timeout) return ;;
         esac
     fi
@@ -36,7 +36,9 @@ _padkit_tune()
         diff:-*) mapfile -t COMPREPLY < <(compgen -W "--json" -- "$cur") ;;
         apply:-*) mapfile -t COMPREPLY < <(compgen -W "-n --dry-run -v --system" -- "$cur") ;;
         sweep:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --" -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --journal --watchdog --" \
+                -- "$cur") ;;
+        resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
         dump:* | sweep:*)
             # The words of a name as readline splits them at its colons. The
             # listing's group lines have no tab; sweep takes no group.
@@ -49,7 +51,7 @@ _padkit_tune()
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        diff:* | apply:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

@@ -12,14 +12,15 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "tune/commands.h"
+#include "tune/test_point.h"
 
 bool arm_watchdog(const test_options& options, hang_guard& guard) {
     return options.watchdog_path.empty() || guard.watchdog.open(options.watchdog_path);
 }
 
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 const std::vector<std::string>& originals, hang_guard& guard) {
-    if (!arm_watchdog(options, guard))
+                 std::vector<std::string>* originals, hang_guard& guard) {
+    if (!read_locked(props, originals) || !arm_watchdog(options, guard))
         return false;
     if (options.journal_path.empty())
         return true;
@@ -30,7 +31,7 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     }
     journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
     for (std::size_t at = 0; at < props.size(); ++at)
-        header.originals.emplace_back(props[at]->name, originals[at]);
+        header.originals.emplace_back(props[at]->name, (*originals)[at]);
     return guard.journal.create(options.journal_path, header);
 }
 

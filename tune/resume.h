@@ -14,10 +14,11 @@
 // Opens the watchdog the options name, if any. Says why it cannot.
 bool arm_watchdog(const test_options& options, hang_guard& guard);
 
-// Before the first write: the watchdog armed and the journal created, with
-// the original value of each property, when the options ask for them.
+// Before the first write: the original value of each property read, and
+// the watchdog armed and the journal created with them, when the options
+// ask for them.
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 const std::vector<std::string>& originals, hang_guard& guard);
+                 std::vector<std::string>* originals, hang_guard& guard);
 
 // Whether the journal's originals are those of the properties, by name; says
 // why not.

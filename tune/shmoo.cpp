@@ -84,10 +84,7 @@ bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
                max_shmoo_points);
         return false;
     }
-    if (command_exists(options.command.front()))
-        return true;
-    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-    return false;
+    return command_ready(options);
 }
 
 // Where the original value lies on the rising axis, if it is one of its values.
@@ -285,7 +282,7 @@ int shmoo_command(int argc, char** argv) {
         return tune_status::bad_input;
     std::vector<std::string> originals;
     hang_guard guard;
-    if (!read_locked({x.prop, y.prop}, &originals) || !start_guard(options, {x.prop, y.prop}, originals, guard))
+    if (!start_guard(options, {x.prop, y.prop}, &originals, guard))
         return tune_status::bad_input;
     return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(), guard, originals).run();
 }

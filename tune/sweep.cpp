@@ -159,12 +159,7 @@ std::string range_text(const sweep_plan& plan) {
 
 // What a new sweep and a resumed one check before anything is written.
 bool ready(const sweep_options& options, sweep_plan* plan) {
-    if (!plan_sweep(options, plan))
-        return false;
-    if (command_exists(options.command.front()))
-        return true;
-    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-    return false;
+    return plan_sweep(options, plan) && command_ready(options);
 }
 
 }  // namespace
@@ -193,7 +188,7 @@ int sweep_command(int argc, char** argv) {
         return tune_status::bad_input;
     std::vector<std::string> originals;
     hang_guard guard;
-    if (!read_locked(plan.rows, &originals) || !start_guard(options, plan.rows, originals, guard))
+    if (!start_guard(options, plan.rows, &originals, guard))
         return tune_status::bad_input;
     return sweep(options, plan, csv.get(), svg.get(), guard, std::move(originals)).run();
 }

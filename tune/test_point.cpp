@@ -103,6 +103,13 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
     return false;
 }
 
+bool command_ready(const test_options& options) {
+    if (command_exists(options.command.front()))
+        return true;
+    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
+    return false;
+}
+
 // Close-on-exec, since the test command has no business with it.
 bool open_output(const std::string& path, file_ptr* file) {
     if (path.empty())

@@ -54,6 +54,9 @@ point_result test_point(const std::vector<setting>& changes, const journal_point
 // "sweep", "shmoo".
 bool confirmed(const test_options& options, const std::string& warning, const char* what);
 
+// Whether the test command can be started; says so when not.
+bool command_ready(const test_options& options);
+
 using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // Opens a result file before anything is written, so that a bad path costs

@@ -54,9 +54,12 @@ if(PADKIT_STATIC)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME padkit)
 endif()
 
-# Boot: a systemd unit and an init script that apply /etc/padkit.d. Neither
-# is enabled by the installation or the package.
-install(FILES ${PROJECT_SOURCE_DIR}/boot/padkit-tune.service DESTINATION lib/systemd/system)
+# Boot: a systemd unit and an init script that apply /etc/padkit.d (and the
+# trial profile), and a unit that blesses the trial once the boot is healthy.
+# None is enabled by the installation or the package.
+install(FILES ${PROJECT_SOURCE_DIR}/boot/padkit-tune.service
+              ${PROJECT_SOURCE_DIR}/boot/padkit-tune-bless.service
+        DESTINATION lib/systemd/system)
 # The init script goes where init looks: /etc when installed under /usr (a
 # package, a board's root file system), else below the prefix. Decided at
 # install time, since `cmake --install --prefix` and CPack choose the prefix then.

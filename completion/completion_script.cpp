@@ -5,22 +5,21 @@
 // Usage: padkit_completion_script TEMPLATE OUTPUT
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "platform/platform.h"
 #include "properties/property.h"
-#include "registers/regctl.h"
 
 namespace {
 
 void write_map_keys(std::ostream& out) {
     for (const auto& [name, prop] : property::properties()) {
-        const auto* reg = dynamic_cast<const property_register*>(prop);
-        const auto* field = reg ? dynamic_cast<const reg_bitmask_map*>(reg->subval) : nullptr;
-        if (!field)
+        const std::vector<long long> keys = prop->table_keys();
+        if (keys.empty())
             continue;
         out << "        " << name << ") echo";
-        for (const auto& key_code : *field->value_map)
-            out << ' ' << key_code.first;
+        for (long long key : keys)
+            out << ' ' << key;
         out << " ;;\n";
     }
 }

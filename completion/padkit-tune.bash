@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # bash completion for padkit-tune and padkit-tune-sim        -*- shell-script -*-
 #
-# Names and groups for dump and sweep come from the listing of the padkit
+# Names and groups for dump, sweep and shmoo come from the listing of the padkit
 # beside the program being completed (padkit-tune-sim: padkit-sim), so no
 # list can drift.
 
@@ -10,10 +10,10 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep resume -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume trial bless -h --help --version" -- "$cur")
         return
     fi
-    if [[ $command == sweep ]]; then
+    if [[ $command == sweep || $command == shmoo ]]; then
         local i prev=${COMP_WORDS[COMP_CWORD - 1]}
         # After "--" comes the test command: its name, then its own words.
         for ((i = 2; i < COMP_CWORD; i++)); do
@@ -27,31 +27,37 @@ _padkit_tune()
         done
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
-            --csv | --svg | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
-            --step | --runs | --timeout) return ;;
+            --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --step | --xstep | --ystep | --runs | --timeout) return ;;
         esac
     fi
+    [[ $command == trial && ${COMP_WORDS[COMP_CWORD - 1]} == --tries ]] && return
     case $command:$cur in
         dump:-*) mapfile -t COMPREPLY < <(compgen -W "-x --json" -- "$cur") ;;
         diff:-*) mapfile -t COMPREPLY < <(compgen -W "--json" -- "$cur") ;;
         apply:-*) mapfile -t COMPREPLY < <(compgen -W "-n --dry-run -v --system" -- "$cur") ;;
+        trial:-*) mapfile -t COMPREPLY < <(compgen -W "--tries --now --status --json --remove" -- "$cur") ;;
+        bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --journal --watchdog --" \
-                -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
+                --watchdog --" -- "$cur") ;;
+        shmoo:-*)
+            mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --runs --timeout --keep --csv --svg --profile
+                --journal --watchdog --" -- "$cur") ;;
         resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
-        dump:* | sweep:*)
+        dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The
             # listing's group lines have no tab; sweep takes no group.
             local line=${COMP_LINE:0:COMP_POINT} word tab='\{0,1\}'
             word=${line##*[[:space:]]}
-            [[ $command == sweep ]] && tab=
+            [[ $command == sweep || $command == shmoo ]] && tab=
             mapfile -t COMPREPLY < <(compgen -W "$(timeout 5 "${prog/padkit-tune/padkit}" -l 2>/dev/null |
                 sed -n "s/^\t$tab\([^ ]*\) :.*/\1/p")" -- "$word")
             if [[ $word == *:* && $COMP_WORDBREAKS == *:* ]]; then
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        diff:* | apply:* | trial:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

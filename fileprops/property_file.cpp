@@ -76,6 +76,8 @@ bool property_file<int>::check(const std::string& text, std::string* canonical,
     return true;
 }
 
+sweep_axis property_file<int>::axis() const { return {min, max, 1, false}; }
+
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
     std::fprintf(stderr, "apply current value %d to %sis limited to %d\n", value, text.c_str(),
                  bound);

@@ -23,6 +23,8 @@ public:
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
+    // Every integer from min to max.
+    sweep_axis axis() const override;
 
     virtual bool read_update();
     virtual bool commit();

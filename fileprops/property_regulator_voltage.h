@@ -26,6 +26,8 @@ public:
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     // Reads the limit files again at the next use.
     void refresh() override;
+    // Microvolts on the 10 mV step; check() knows the limits.
+    sweep_axis axis() const override;
 
     const kernel_file microvolts_file;
     const kernel_file min_file;

@@ -14,12 +14,27 @@ bool reg_bitmask_dq::_before_set(uint32_t& v) {
     return true;
 }
 
+// Direction bit S: set means +(code - S), clear means -code.
+long long reg_bitmask_dq::direction_bit() const { return (static_cast<long long>(mask) + 1) / 2; }
+
+sweep_axis reg_bitmask_dq::axis() { return {1 - direction_bit(), direction_bit() - 1, 1, true}; }
+
+uint32_t reg_bitmask_dq::setting_for(long long axis_value) {
+    return static_cast<uint32_t>(axis_value > 0 ? direction_bit() + axis_value : -axis_value);
+}
+
+bool reg_bitmask_dq::axis_value_of(uint32_t value, long long* axis_value) {
+    if (value > mask)
+        return false;
+    *axis_value = value & direction_bit() ? value - direction_bit() : -static_cast<long long>(value);
+    return true;
+}
+
 bool reg_bitmask_dq::adjust(reg_info* reg, long long delta) {
     uint32_t code = 0;
     if (!get(reg, &code))
         return false;
-    // Direction bit S: set means +(code - S), clear means -code.
-    const long long direction = (static_cast<long long>(mask) + 1) / 2;
+    const long long direction = direction_bit();
     const long long current = code;
     long long next = 0;
     bool below_most_negative = false;

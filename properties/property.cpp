@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "properties/property.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -24,6 +26,21 @@ bool property::check(const std::string&, std::string*, std::string* problem) {
 }
 
 void property::refresh() {}
+
+std::vector<std::string> property::member_names() const { return {}; }
+
+std::vector<long long> property::table_keys() const { return {}; }
+
+sweep_axis property::axis() const { return {}; }
+
+std::string property::setting_for(long long axis_value) const { return std::to_string(axis_value); }
+
+bool property::axis_value_of(const std::string& setting, long long* axis_value) const {
+    char* end = nullptr;
+    errno = 0;
+    *axis_value = std::strtoll(setting.c_str(), &end, 10);
+    return !setting.empty() && *end == '\0' && errno == 0;
+}
 
 void property::on_unregister() {
     if (delete_on_unregister)
@@ -153,8 +170,11 @@ bool property_set::set(const std::string& value) {
 }
 
 
-bool property_set::check_members(const std::string& value, std::vector<std::string>* canonical,
-                                 std::string* problem) {
+std::vector<std::string> property_set::member_names() const { return {members.begin(), members.end()}; }
+
+bool property::check_members(const std::string& value, std::vector<std::string>* canonical,
+                             std::string* problem) {
+    const std::vector<std::string> members = member_names();
     const std::string count = std::to_string(members.size());
     if (value.size() < 2 || value.front() != '{' || value.back() != '}') {
         *problem = "expected a brace list of " + count + " values";

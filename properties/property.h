@@ -12,6 +12,17 @@
 
 class property_group;
 
+// How a sweep walks a property: the range of its axis, in the property's own
+// terms, which may differ from the values set() takes (see setting_for).
+struct sweep_axis {
+    long long low = 0, high = -1;  // low > high: the property is not swept
+    long long step = 1;            // the distance between two swept values unless told otherwise
+    bool is_signed = false;        // values are shown with their sign: -3, 0, +5
+
+    bool sweepable() const { return low <= high; }
+    bool holds(long long value) const { return value >= low && value <= high; }
+};
+
 class property {
 public:
     using property_map = std::map<std::string, property*>;
@@ -37,6 +48,28 @@ public:
     // get or set sees the hardware as it is now. A run that serves one
     // request never needs it.
     virtual void refresh();
+
+    // What the layers above ask of a property, whatever its kind; none of it
+    // touches the hardware.
+    //
+    // The names of the properties this one stands for, in order; none for a
+    // property of its own.
+    virtual std::vector<std::string> member_names() const;
+    // The keys of the table its values come from, rising; none when any value
+    // of its range will do.
+    virtual std::vector<long long> table_keys() const;
+    // Its sweep axis; with table keys, only those keys are on it.
+    virtual sweep_axis axis() const;
+    // The value set() takes for a value of the axis, in decimal.
+    virtual std::string setting_for(long long axis_value) const;
+    // The axis value that a setting (decimal, as get() shows it) stands for;
+    // false when it stands for none.
+    virtual bool axis_value_of(const std::string& setting, long long* axis_value) const;
+
+    // A brace list with one value per member, blanks around each allowed,
+    // checked by each member: the members' canonical values in order.
+    bool check_members(const std::string& value, std::vector<std::string>* canonical,
+                       std::string* problem);
 
     const std::string name;
     bool delete_on_unregister;
@@ -90,11 +123,7 @@ public:
     bool get(std::string& value) override;
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     void refresh() override;
-
-    // A brace list with one value per member, blanks around each allowed,
-    // checked by each member: the members' canonical values in order.
-    bool check_members(const std::string& value, std::vector<std::string>* canonical,
-                       std::string* problem);
+    std::vector<std::string> member_names() const override;
 
     const std::list<std::string> members;
 };

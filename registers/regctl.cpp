@@ -79,6 +79,22 @@ std::string reg_subval::valid_values() {
     return "in " + std::to_string(min) + ".." + std::to_string(max);
 }
 
+sweep_axis reg_subval::axis() {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    get_limits(&min, &max);
+    return {min, max, 1, false};
+}
+
+std::vector<long long> reg_subval::table_keys() { return {}; }
+
+uint32_t reg_subval::setting_for(long long axis_value) { return static_cast<uint32_t>(axis_value); }
+
+bool reg_subval::axis_value_of(uint32_t value, long long* axis_value) {
+    *axis_value = value;
+    return true;
+}
+
 uint32_t reg_subval::clamp(long long value, uint32_t current, long long delta) {
     uint32_t min = 0;
     uint32_t max = 0;
@@ -156,6 +172,19 @@ std::string reg_bitmask_map::valid_values() {
     std::string keys;
     for (const auto& entry : *value_map)
         keys += (keys.empty() ? "one of " : ", ") + std::to_string(entry.first);
+    return keys;
+}
+
+sweep_axis reg_bitmask_map::axis() {
+    if (value_map->empty())
+        return {};
+    return {value_map->begin()->first, value_map->rbegin()->first, 1, false};
+}
+
+std::vector<long long> reg_bitmask_map::table_keys() {
+    std::vector<long long> keys;
+    for (const auto& entry : *value_map)
+        keys.push_back(entry.first);
     return keys;
 }
 
@@ -297,3 +326,17 @@ bool property_register::check(const std::string& value, std::string* canonical,
 }
 
 void property_register::refresh() { reg->invalidate(); }
+
+std::vector<long long> property_register::table_keys() const { return subval->table_keys(); }
+
+sweep_axis property_register::axis() const { return subval->axis(); }
+
+std::string property_register::setting_for(long long axis_value) const {
+    return std::to_string(subval->setting_for(axis_value));
+}
+
+bool property_register::axis_value_of(const std::string& setting, long long* axis_value) const {
+    uint32_t value = 0;
+    std::string problem;
+    return parse_strict_u32(setting, &value, &problem) && subval->axis_value_of(value, axis_value);
+}

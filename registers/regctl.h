@@ -37,6 +37,12 @@ public:
     virtual bool adjust(reg_info* reg, long long delta);
     virtual const std::string& get_name();
     virtual const std::string& get_desc();
+    // The field's answers to the sweep questions of its property (property.h):
+    // by default its limits, every value in them, each written as it is.
+    virtual sweep_axis axis();
+    virtual std::vector<long long> table_keys();
+    virtual uint32_t setting_for(long long axis_value);
+    virtual bool axis_value_of(uint32_t value, long long* axis_value);
 
     std::string name;
     std::string desc;
@@ -79,6 +85,9 @@ public:
     bool _before_set(uint32_t& v) override;
     bool _after_read(uint32_t& v) override;
     std::string valid_values() override;
+    // Swept over the keys of its table.
+    sweep_axis axis() override;
+    std::vector<long long> table_keys() override;
 
     const value_table* value_map;
 };
@@ -142,6 +151,10 @@ public:
     void get_help(std::string& help) override;
     bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     void refresh() override;
+    std::vector<long long> table_keys() const override;
+    sweep_axis axis() const override;
+    std::string setting_for(long long axis_value) const override;
+    bool axis_value_of(const std::string& setting, long long* axis_value) const override;
 
     // One property "<register>::<field>" per field, in field-name order.
     static void register_as_property(property_group* group, reg_info* reg);

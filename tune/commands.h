@@ -13,6 +13,8 @@ int apply_command(int argc, char** argv);
 int sweep_command(int argc, char** argv);
 int shmoo_command(int argc, char** argv);
 int resume_command(int argc, char** argv);
+int trial_command(int argc, char** argv);
+int bless_command(int argc, char** argv);
 
 void print_usage(std::FILE* out);
 

@@ -12,7 +12,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "tune/commands.h"
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 bool arm_watchdog(const test_options& options, hang_guard& guard) {
     return options.watchdog_path.empty() || guard.watchdog.open(options.watchdog_path);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // shmoo: two properties against each other, the region where a test command
 // passes and the point with the most room around it.
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,12 +16,14 @@
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/resume.h"
+#include "tune/sweep/chart.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
-#include "tune/resume.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 namespace {
 
@@ -32,28 +33,40 @@ constexpr std::size_t max_shmoo_points = 4096;
 // One axis of the shmoo: its property and its values in visiting order.
 struct shmoo_axis {
     property* prop = nullptr;
-    std::vector<long long> visits;
-    std::string original;  // as padkit shows it
+    value_axis visits;
+    std::vector<std::string> settings;  // per visit, the value as padkit writes it
+    std::string original;               // as padkit shows it
 
-    std::string setting(long long value) const { return std::to_string(value); }
-    // The position of a visited value among the values rising.
-    std::size_t position(std::size_t visit) const {
-        return visits.front() <= visits.back() ? visit : visits.size() - 1 - visit;
+    // A visit's position among the values rising, or the other way round:
+    // the same, or reversed.
+    std::size_t other_order(std::size_t at) const {
+        return visits.values.front() <= visits.values.back() ? at : visits.size() - 1 - at;
     }
+    const std::string& setting_at(std::size_t position) const { return settings[other_order(position)]; }
     grid_axis rising() const {
-        grid_axis axis{prop->name, visits, false};
+        grid_axis axis;
+        axis.name = prop->name;
+        axis.values = visits.values;
+        axis.is_signed = visits.is_signed;
         std::sort(axis.values.begin(), axis.values.end());
         return axis;
+    }
+    // "V", or "V (setting S)" where padkit writes it otherwise.
+    std::string value_text(std::size_t position) const {
+        const std::size_t visit = other_order(position);
+        const std::string& setting = settings[visit];
+        return visits.text_at(visit) + (setting == std::to_string(visits.values[visit]) ? "" : " (setting " + setting + ")");
     }
 };
 
 bool plan_axis(const swept_range& range, shmoo_axis* axis) {
-    if (const auto* composite = dynamic_cast<property_set*>(property::get_property(range.name))) {
-        std::string members;
-        for (const std::string& member : composite->members)
-            members += (members.empty() ? "" : ", ") + member;
-        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(),
-               members.c_str());
+    const property* prop = property::get_property(range.name);
+    const std::vector<std::string> members = prop ? prop->member_names() : std::vector<std::string>();
+    if (!members.empty()) {
+        std::string list;
+        for (const std::string& member : members)
+            list += (list.empty() ? "" : ", ") + member;
+        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(), list.c_str());
         return false;
     }
     sweep_plan plan;
@@ -61,13 +74,14 @@ bool plan_axis(const swept_range& range, shmoo_axis* axis) {
         return false;
     axis->prop = plan.rows.front();
     axis->visits = plan.axis;
+    axis->settings = plan.settings.front();
     return true;
 }
 
 std::string range_text(const shmoo_axis& axis) {
-    return axis.prop->name + " over " + std::to_string(axis.visits.front()) + ".." +
-           std::to_string(axis.visits.back()) + " (" + std::to_string(axis.visits.size()) +
-           (axis.visits.size() == 1 ? " value)" : " values)");
+    const value_axis& visits = axis.visits;
+    return axis.prop->name + " over " + visits.range_text(0, visits.size() - 1) + " (" +
+           std::to_string(visits.size()) + (visits.size() == 1 ? " value)" : " values)");
 }
 
 // What a new shmoo and a resumed one check before anything is written.
@@ -88,45 +102,43 @@ bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
 }
 
 // Where the original value lies on the rising axis, if it is one of its values.
-std::optional<std::size_t> original_position(const grid_axis& axis, const std::string& original) {
-    for (std::size_t at = 0; at < axis.values.size(); ++at)
-        if (std::to_string(axis.values[at]) == original)
-            return at;
-    return std::nullopt;
-}
-
-// The width of the terminal on standard output; 0 when it is none.
-std::size_t terminal_width() {
-    winsize size{};
-    return isatty(STDOUT_FILENO) && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
+    long long value = 0;
+    if (!axis.prop->axis_value_of(axis.original, &value) || rising.position_of(value) == rising.size())
+        return std::nullopt;
+    return rising.position_of(value);
 }
 
 class shmoo {
 public:
-    // ORIGINALS are X's and Y's. A resumed shmoo starts with the points its
-    // journal says were measured, in visiting order.
-    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg, hang_guard& guard,
+    // The files, when given, are open already; ORIGINALS are X's and Y's. A
+    // resumed shmoo is given the points its journal says were measured
+    // (add) before it runs.
+    shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
+          whole_file* profile, std::string profile_header, hang_guard& guard,
           const std::vector<std::string>& originals)
-        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), guard(guard),
-          progress(stderr, isatty(STDERR_FILENO), "point"), results(this->x.rising(), this->y.rising()) {
-        this->x.original = results.original_x = originals[0];
-        this->y.original = results.original_y = originals[1];
-        const std::optional<std::size_t> original_x = original_position(results.x, this->x.original),
-                                         original_y = original_position(results.y, this->y.original);
+        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), profile(profile),
+          profile_header(std::move(profile_header)), guard(guard), progress(stderr, isatty(STDERR_FILENO), "point"),
+          results(this->x.rising(), this->y.rising()) {
+        this->x.original = originals[0];
+        this->y.original = originals[1];
+        const std::optional<std::size_t> original_x = original_position(this->x, results.x),
+                                         original_y = original_position(this->y, results.y);
+        results.original_x = original_x ? results.x.text_at(*original_x) : this->x.original;
+        results.original_y = original_y ? results.y.text_at(*original_y) : this->y.original;
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
-        if (csv)
-            print_grid_csv_header(csv);
     }
 
-    // The point a step of the journal must name: the values of X and Y.
+    // The point a step of the journal must name: the axis values of X and Y.
     journal_point point(std::size_t step) const {
-        return {std::to_string(x.visits[step % x.visits.size()]), std::to_string(y.visits[step / x.visits.size()])};
+        return {std::to_string(x.visits.values[step % x.visits.size()]),
+                std::to_string(y.visits.values[step / x.visits.size()])};
     }
 
     void add(std::size_t step, outcome result) {
         const std::size_t row = step / x.visits.size(), column = step % x.visits.size();
-        const grid_point at{x.position(column), y.position(row)};
+        const grid_point at{x.other_order(column), y.other_order(row)};
         results.cells[at.y][at.x] = result;
         if (csv) {
             print_grid_csv_point(csv, results, at);
@@ -160,30 +172,30 @@ public:
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore() {
         put_back_all();
-        print_grid_chart(stdout, results, find_safest(results, results.original), terminal_width());
+        print_grid_chart(stdout, results, find_safest(results, results.original), terminal_columns(STDOUT_FILENO));
         guard.close(true);
         return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
     }
 
 private:
     void measure(std::size_t row, std::size_t column) {
-        const long long x_value = x.visits[column], y_value = y.visits[row];
         std::vector<setting> changes;
-        // The slow one, a voltage say, changes once a row.
-        if (column == 0)
-            changes.push_back({y.prop, y.setting(y_value)});
-        changes.push_back({x.prop, x.setting(x_value)});
+        // The slow one, a voltage say, changes once a row, and first of all
+        // where a resumed shmoo carries on in the middle of a row.
+        if (column == 0 || !changed)
+            changes.push_back({y.prop, y.settings[row]});
+        changes.push_back({x.prop, x.settings[column]});
         changed = true;
         const std::size_t step = row * x.visits.size() + column;
-        progress.show(x.prop->name + " = " + std::to_string(x_value) + ", " + y.prop->name + " = " +
-                          std::to_string(y_value),
+        progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
+                          y.visits.text_at(row),
                       step + 1, x.visits.size() * y.visits.size());
         const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
-                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x_value)},
-                                   {"PADKIT_SHMOO_X_SETTING", x.setting(x_value)},
+                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
+                                   {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
                                    {"PADKIT_SHMOO_Y_NAME", y.prop->name},
-                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y_value)},
-                                   {"PADKIT_SHMOO_Y_SETTING", y.setting(y_value)}};
+                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
+                                   {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
         const point_result got = test_point(changes, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
@@ -202,22 +214,18 @@ private:
     }
 
     void keep(const safest_point& safest) {
-        const std::string x_setting = x.setting(results.x.values[safest.at.x]),
-                          y_setting = y.setting(results.y.values[safest.at.y]);
-        if (!write_locked({{y.prop, y_setting}, {x.prop, x_setting}})) {
+        if (!write_locked({{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
             put_back();
             return;
         }
-        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x_setting.c_str());
-        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y_setting.c_str());
+        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x.value_text(safest.at.x).c_str());
+        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y.value_text(safest.at.y).c_str());
     }
 
+    // The files first, standard output last: a reader of the output that
+    // goes away early costs no result.
     int finish(const std::optional<safest_point>& safest) {
         guard.close(ended != point_result::interrupted);
-        print_grid_chart(stdout, results, safest, terminal_width());
-        for (const std::string& line : grid_summary(results, safest))
-            std::printf("%s\n", line.c_str());
-        std::fflush(stdout);
         bool files_written = !csv || (std::fflush(csv) == 0 && !std::ferror(csv));
         if (!files_written)
             report("cannot write %s: %s", options.csv_path.c_str(), std::strerror(errno));
@@ -228,6 +236,11 @@ private:
                 files_written = false;
             }
         }
+        files_written = write_profile(safest) && files_written;
+        print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
+        for (const std::string& line : grid_summary(results, safest))
+            std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
         if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "both settings restored");
@@ -238,14 +251,39 @@ private:
             return tune_status::left_changed;
         if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == point_result::write_failed || !safest || !files_written || guard.failed() ? tune_status::not_done
-                                                                                 : tune_status::ok;
+        return ended == point_result::write_failed || !safest || !files_written || guard.failed()
+                   ? tune_status::not_done
+                   : tune_status::ok;
+    }
+
+    // Only a shmoo that measured every point gives a profile: both settings
+    // at the safest point.
+    bool write_profile(const std::optional<safest_point>& safest) {
+        if (!profile)
+            return true;
+        if (ended != point_result::measured) {
+            profile->discard();
+            report("%s: not written; the shmoo did not finish", options.profile_path.c_str());
+            return false;
+        }
+        std::fputs(profile_header.c_str(), profile->stream());
+        if (safest)
+            std::fprintf(profile->stream(), "%s = %s\n%s = %s\n", x.prop->name.c_str(),
+                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(), y.setting_at(safest->at.y).c_str());
+        else
+            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(), y.prop->name.c_str());
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
     }
 
     const shmoo_options& options;
     shmoo_axis x, y;
     std::FILE* csv;
     std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
     hang_guard& guard;
     const stop_signals stop;
     progress_line progress;
@@ -278,13 +316,18 @@ int shmoo_command(int argc, char** argv) {
     if (!confirmed(options, warning, "shmoo"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
+    if (!open_output(options.csv_path, &csv, print_grid_csv_header) || !open_output(options.svg_path, &svg, nullptr))
+        return tune_status::bad_input;
+    whole_file profile;
+    if (!open_profile(options, &profile))
         return tune_status::bad_input;
     std::vector<std::string> originals;
     hang_guard guard;
     if (!start_guard(options, {x.prop, y.prop}, &originals, guard))
         return tune_status::bad_input;
-    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(), guard, originals).run();
+    return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv), guard, originals)
+        .run();
 }
 
 int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restore) {
@@ -296,9 +339,13 @@ int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restor
         return tune_status::bad_input;
     const std::size_t points = x.visits.size() * y.visits.size();
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!restore && (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg)))
+    whole_file profile;
+    if (!restore && (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+                     !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
         return tune_status::bad_input;
-    shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(), guard, originals_of(journal));
+    shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(),
+                  options.profile_path.empty() || restore ? nullptr : &profile,
+                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard, originals_of(journal));
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
         if (step >= points || journal.steps[step].point != resumed.point(step)) {
             report("%s:%zu: not the next point of this shmoo; nothing written", guard.journal.path().c_str(),

@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <utility>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "runtime/exit_status.h"
@@ -19,32 +19,56 @@
 #include "tune/sweep/svg.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 namespace {
 
 class sweep {
 public:
-    // The files, when given, are open already. A resumed sweep starts with
-    // what its journal says was measured; a new one with no rows.
-    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, hang_guard& guard,
-          std::vector<std::string> originals, sweep_results done = {})
-        : options(options), plan(plan), csv(csv), svg(svg), guard(guard), originals(std::move(originals)),
-          progress(stderr, isatty(STDERR_FILENO)), results(std::move(done)) {
+    // The files, when given, are open already; ORIGINALS are the rows'. A
+    // resumed sweep is given the steps its journal says were measured (add)
+    // before it runs.
+    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, whole_file* profile,
+          std::string profile_header, hang_guard& guard, std::vector<std::string> originals)
+        : options(options),
+          plan(plan),
+          csv(csv),
+          svg(svg),
+          profile(profile),
+          profile_header(std::move(profile_header)),
+          guard(guard),
+          originals(std::move(originals)),
+          progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
+        results.group = plan.group;
+    }
+
+    // The point a step of the journal must name: the row and its axis value.
+    journal_point point(std::size_t step) const {
+        return {plan.rows[step / plan.axis.size()]->name, std::to_string(plan.axis.values[step % plan.axis.size()])};
+    }
+
+    // Steps go row by row, each over the axis.
+    void add(std::size_t step, outcome result) {
+        const std::size_t row = step / plan.axis.size();
+        if (step % plan.axis.size() == 0) {
+            results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
+            long long original = 0;
+            if (plan.rows[row]->axis_value_of(originals[row], &original))
+                results.rows.back().original = original;
+        }
+        results.rows.back().results.push_back(result);
+        done = step + 1;
     }
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
-        const std::size_t values = plan.axis.size(), steps = plan.rows.size() * values;
-        for (std::size_t step = measured_steps(); step < steps && ended == point_result::measured; ++step) {
-            const std::size_t row = step / values, at = step % values;
-            if (at == 0)
-                results.rows.push_back({plan.rows[row]->name, {}});
-            measure(row, at);
+        const std::size_t values = plan.axis.size();
+        for (std::size_t step = done; step < plan.rows.size() * values && ended == point_result::measured; ++step) {
+            measure(step);
             // The next row runs with this one as it was.
-            if (at + 1 == values || ended != point_result::measured)
-                put_back(row);
+            if ((step + 1) % values == 0 || ended != point_result::measured)
+                put_back(step / values);
         }
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
@@ -54,7 +78,7 @@ public:
             const sweep_window window = widest_window(results.rows[row].results);
             every_window = every_window && window.count > 0;
             if (ended == point_result::measured && options.keep_centre && window.count > 0)
-                keep_centre(row, plan.axis[window_centre(window, plan.axis)]);
+                keep_centre(row, window_centre(window, plan.axis.values));
         }
         return finish(every_window);
     }
@@ -68,29 +92,25 @@ public:
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore() {
         put_back_all();
-        print_chart(stdout, results);
+        print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         guard.close(true);
         return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
     }
 
 private:
-    std::size_t measured_steps() const {
-        std::size_t steps = 0;
-        for (const sweep_row& row : results.rows)
-            steps += row.results.size();
-        return steps;
-    }
-
-    void measure(std::size_t row, std::size_t at) {
+    void measure(std::size_t step) {
+        const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
         property* prop = plan.rows[row];
-        const std::string value = std::to_string(plan.axis[at]);
-        progress.show(prop->name + " = " + value, row * plan.axis.size() + at + 1, plan.rows.size() * plan.axis.size());
-        const environment names = {{"PADKIT_SWEEP_NAME", prop->name}, {"PADKIT_SWEEP_VALUE", value}};
-        const point_result got = test_point({{prop, value}}, {prop->name, value}, options, names, stop, progress, guard);
+        const std::string& value = plan.settings[row][at];
+        progress.show(prop->name + " = " + plan.axis.text_at(at), step + 1, plan.rows.size() * plan.axis.size());
+        const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
+                                   {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
+                                   {"PADKIT_SWEEP_SETTING", value}};
+        const point_result got = test_point({{prop, value}}, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
         if (got.what == point_result::measured)
-            results.rows[row].results.push_back(got.result);
+            add(step, got.result);
     }
 
     void put_back(std::size_t row) {
@@ -100,19 +120,21 @@ private:
         }
     }
 
-    void keep_centre(std::size_t row, long long centre) {
-        if (write_locked({{plan.rows[row], std::to_string(centre)}}))
-            report("%s: kept at the centre, %lld", plan.rows[row]->name.c_str(), centre);
+    void keep_centre(std::size_t row, std::size_t centre) {
+        if (write_locked({{plan.rows[row], plan.settings[row][centre]}}))
+            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
+                   value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
             put_back(row);
     }
 
     int finish(bool every_window) {
         guard.close(ended != point_result::interrupted);
-        print_chart(stdout, results);
+        print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
         const bool csv_written = write_file(csv, options.csv_path, print_csv);
         const bool svg_written = write_file(svg, options.svg_path, print_svg);
+        const bool profile_written = write_profile();
         if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
@@ -123,9 +145,26 @@ private:
             return tune_status::left_changed;
         if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == point_result::write_failed || !every_window || !csv_written || !svg_written || guard.failed()
+        return ended == point_result::write_failed || !every_window || !csv_written || !svg_written ||
+                       !profile_written || guard.failed()
                    ? tune_status::not_done
                    : tune_status::ok;
+    }
+
+    // Only a sweep that measured every value gives a profile.
+    bool write_profile() {
+        if (!profile)
+            return true;
+        if (ended != point_result::measured) {
+            profile->discard();
+            report("%s: not written; the sweep did not finish", options.profile_path.c_str());
+            return false;
+        }
+        print_profile(profile->stream(), results, profile_header);
+        if (profile->commit())
+            return true;
+        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
+        return false;
     }
 
     bool write_file(std::FILE* file, const std::string& path, void (*print)(std::FILE*, const sweep_results&)) {
@@ -142,6 +181,8 @@ private:
     const sweep_plan& plan;
     std::FILE* csv;
     std::FILE* svg;
+    whole_file* profile;
+    const std::string profile_header;
     hang_guard& guard;
     const std::vector<std::string> originals;
     const stop_signals stop;
@@ -149,12 +190,14 @@ private:
     sweep_results results;
     point_result::kind ended = point_result::measured;
     int stop_signal = 0;
+    std::size_t done = 0;  // the steps measured
     bool left_changed = false;
 };
 
 std::string range_text(const sweep_plan& plan) {
-    return std::to_string(plan.axis.front()) + ".." + std::to_string(plan.axis.back()) + " (" +
-           std::to_string(plan.axis.size()) + (plan.axis.size() == 1 ? " value)" : " values)");
+    const value_axis& axis = plan.axis;
+    return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
+           (axis.size() == 1 ? " value)" : " values)");
 }
 
 // What a new sweep and a resumed one check before anything is written.
@@ -184,13 +227,17 @@ int sweep_command(int argc, char** argv) {
     if (!confirmed(options, warning, "sweep"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg))
+    whole_file profile;
+    if (!open_output(options.csv_path, &csv, nullptr) || !open_output(options.svg_path, &svg, nullptr) ||
+        !open_profile(options, &profile))
         return tune_status::bad_input;
     std::vector<std::string> originals;
     hang_guard guard;
     if (!start_guard(options, plan.rows, &originals, guard))
         return tune_status::bad_input;
-    return sweep(options, plan, csv.get(), svg.get(), guard, std::move(originals)).run();
+    return sweep(options, plan, csv.get(), svg.get(), options.profile_path.empty() ? nullptr : &profile,
+                 profile_header(argc, argv), guard, std::move(originals))
+        .run();
 }
 
 int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restore) {
@@ -201,28 +248,26 @@ int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restor
     sweep_plan plan;
     if (!ready(options, &plan) || !journal_matches(guard.journal.path(), journal, plan.rows))
         return tune_status::bad_input;
-    // Steps in the order the sweep visits them: row by row, each over the axis.
-    sweep_results done;
-    const std::size_t values = plan.axis.size();
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    whole_file profile;
+    if (!restore && (!open_output(options.csv_path, &csv, nullptr) || !open_output(options.svg_path, &svg, nullptr) ||
+                     !open_profile(options, &profile)))
+        return tune_status::bad_input;
+    sweep resumed(options, plan, csv.get(), svg.get(), options.profile_path.empty() || restore ? nullptr : &profile,
+                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
+                  originals_of(journal));
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
-        const std::size_t row = step / values, at = step % values;
-        if (row >= plan.rows.size() ||
-            journal.steps[step].point != journal_point{plan.rows[row]->name, std::to_string(plan.axis[at])}) {
+        if (step >= plan.rows.size() * plan.axis.size() || journal.steps[step].point != resumed.point(step)) {
             report("%s:%zu: not the next value of this sweep; nothing written", guard.journal.path().c_str(),
                    journal.steps[step].line);
             return tune_status::bad_input;
         }
-        if (at == 0)
-            done.rows.push_back({plan.rows[row]->name, {}});
-        done.rows.back().results.push_back(journal.steps[step].result);
+        resumed.add(step, journal.steps[step].result);
     }
-    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!restore && (!open_output(options.csv_path, &csv) || !open_output(options.svg_path, &svg) ||
-                     !arm_watchdog(options, guard)))
+    if (!restore && !arm_watchdog(options, guard))
         return tune_status::bad_input;
     if (journal.in_flight && !guard.journal.finished(outcome::hang))
         return tune_status::not_done;
-    sweep resumed(options, plan, csv.get(), svg.get(), guard, originals_of(journal), std::move(done));
     if (restore)
         return resumed.restore();
     resumed.put_back_all();

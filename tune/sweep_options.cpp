@@ -3,6 +3,7 @@
 
 #include <getopt.h>
 
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -29,23 +30,25 @@ bool parse_seconds(const char* text, double* out) {
     return *out > 0 && *out <= 1e6;
 }
 
-// A value as a profile writes it; the property decides later whether it fits.
-bool parse_value(const char* what, const char* text, long long* out) {
+// A value as a profile writes it, or with a sign; the property decides
+// later whether it fits.
+bool parse_value(const char* what, const std::string& text, long long* out) {
+    const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');
     uint32_t number = 0;
     std::string problem;
-    if (!parse_strict_u32(text, &number, &problem)) {
-        usage_error(std::string(what) + ": " + problem);
+    if (!parse_strict_u32(text.substr(sign), &number, &problem)) {
+        usage_error(std::string(what) + ": " + (sign ? "'" + text + "' is not a number" : problem));
         return false;
     }
-    *out = number;
+    *out = text[0] == '-' ? -static_cast<long long>(number) : number;
     return true;
 }
 
-bool parse_positive(const char* what, const char* text, long long* out) {
+bool parse_nonzero(const char* what, const char* text, long long* out) {
     if (!parse_value(what, text, out))
         return false;
     if (*out == 0) {
-        usage_error(std::string(what) + " must be at least 1");
+        usage_error(std::string(what) + " must not be 0");
         return false;
     }
     return true;
@@ -63,7 +66,12 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
         options.assume_yes = true;
         return true;
     case 'r':
-        return parse_positive("--runs", arg, &options.runs);
+        if (!parse_value("--runs", arg, &options.runs))
+            return false;
+        if (options.runs >= 1)
+            return true;
+        usage_error("--runs must be at least 1");
+        return false;
     case 't':
         if (parse_seconds(arg, &options.timeout_seconds))
             return true;
@@ -81,6 +89,9 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
     case 'g':
         options.svg_path = arg;
         return true;
+    case 'p':
+        options.profile_path = arg;
+        return true;
     case 'j':
         options.journal_path = arg;
         return true;
@@ -89,21 +100,23 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
         return true;
     }
     const step_option& step = steps.at(static_cast<std::size_t>(option - first_step_option));
-    return parse_positive((std::string("--") + step.name).c_str(), arg, step.step);
+    return parse_nonzero((std::string("--") + step.name).c_str(), arg, step.step);
 }
 
-// Options until the first operand, so that a negative value is an operand;
-// then exactly WANTED operands, "--" and the command.
+// Options end at the first operand, whatever the environment says, so that
+// a range may be negative; then exactly as many operands as NEEDS names,
+// "--" and the command.
 sweep_request parse_words(int argc, char** argv, test_options& options, const std::vector<step_option>& steps,
-                          std::size_t wanted, const char* needs, std::vector<const char*>* operands) {
+                          const std::vector<const char*>& needs, std::vector<std::string>* operands) {
     int separator = 1;
     while (separator < argc && std::strcmp(argv[separator], "--") != 0)
         ++separator;
     std::vector<option> long_options = {
         {"runs", required_argument, nullptr, 'r'}, {"timeout", required_argument, nullptr, 't'},
         {"keep", required_argument, nullptr, 'k'}, {"csv", required_argument, nullptr, 'c'},
-        {"svg", required_argument, nullptr, 'g'},  {"journal", required_argument, nullptr, 'j'},
-        {"watchdog", required_argument, nullptr, 'w'}, {"help", no_argument, nullptr, 'h'}};
+        {"svg", required_argument, nullptr, 'g'},  {"profile", required_argument, nullptr, 'p'},
+        {"journal", required_argument, nullptr, 'j'}, {"watchdog", required_argument, nullptr, 'w'},
+        {"help", no_argument, nullptr, 'h'}};
     for (std::size_t at = 0; at < steps.size(); ++at)
         long_options.push_back({steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
     long_options.push_back({nullptr, 0, nullptr, 0});
@@ -119,8 +132,18 @@ sweep_request parse_words(int argc, char** argv, test_options& options, const st
             return sweep_request::bad;
     }
     operands->assign(argv + optind, argv + separator);
-    if (operands->size() != wanted || separator + 1 >= argc) {
-        usage_error(std::string(argv[0]) + " needs " + needs + ", then -- and the command");
+    for (std::size_t at = 1; at < operands->size(); ++at) {
+        const std::string& word = (*operands)[at];
+        if (word.size() > 1 && word[0] == '-' && !std::isdigit(static_cast<unsigned char>(word[1]))) {
+            usage_error(word + ": options come before " + needs.front());
+            return sweep_request::bad;
+        }
+    }
+    if (operands->size() != needs.size() || separator + 1 >= argc) {
+        std::string names;
+        for (const char* name : needs)
+            names += std::string(names.empty() ? "" : " ") + name;
+        usage_error(std::string(argv[0]) + " needs " + names + ", then -- and the command");
         return sweep_request::bad;
     }
     if (!options.watchdog_path.empty() && options.journal_path.empty()) {
@@ -132,30 +155,36 @@ sweep_request parse_words(int argc, char** argv, test_options& options, const st
     return sweep_request::run;
 }
 
-bool parse_range(const char* name, const char* from, const char* to, swept_range* range) {
-    range->name = name;
-    return parse_value("FROM", from, &range->from) && parse_value("TO", to, &range->to);
+// NAME FROM TO at FIRST of the operands.
+bool parse_range(const std::vector<std::string>& operands, std::size_t first, swept_range* range) {
+    range->name = operands[first];
+    if (!parse_value("FROM", operands[first + 1], &range->from) || !parse_value("TO", operands[first + 2], &range->to))
+        return false;
+    if (range->step < 0 && range->from < range->to) {
+        usage_error("--step " + std::to_string(range->step) + " leads away from TO");
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
 
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
-    std::vector<const char*> operands;
+    std::vector<std::string> operands;
     const sweep_request request =
-        parse_words(argc, argv, options, {{"step", &options.step}}, 3, "NAME FROM TO", &operands);
+        parse_words(argc, argv, options, {{"step", &options.step}}, {"NAME", "FROM", "TO"}, &operands);
     if (request != sweep_request::run)
         return request;
-    return parse_range(operands[0], operands[1], operands[2], &options) ? sweep_request::run : sweep_request::bad;
+    return parse_range(operands, 0, &options) ? sweep_request::run : sweep_request::bad;
 }
 
 sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options) {
-    std::vector<const char*> operands;
-    const sweep_request request = parse_words(argc, argv, options, {{"xstep", &options.x.step}, {"ystep", &options.y.step}},
-                                              6, "X XFROM XTO Y YFROM YTO", &operands);
+    std::vector<std::string> operands;
+    const sweep_request request =
+        parse_words(argc, argv, options, {{"xstep", &options.x.step}, {"ystep", &options.y.step}},
+                    {"X", "XFROM", "XTO", "Y", "YFROM", "YTO"}, &operands);
     if (request != sweep_request::run)
         return request;
-    return parse_range(operands[0], operands[1], operands[2], &options.x) &&
-                   parse_range(operands[3], operands[4], operands[5], &options.y)
-               ? sweep_request::run
-               : sweep_request::bad;
+    return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y) ? sweep_request::run
+                                                                                         : sweep_request::bad;
 }

@@ -13,7 +13,7 @@ struct test_options {
     long long runs = 1;
     double timeout_seconds = 60;
     bool keep_centre = false;
-    std::string csv_path, svg_path;
+    std::string csv_path, svg_path, profile_path;
     std::string journal_path, watchdog_path;
     std::vector<std::string> command;
     std::vector<std::string> words;  // all of the subcommand's, as given, for the journal
@@ -23,7 +23,7 @@ struct test_options {
 struct swept_range {
     std::string name;
     long long from = 0, to = 0;
-    long long step = 0;  // 0: the property's own default
+    long long step = 0;  // 0: the property's own default; below 0 only when FROM is above TO
 };
 
 struct sweep_options : test_options, swept_range {};
@@ -34,9 +34,10 @@ struct shmoo_options : test_options {
 
 enum class sweep_request { run, help, bad };
 
-// Read the subcommand's words (argv[0] is the subcommand's name): options
-// first, then the operands, then "--" and the command. On bad input say what
-// is wrong, and the usage, on standard error.
+// Read the subcommand's words (argv[0] is the subcommand's name): options,
+// then the operands, where a word with a leading minus is a number, not an
+// option, then "--" and the command. On bad input say what is wrong, and the
+// usage, on standard error.
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options);
 sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options);
 

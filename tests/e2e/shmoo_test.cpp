@@ -30,11 +30,14 @@ strings shmoo(strings options, const std::string& command) {
     return options;
 }
 
+const std::string legend = "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n";
+const std::string dq_diamond = diamond(1, 900000, 2);
+
 std::string chart(const std::vector<std::string>& rows) {
     std::string text = core + " (rows) against " + mmc + " (columns)\n        34   40\n";
     for (std::size_t at = 0; at < rows.size(); ++at)
         text += std::to_string(930000 - 10000 * at) + "  " + rows[at] + "\n";
-    return text + "        34   40\n# pass  . fail  T time-out  O original  @ safest point\n";
+    return text + "        34   40\n" + legend;
 }
 
 const std::string rdqs_file = "sys/kernel/debug/mmc0/rdqs", core_file = "sys/class/regulator/regulator.2/microvolts";
@@ -50,16 +53,22 @@ const run_case cases[] = {
          "16 of 49 points pass\nsafest point X=35, Y=900000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n",
      "", tune_status::ok},
     {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {},
-     chart({"..###..", ".#####.", "#######", "###O###", "#######", ".##@##.", "..###.."}) +
+     chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) +
          "36 of 49 points pass\nsafest point X=37, Y=880000 (margin 1 step)\noriginal X=37, Y=900000: does not pass\n",
      "", tune_status::ok},
-    {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...O...", ".......", ".......", "......."}) +
+    {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) +
          "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done},
+    // A DQ member's signed delays against a regulator's 10 mV steps.
+    {{"shmoo", "-y", "tarnm-ddra-read0::dq3", "-3", "3", core, "880000", "920000", "--", "sh", "-c", dq_diamond}, {},
+     "core_regulator::microvolts (rows) against tarnm-ddra-read0::dq3 (columns)\n        -3 0 +3\n920000  ....#..\n"
+     "910000  ...###.\n900000  ..#O@##\n890000  ...###.\n880000  ....#..\n        -3 0 +3\n" + legend +
+     "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 step)\noriginal X=0, Y=900000 (margin 0 steps)\n",
+     "", tune_status::ok},
     // A table field's keys against a register field's codes.
     {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c",
       "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {},
-     "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0\n"
-     "# pass  . fail  T time-out  O original  @ safest point\n6 of 16 points pass\n"
+     "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n"
+     "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n6 of 16 points pass\n"
      "safest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", tune_status::ok},
     {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...",
      "padkit-tune-sim: mmc::rdqs: kept at the safest point, 36\n"
@@ -71,7 +80,7 @@ const run_case cases[] = {
          "48 of 49 points pass\nsafest point X=37, Y=900000 (margin 2 steps)\noriginal X=37, Y=900000 (margin 2 steps)\n",
      "", tune_status::ok},
     {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {},
-     chart({"       ", "       ", "       ", "   O   ", "       ", "#@#####", "#######"}) +
+     chart({"       ", "       ", "       ", "   X   ", "       ", "#@#####", "#######"}) +
          "14 of 49 points pass\nsafest point X=35, Y=880000 (margin 0 steps)\noriginal X=37, Y=900000: not measured\n",
      "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM},
     // Refused before anything is written.
@@ -101,4 +110,41 @@ TEST(padkit_tune_shmoo, charts_safest_points_and_what_is_left) {
         check(b, c);
         EXPECT_EQ(c.files.empty() ? b.run(dump).out : before, before);
     }
+}
+
+// The profile a shmoo writes gives the board that --keep centre leaves.
+TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
+    const std::string dq3 = "tarnm-ddra-read0::dq3";
+    tune_board kept, profiled;
+    const strings shmoo = {dq3, "-3", "3", core, "880000", "920000", "--", "sh", "-c", dq_diamond};
+    strings keep = {"shmoo", "-y", "--keep", "centre"}, profile = {"shmoo", "-y", "--profile", (profiled.scratch / "p.conf").string()};
+    keep.insert(keep.end(), shmoo.begin(), shmoo.end());
+    profile.insert(profile.end(), shmoo.begin(), shmoo.end());
+    EXPECT_EQ(kept.run(keep).status, tune_status::ok);
+    EXPECT_EQ(profiled.run(profile).status, tune_status::ok);
+    EXPECT_EQ(profiled.run({"dump", dq3, core}).out, core + " = 900000\n" + dq3 + " = 0\n") << "restored";
+    EXPECT_EQ(profiled.run({"apply", (profiled.scratch / "p.conf").string()}).status, tune_status::ok);
+    EXPECT_EQ(profiled.run({"dump", dq3, core}).out, kept.run({"dump", dq3, core}).out);
+    EXPECT_EQ(kept.run({"dump", dq3}).out, dq3 + " = 65\n");
+}
+
+// Row by row to the CSV; the SVG read back by an XML parser: a cell per point, both names, both marks.
+TEST(padkit_tune_shmoo, csv_and_svg) {
+    tune_board b;
+    const std::string csv = (b.scratch / "s.csv").string(), svg = (b.scratch / "s.svg").string();
+    const result got = b.run({"shmoo", "-y", "--csv", csv, "--svg", svg, "tarnm-ddra-read0::dq3", "-3", "3", core,
+                              "880000", "920000", "--", "sh", "-c", dq_diamond});
+    EXPECT_EQ(got.status, tune_status::ok) << got.err;
+    const std::string rows = slurp(csv);
+    EXPECT_EQ(rows.substr(0, rows.find('\n', rows.find('\n') + 1) + 1),
+              "x_name,x_value,y_name,y_value,result\ntarnm-ddra-read0::dq3,-3," + core + ",880000,fail\n");
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    std::string shown = slurp(svg + ".txt"), cells;
+    for (std::string::size_type at = 0; (at = shown.find("cell ", at)) != std::string::npos; at += 5)
+        cells += 'c';
+    EXPECT_EQ(cells.size(), 35u) << shown;
+    for (const std::string& item : strings{"name " + core, "name tarnm-ddra-read0::dq3", "axis -3", "axis +3", "axis 880000",
+                                    "axis 920000", "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass"})
+        EXPECT_NE(shown.find(item + "\n"), std::string::npos) << item << "\n" << shown;
 }

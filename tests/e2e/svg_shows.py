@@ -19,6 +19,9 @@ for element in root.iter():
         right, bottom = x + float(element.get('width')), y + float(element.get('height'))
         inside = [t for cx, cy, w, t in cells if x <= cx and cx + w <= right and y <= cy <= bottom]
         print('window', inside[0], '..', inside[-1], len(inside))
-    elif kind in ('centre', 'original', 'safest'):
+    elif kind in ('centre', 'safest'):
         cx, cy = float(element.get('cx')), float(element.get('cy'))
         print(kind, *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])
+    elif kind == 'original' and element.tag == SVG + 'rect':
+        x, y = float(element.get('x')), float(element.get('y'))
+        print('original', *[t for cx, cy, w, t in cells if cx <= x <= cx + w and cy <= y <= cy + w])

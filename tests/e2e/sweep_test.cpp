@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // padkit-tune-sim sweep end to end, with test commands that pass for some values only.
+#include <pty.h>
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -18,10 +21,10 @@ std::string in(int lo, int hi) {
 const std::string mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", cpu = "cpu_regulator::microvolts";
 const std::string dq = "tarnm-ddra-read0::dq";
 
-// Passes when the composite reads 5 everywhere but at the swept member, which holds the value.
+// Passes when the composite reads 5 everywhere but at the swept member, which holds the setting.
 const std::string members_apart =
     PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" " + dq + " 2>/dev/null | tr -d '{}' | "
-    "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_VALUE "
+    "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_SETTING "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
 
 strings sweep(strings args, const std::string& command) {
@@ -31,51 +34,60 @@ strings sweep(strings args, const std::string& command) {
 }
 
 // A case that names no board file must leave the swept property as it was.
-const run_case cases[] = {
-    // A window with a hole, two equal windows.
-    {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {},
-     "           30            45\nmmc::rdqs  ..###..#####....\nmmc::rdqs: window 37..41 (5 values), centre 39\n", "", 0},
-    {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {},
-     "           39      30\nmmc::rdqs  ..###.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\n", "", 0},
+const struct named_case {
+    const char* name;
+    run_case c;
+} cases[] = {
+    {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {},
+     "           30   35   40  45\nmmc::rdqs  ..###..O####....\nmmc::rdqs: window 37..41 (5 values), centre 39\n"
+     "mmc::rdqs: original 37: margin 0 below, 4 above\n", "", 0}},
+    {"falling, two equal windows", {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {},
+     "           39  35  30\nmmc::rdqs  ..O##.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\n"
+     "mmc::rdqs: original 37: margin 2 below, 0 above\n", "", 0}},
     // Every run must pass: here the second one passes at 2 only.
-    {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"},
+    {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"},
            "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || "
            "{ rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {},
-     "               0  3\nmac-tx::delay  ..#.\nmac-tx::delay: window 2..2 (1 value), centre 2\n", "", 0},
-    // Keeping the centre, or the original where there is no window at all.
-    {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {},
-     "           30            45\nmmc::rdqs  ...########.....\nmmc::rdqs: window 33..40 (8 values), centre 36\n",
-     "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}},
-    {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {},
-     "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\n", "", 1},
-    // A table field visits its keys; a regulator takes a step.
-    {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
-     "                 40 120\ntarnm-ddra::odt  ##.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\n",
-     "", 0},
-    {sweep({"-y", "--step", "20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
+     "               0  3\nmac-tx::delay  X.#.\nmac-tx::delay: window 2..2 (1 value), centre 2\n"
+     "mac-tx::delay: original 0: outside the window\n", "", 0}},
+    {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {},
+     "           30   35   40  45\nmmc::rdqs  ...####O###.....\nmmc::rdqs: window 33..40 (8 values), centre 36\n"
+     "mmc::rdqs: original 37: margin 4 below, 3 above\n",
+     "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
+    {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {},
+     "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
+     "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\n"
+     "tarnm-ddra::odt: original 60: margin 1 below, 0 above\n", "", 0}},
+    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
      "                           1040000 1000000\ncpu_regulator::microvolts  .##\n"
-     "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n", "", 0},
-    // Hanging past the time-out, and interrupted half-way.
-    {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {},
-     "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\n", "", 1},
-    {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {},
-     "           30       40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n",
-     "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143},
+     "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n"
+     "cpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
+    {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {},
+     "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"),
+     {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n",
+     "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
     // Refused before anything is written.
-    {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...",
-     2, ""},
-    {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "",
-     "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""},
-    {sweep({"-y", mmc, "1", "40"}, "true"), {}, "",
-     "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""},
-    {sweep({"-y", odt, "1", "30"}, "true"), {}, "",
-     "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""},
+    {"no consent", {sweep({mmc, "30", "40"}, "true"), {}, "",
+     "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
+    {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "",
+     "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""}},
+    {"below the file's range", {sweep({"-y", mmc, "1", "40"}, "true"), {}, "",
+     "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""}},
+    {"no key between", {sweep({"-y", odt, "1", "30"}, "true"), {}, "",
+     "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""}},
+    {"DQ codes are no delays", {sweep({"-y", dq + "3", "0", "127"}, "true"), {}, "",
+     "padkit-tune-sim: tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
+    {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {}, "",
+     "padkit-tune-sim: tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
 };
 
 }  // namespace
 
 TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
-    for (const run_case& c : cases) {
+    for (const auto& [name, c] : cases) {
+        SCOPED_TRACE(name);
         tune_board b;
         const strings dump = {"dump", c.args[c.args.size() - 7]};  // NAME FROM TO -- sh -c COMMAND
         const std::string before = b.run(dump).out;
@@ -85,7 +97,8 @@ TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
 }
 
 // Each member is swept with the others at their values, the first member's first value
-// hanging past the time-out; the SVG is read back by an XML parser.
+// hanging past the time-out (long enough for the check to run padkit-sim under an emulator);
+// the SVG is read back by an XML parser.
 TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     tune_board b;
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
@@ -94,18 +107,113 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     const std::string command = "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " +
                                 in(1, 2) + " && " + members_apart;
     const result got =
-        b.run({"sweep", "-y", "--timeout", "0.3", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
+        b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
-    std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis 2\n", summaries;
+    std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis +2\n", summaries;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
-        expected_csv += name + ",0," + first + "\n" + name + ",1,pass\n" + name + ",2,pass\n";
-        expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "1: pass\ncell " + cell +
-                        "2: pass\nwindow " + cell + "1: pass .. " + cell + "2: pass 2\ncentre " + cell + "1: pass\n";
-        summaries += "summary " + name + ": window 1..2 (2 values), centre 1\n";
+        expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
+        expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " + cell +
+                        "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\ncentre " + cell + "+1: pass\n";
+        summaries += "summary " + name + ": window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + name +
+                     ": original -5: not on the axis\n";
     }
     EXPECT_EQ(slurp(csv), expected_csv);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
-    EXPECT_EQ(slurp(svg + ".txt"), expected_svg + summaries);
+    EXPECT_EQ(slurp(svg + ".txt"),
+              expected_svg + summaries + "summary " + dq + ": common window +1..+2 (2 values), centre +1 (setting 65)\n");
+}
+
+// A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
+TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
+    const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" +
+                                                dq3 + ": original +12: margin 22 below, 8 above\n";
+    const struct {
+        const char* name;
+        std::string from, to, ending, labels;  // labels: of the SVG's axis
+    } rows[] = {
+        {"-20 20", "-20", "20",
+         "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + summary,
+         "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
+        {"-63 63", "-63", "63", summary,
+         "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        tune_board b;
+        b.change("start", (dq3 + " = 76").c_str());
+        b.run({"apply", (b.dir / "start").string()});
+        const std::string svg = (b.scratch / "dq.svg").string();
+        const result got =
+            b.run(sweep({"-y", "--keep", "centre", "--svg", svg, dq3, row.from, row.to}, in(-10, 20)));
+        EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
+        EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
+        const std::string labels_and_original = " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >";
+        std::system((SVG_SHOWS " " + svg + labels_and_original + svg + ".txt").c_str());
+        EXPECT_EQ(slurp(svg + ".txt"), row.labels + dq3 + " = +12: pass ");
+    }
+}
+
+// Member k passes for k-8..k+8: the lane's common window is where all of them overlap. The profile
+// the sweep writes makes the board that --keep centre leaves.
+TEST(padkit_tune_sweep, composite_common_window_and_profile) {
+    const std::string command =
+        "k=${PADKIT_SWEEP_NAME##*dq}; [ $PADKIT_SWEEP_VALUE -ge $((k - 8)) -a $PADKIT_SWEEP_VALUE -le $((k + 8)) ]";
+    tune_board kept, profiled;
+    const result got = kept.run(sweep({"-y", "--keep", "centre", dq, "-10", "10"}, command));
+    const std::string common = "\n" + dq + ": common window -1..+8 (10 values), centre +3 (setting 67)\n";
+    EXPECT_NE(got.out.find(common), std::string::npos) << got.out;
+    const std::string profile = (profiled.scratch / "lane.conf").string();
+    EXPECT_EQ(profiled.run(sweep({"-y", "--profile", profile, dq, "-10", "10"}, command)).status, 0);
+    const std::string written = slurp(profile), header = "# padkit-tune-sim sweep -y --profile " + profile + " ";
+    EXPECT_EQ(written.rfind(header + dq + " -10 10 -- sh -c '", 0), 0u) << written;
+    EXPECT_NE(written.find("\n" + dq + " = {0,65,66,66,67,67,68,68}\n"), std::string::npos) << written;
+    EXPECT_EQ(profiled.run({"apply", profile}).status, 0);
+    EXPECT_EQ(profiled.run({"dump"}).out, kept.run({"dump"}).out);
+}
+
+// On an 80-column terminal 128 values are wrapped into blocks no wider than it, and every cell is kept.
+TEST(padkit_tune_sweep, chart_wrapped_to_the_terminal) {
+    tune_board b;
+    winsize size{};
+    size.ws_col = 80;
+    size.ws_row = 24;
+    int terminal = -1;
+    const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
+    if (pid == 0) {
+        setenv("PADKIT_SIM_DIR", b.dir.c_str(), 1);
+        dup2(open((b.scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+        std::istringstream emulator(PADKIT_SIM_EMULATOR);
+        strings words(std::istream_iterator<std::string>(emulator), {});
+        words.push_back(PADKIT_TUNE_SIM);
+        for (const std::string& word : sweep({"-y", mmc, "2", "129"}, in(40, 90)))
+            words.push_back(word);
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    std::string shown, cells, expected;
+    char buffer[4096];
+    for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;)
+        shown.append(buffer, static_cast<std::size_t>(got));
+    close(terminal);
+    waitpid(pid, nullptr, 0);
+    std::istringstream lines(shown);
+    int blocks = 0;
+    for (std::string line; std::getline(lines, line);) {
+        line.erase(line.find_last_not_of('\r') + 1);
+        EXPECT_LE(line.size(), 80u) << line;
+        if (line.rfind(mmc + "  ", 0) != 0)
+            continue;
+        cells += line.substr(mmc.size() + 2);
+        ++blocks;
+    }
+    for (int value = 2; value <= 129; ++value)
+        expected += value == 37 ? 'X' : value >= 40 && value <= 90 ? '#' : '.';
+    EXPECT_EQ(cells, expected) << shown;
+    EXPECT_EQ(blocks, 2) << shown;
 }

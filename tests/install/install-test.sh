@@ -11,7 +11,7 @@ installed() {
     local c=share/bash-completion/completions
     local f=(sbin/padkit share/man/man8/padkit.8.gz $c/padkit share/doc/padkit/copyright
         share/doc/padkit/changelog.gz sbin/padkit-tune share/man/man8/padkit-tune.8.gz
-        $c/padkit-tune lib/systemd/system/padkit-tune.service)
+        $c/padkit-tune lib/systemd/system/padkit-tune.service lib/systemd/system/padkit-tune-bless.service)
     grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
     [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz $c/padkit-sim
         share/man/man1/padkit-tune-sim.1.gz bin/padkit-tune-sim $c/padkit-tune-sim)
@@ -50,10 +50,11 @@ boot)
     command -v systemd-analyze >/dev/null || "$src/scripts/need-packages" systemd || exit 77
     command -v shellcheck >/dev/null || "$src/scripts/need-packages" shellcheck || exit 77
     # verify looks for the command in the host's own directories: point it at a stand-in.
-    sed "s|^ExecStart=padkit-tune |ExecStart=$(type -P true) |" "$src/boot/padkit-tune.service" \
-        >"$tmp/padkit-tune.service"
+    for unit in padkit-tune.service padkit-tune-bless.service; do
+        sed "s|^ExecStart=padkit-tune |ExecStart=$(type -P true) |" "$src/boot/$unit" >"$tmp/$unit"
+    done
     expect "" "$(SYSTEMD_LOG_LEVEL=warning systemd-analyze verify --man=no \
-        "$tmp/padkit-tune.service" 2>&1)" "systemd-analyze verify"
+        "$tmp/padkit-tune.service" "$tmp/padkit-tune-bless.service" 2>&1)" "systemd-analyze verify"
     expect "" "$(shellcheck -s sh "$src/boot/padkit-tune.init" 2>&1)" "shellcheck" ;;
 layout)
     stage || exit 1

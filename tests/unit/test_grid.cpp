@@ -12,7 +12,10 @@ namespace {
 
 // Rows from the lowest Y up: '#' passes, '.' fails, 'T' timed out, ' ' not measured.
 grid_results grid(const std::vector<std::string>& rows) {
-    grid_results results({"x", std::vector<long long>(rows.front().size())}, {"y", std::vector<long long>(rows.size())});
+    grid_axis x, y;
+    x.values.resize(rows.front().size());
+    y.values.resize(rows.size());
+    grid_results results(x, y);
     for (std::size_t y = 0; y < rows.size(); ++y)
         for (std::size_t x = 0; x < rows[y].size(); ++x)
             if (rows[y][x] != ' ')

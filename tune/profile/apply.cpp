@@ -13,8 +13,10 @@
 #include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/profile/apply.h"
 #include "tune/profile/board_io.h"
 #include "tune/profile/profile.h"
+#include "tune/profile/trial.h"
 
 namespace {
 
@@ -91,6 +93,12 @@ int apply_command(int argc, char** argv) {
         return usage_error("apply needs a FILE");
     if (system && !system_profiles(&files))
         return tune_status::bad_input;
+    const int status = apply_profiles(files, dry_run, verbose);
+    // A trial goes on top of the known-good set, and only on a real boot.
+    return system && !dry_run && status == tune_status::ok ? apply_trial(verbose) : status;
+}
+
+int apply_profiles(const std::vector<std::string>& files, bool dry_run, bool verbose) {
     if (files.empty())
         return tune_status::ok;
     std::vector<setting> settings;

@@ -40,8 +40,8 @@ bool choose(int count, char** names, std::vector<property*>* chosen) {
             if (count == 0 || wanted.count(entry.second))
                 chosen->push_back(entry.second);
     for (property* prop : *chosen)
-        if (auto* composite = dynamic_cast<property_set*>(prop))
-            members.insert(composite->members.begin(), composite->members.end());
+        for (const std::string& member : prop->member_names())
+            members.insert(member);
     std::vector<property*> kept;
     for (property* prop : *chosen)
         if (!members.count(prop->name))

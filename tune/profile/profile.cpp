@@ -63,14 +63,15 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
         return false;
     }
     std::string canonical;
-    if (auto* composite = dynamic_cast<property_set*>(prop)) {
+    const std::vector<std::string> members = prop->member_names();
+    if (!members.empty()) {
         std::vector<std::string> values;
-        if (!composite->check_members(value, &values, problem)) {
+        if (!prop->check_members(value, &values, problem)) {
             *problem = name + ": " + *problem;
             return false;
         }
         auto next_value = values.begin();
-        for (const std::string& member : composite->members)
+        for (const std::string& member : members)
             add(settings, property::get_property(member), *next_value++);
         return true;
     }

@@ -1,21 +1,65 @@
 // SPDX-License-Identifier: MIT
 #include "tune/sweep/chart.h"
 
-#include <algorithm>
-#include <cstddef>
+#include <sys/ioctl.h>
 
-std::string window_summary(const sweep_row& row, const std::vector<long long>& axis) {
-    const sweep_window window = widest_window(row.results);
-    if (window.count == 0)
-        return row.name + ": no passing value";
-    const long long ends[] = {axis[window.first], axis[window.last()]};
-    return row.name + ": window " + std::to_string(std::min(ends[0], ends[1])) + ".." +
-           std::to_string(std::max(ends[0], ends[1])) + " (" + std::to_string(window.count) +
-           (window.count == 1 ? " value" : " values") + "), centre " +
-           std::to_string(axis[window_centre(window, axis)]);
+#include <algorithm>
+
+std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at) {
+    return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
+}
+
+std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting) {
+    return axis.text_at(at) + (setting == std::to_string(axis.values[at]) ? "" : " (setting " + setting + ")");
 }
 
 namespace {
+
+std::string count_text(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " value" : " values");
+}
+
+std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
+    return ", centre " + value_with_setting(axis, centre, setting);
+}
+
+std::string window_line(const sweep_row& row, const value_axis& axis) {
+    const sweep_window window = widest_window(row.results);
+    if (window.count == 0)
+        return row.name + ": no passing value";
+    const std::size_t centre = window_centre(window, axis.values);
+    return row.name + ": window " + axis.range_text(window.first, window.last()) + " (" + count_text(window.count) +
+           ")" + centre_text(axis, centre, setting_at(row, axis, centre));
+}
+
+// Empty when the row has no original on its axis, or it was not measured.
+std::string original_line(const sweep_row& row, const value_axis& axis) {
+    if (!row.original)
+        return "";
+    const std::string lead = row.name + ": original " + axis.text(*row.original);
+    const std::size_t at = axis.position_of(*row.original);
+    if (at == axis.size())
+        return lead + ": not on the axis";
+    if (at >= row.results.size())
+        return "";
+    if (row.results[at] != outcome::pass)
+        return lead + ": outside the window";
+    const margins margin = margins_in(window_at(row.results, at), at, axis.values);
+    return lead + ": margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
+}
+
+std::string common_line(const sweep_results& results) {
+    const sweep_window window = widest_window(common_results(results.rows));
+    if (window.count == 0)
+        return results.group + ": no common passing value";
+    const std::size_t centre = window_centre(window, results.axis.values);
+    std::string setting = setting_at(results.rows.front(), results.axis, centre);
+    for (const sweep_row& row : results.rows)
+        if (setting_at(row, results.axis, centre) != setting)
+            setting = std::to_string(results.axis.values[centre]);  // no one setting to name
+    return results.group + ": common window " + results.axis.range_text(window.first, window.last()) + " (" +
+           count_text(window.count) + ")" + centre_text(results.axis, centre, setting);
+}
 
 // By outcome: the chart's mark and the name in files.
 const struct {
@@ -23,48 +67,111 @@ const struct {
     const char* name;
 } outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}, {'H', "hang"}};
 
+std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first, std::size_t count) {
+    const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
+    std::string marks;
+    for (std::size_t at = first; at < first + count && at < row.results.size(); ++at) {
+        const outcome result = row.results[at];
+        marks += at != original ? outcome_mark(result) : result == outcome::pass ? 'O' : 'X';
+    }
+    return marks;
+}
+
 }  // namespace
+
+std::vector<std::string> summary_lines(const sweep_results& results) {
+    std::vector<std::string> lines;
+    for (const sweep_row& row : results.rows) {
+        lines.push_back(window_line(row, results.axis));
+        const std::string original = original_line(row, results.axis);
+        if (!original.empty())
+            lines.push_back(original);
+    }
+    if (!results.group.empty() && !results.rows.empty())
+        lines.push_back(common_line(results));
+    return lines;
+}
 
 const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
 
 char outcome_mark(outcome result) { return outcome_texts[static_cast<int>(result)].mark; }
 
-void print_chart(std::FILE* out, const sweep_results& results) {
-    if (results.axis.empty())
+std::string label_line(const value_axis& axis) {
+    std::string line;
+    for (const label_place& label : axis_labels(axis, 1)) {
+        const long long wanted = static_cast<long long>(label.from);
+        const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
+        line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
+        line += axis.text_at(label.at);
+    }
+    return line;
+}
+
+std::size_t cells_per_line(std::size_t columns, std::size_t indent, std::size_t values) {
+    // A terminal too narrow for the labels still gets a few cells a line.
+    const std::size_t least = 8;
+    return columns == 0 ? values : std::max(columns > indent ? columns - indent : 0, least);
+}
+
+void print_chart(std::FILE* out, const sweep_results& results, std::size_t columns) {
+    const std::size_t values = results.axis.size();
+    if (values == 0)
         return;
     std::size_t name_width = 0;
     for (const sweep_row& row : results.rows)
         name_width = std::max(name_width, row.name.size());
-    const int indent = static_cast<int>(name_width) + 2;
-
-    // The last label ends above the last cell, unless the axis is too short
-    // to hold both labels apart.
-    const std::string first = std::to_string(results.axis.front());
-    std::string axis = first;
-    if (results.axis.size() > 1) {
-        const std::string last = std::to_string(results.axis.back());
-        const std::size_t gap = results.axis.size() > first.size() + last.size()
-                                    ? results.axis.size() - first.size() - last.size()
-                                    : 1;
-        axis += std::string(gap, ' ') + last;
+    const std::size_t indent = name_width + 2;
+    const std::size_t block = cells_per_line(columns, indent, values);
+    for (std::size_t first = 0; first < values; first += block) {
+        const std::size_t count = std::min(block, values - first);
+        if (first > 0)
+            std::fputc('\n', out);
+        std::fprintf(out, "%*s%s\n", static_cast<int>(indent), "", label_line(results.axis.part(first, count)).c_str());
+        for (const sweep_row& row : results.rows) {
+            const std::string marks = cells(row, results.axis, first, count);
+            // A row interrupted before these values has no cells to line up.
+            std::fprintf(out, "%-*s%s\n", marks.empty() ? 0 : static_cast<int>(indent), row.name.c_str(), marks.c_str());
+        }
     }
-    std::fprintf(out, "%*s%s\n", indent, "", axis.c_str());
+    for (const std::string& line : summary_lines(results))
+        std::fprintf(out, "%s\n", line.c_str());
+}
 
-    for (const sweep_row& row : results.rows) {
-        std::string cells;
-        for (outcome result : row.results)
-            cells += outcome_mark(result);
-        // A row interrupted before its first value has no cells to line up.
-        std::fprintf(out, "%-*s%s\n", cells.empty() ? 0 : indent, row.name.c_str(), cells.c_str());
-    }
-    for (const sweep_row& row : results.rows)
-        std::fprintf(out, "%s\n", window_summary(row, results.axis).c_str());
+std::size_t terminal_columns(int fd) {
+    winsize size{};
+    return ioctl(fd, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 void print_csv(std::FILE* out, const sweep_results& results) {
     std::fprintf(out, "name,value,result\n");
     for (const sweep_row& row : results.rows)
         for (std::size_t at = 0; at < row.results.size(); ++at)
-            std::fprintf(out, "%s,%lld,%s\n", row.name.c_str(), results.axis[at],
+            std::fprintf(out, "%s,%s,%s\n", row.name.c_str(), results.axis.text_at(at).c_str(),
                          outcome_name(row.results[at]));
+}
+
+void print_profile(std::FILE* out, const sweep_results& results, const std::string& header) {
+    std::fputs(header.c_str(), out);
+    std::vector<std::string> centres;
+    for (const sweep_row& row : results.rows) {
+        const sweep_window window = widest_window(row.results);
+        centres.push_back(window.count == 0
+                              ? ""
+                              : setting_at(row, results.axis, window_centre(window, results.axis.values)));
+    }
+    const bool every_window = std::find(centres.begin(), centres.end(), "") == centres.end();
+    if (!results.group.empty() && every_window) {
+        std::string list;
+        for (const std::string& centre : centres)
+            list += (list.empty() ? "{" : ",") + centre;
+        std::fprintf(out, "%s = %s}\n", results.group.c_str(), list.c_str());
+        return;
+    }
+    for (std::size_t row = 0; row < results.rows.size(); ++row) {
+        const char* name = results.rows[row].name.c_str();
+        if (centres[row].empty())
+            std::fprintf(out, "# %s: no passing value\n", name);
+        else
+            std::fprintf(out, "%s = %s\n", name, centres[row].c_str());
+    }
 }

@@ -5,10 +5,6 @@
 #include <tuple>
 #include <utility>
 
-std::string grid_axis::label(std::size_t at) const {
-    return (signed_values && values[at] > 0 ? "+" : "") + std::to_string(values[at]);
-}
-
 grid_results::grid_results(grid_axis x_axis, grid_axis y_axis)
     : x(std::move(x_axis)), y(std::move(y_axis)),
       cells(y.values.size(), std::vector<std::optional<outcome>>(x.values.size())) {}

@@ -9,15 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "tune/sweep/axis.h"
 #include "tune/sweep/window.h"
 
 // One setting of the grid, its values rising.
-struct grid_axis {
+struct grid_axis : value_axis {
     std::string name;
-    std::vector<long long> values;
-    bool signed_values = false;  // shown with their sign: -3, 0, +3
-
-    std::string label(std::size_t at) const;
 };
 
 // A point as positions on the two axes.

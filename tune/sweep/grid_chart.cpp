@@ -8,31 +8,18 @@
 namespace {
 
 char mark_at(const grid_results& results, const std::optional<safest_point>& safest, grid_point at) {
+    const std::optional<outcome>& cell = results.cells[at.y][at.x];
     if (safest && safest->at == at)
         return '@';
     if (results.original == at)
-        return 'O';
-    const std::optional<outcome>& cell = results.cells[at.y][at.x];
-    if (!cell)
-        return ' ';
-    return outcome_mark(*cell);
-}
-
-// The labels of columns FIRST..LAST: the first over its column, the last
-// ending over its column where both fit.
-std::string x_labels(const grid_axis& x, std::size_t first, std::size_t last) {
-    std::string line = x.label(first);
-    const std::string end = x.label(last);
-    const std::size_t columns = last - first + 1;
-    if (last > first && columns >= line.size() + 1 + end.size())
-        line += std::string(columns - line.size() - end.size(), ' ') + end;
-    return line;
+        return cell == outcome::pass ? 'O' : 'X';
+    return cell ? outcome_mark(*cell) : ' ';
 }
 
 std::string steps(std::size_t n) { return std::to_string(n) + (n == 1 ? " step" : " steps"); }
 
 std::string point_text(const grid_results& results, grid_point at) {
-    return "X=" + results.x.label(at.x) + ", Y=" + results.y.label(at.y);
+    return "X=" + results.x.text_at(at.x) + ", Y=" + results.y.text_at(at.y);
 }
 
 }  // namespace
@@ -44,15 +31,14 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
         return;
     std::size_t label_width = 0;
     for (std::size_t y = 0; y < results.y.values.size(); ++y)
-        label_width = std::max(label_width, results.y.label(y).size());
+        label_width = std::max(label_width, results.y.text_at(y).size());
     const int indent = static_cast<int>(label_width) + 2;
-    const std::size_t per_block =
-        width > static_cast<std::size_t>(indent) + 1 ? width - static_cast<std::size_t>(indent) : columns;
+    const std::size_t per_block = cells_per_line(width, static_cast<std::size_t>(indent), columns);
 
     std::fprintf(out, "%s (rows) against %s (columns)\n", results.y.name.c_str(), results.x.name.c_str());
     for (std::size_t first = 0; first < columns; first += per_block) {
         const std::size_t last = std::min(columns, first + per_block) - 1;
-        const std::string labels = x_labels(results.x, first, last);
+        const std::string labels = label_line(results.x.part(first, last - first + 1));
         if (first > 0)
             std::fprintf(out, "\n");
         std::fprintf(out, "%*s%s\n", indent, "", labels.c_str());
@@ -60,11 +46,11 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
             std::string cells;
             for (std::size_t x = first; x <= last; ++x)
                 cells += mark_at(results, safest, {x, y});
-            std::fprintf(out, "%*s  %s\n", static_cast<int>(label_width), results.y.label(y).c_str(), cells.c_str());
+            std::fprintf(out, "%*s  %s\n", static_cast<int>(label_width), results.y.text_at(y).c_str(), cells.c_str());
         }
         std::fprintf(out, "%*s%s\n", indent, "", labels.c_str());
     }
-    std::fprintf(out, "# pass  . fail  T time-out  O original  @ safest point\n");
+    std::fprintf(out, "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n");
 }
 
 std::vector<std::string> grid_summary(const grid_results& results, const std::optional<safest_point>& safest) {
@@ -91,6 +77,6 @@ std::vector<std::string> grid_summary(const grid_results& results, const std::op
 void print_grid_csv_header(std::FILE* out) { std::fprintf(out, "x_name,x_value,y_name,y_value,result\n"); }
 
 void print_grid_csv_point(std::FILE* out, const grid_results& results, grid_point at) {
-    std::fprintf(out, "%s,%s,%s,%s,%s\n", results.x.name.c_str(), results.x.label(at.x).c_str(),
-                 results.y.name.c_str(), results.y.label(at.y).c_str(), outcome_name(*results.cells[at.y][at.x]));
+    std::fprintf(out, "%s,%s,%s,%s,%s\n", results.x.name.c_str(), results.x.text_at(at.x).c_str(),
+                 results.y.name.c_str(), results.y.text_at(at.y).c_str(), outcome_name(*results.cells[at.y][at.x]));
 }

@@ -30,20 +30,20 @@ std::string svg_escaped(const std::string& text) {
 }
 
 void print_svg(std::FILE* out, const sweep_results& results) {
+    const value_axis& axis = results.axis;
+    const std::vector<std::string> summaries = summary_lines(results);
     std::size_t name_chars = 0, summary_chars = 0;
-    std::vector<std::string> summaries;
-    for (const sweep_row& row : results.rows) {
+    for (const sweep_row& row : results.rows)
         name_chars = std::max(name_chars, row.name.size());
-        summaries.push_back(window_summary(row, results.axis));
-        summary_chars = std::max(summary_chars, summaries.back().size());
-    }
+    for (const std::string& summary : summaries)
+        summary_chars = std::max(summary_chars, summary.size());
     const int left = margin + static_cast<int>(name_chars) * char_width + margin;
-    const int n_values = static_cast<int>(results.axis.size());
+    const int n_values = static_cast<int>(axis.size());
     const int n_rows = static_cast<int>(results.rows.size());
     const int summary_top = axis_height + n_rows * row_pitch + row_pitch;
     const int width = std::max(left + n_values * pitch,
                                margin + static_cast<int>(summary_chars) * char_width) + margin;
-    const int legend_top = summary_top + n_rows * row_pitch;
+    const int legend_top = summary_top + static_cast<int>(summaries.size()) * row_pitch;
     const int height = legend_top + margin;
 
     std::fprintf(out,
@@ -53,15 +53,15 @@ void print_svg(std::FILE* out, const sweep_results& results) {
                  "<title>padkit-tune sweep</title>\n"
                  "<style>" SVG_OUTCOME_STYLE
                  ".window{fill:none;stroke:#000;stroke-width:2}"
-                 ".centre{fill:#fff;stroke:#000}</style>\n"
+                 ".centre{fill:#fff;stroke:#000}.original{fill:none;stroke:#1565c0;stroke-width:2}</style>\n"
                  "<rect width=\"100%%\" height=\"100%%\" fill=\"#fff\"/>\n",
                  width, height);
-    if (n_values > 0) {
-        std::fprintf(out, "<text class=\"axis\" x=\"%d\" y=\"%d\">%lld</text>\n", left,
-                     axis_height - 8, results.axis.front());
-        if (n_values > 1)
-            std::fprintf(out, "<text class=\"axis\" x=\"%d\" y=\"%d\" text-anchor=\"end\">%lld</text>\n",
-                         left + (n_values - 1) * pitch + cell, axis_height - 8, results.axis.back());
+    // Labels start at their value's cell; the last one ends at its cell.
+    for (const label_place& label : axis_labels(axis, static_cast<double>(pitch) / char_width)) {
+        const int x = left + static_cast<int>(label.at) * pitch;
+        const bool last = label.at + 1 == axis.size() && label.at > 0;
+        std::fprintf(out, "<text class=\"axis\" x=\"%d\" y=\"%d\"%s>%s</text>\n", last ? x + cell : x,
+                     axis_height - 8, last ? " text-anchor=\"end\"" : "", axis.text_at(label.at).c_str());
     }
     for (int r = 0; r < n_rows; ++r) {
         const sweep_row& row = results.rows[r];
@@ -73,10 +73,14 @@ void print_svg(std::FILE* out, const sweep_results& results) {
             const char* result = outcome_name(row.results[at]);
             std::fprintf(out,
                          "<rect class=\"cell %s\" x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\">"
-                         "<title>%s = %lld: %s</title></rect>\n",
+                         "<title>%s = %s: %s</title></rect>\n",
                          result, left + static_cast<int>(at) * pitch, y, cell, cell, name.c_str(),
-                         results.axis[at], result);
+                         axis.text_at(at).c_str(), result);
         }
+        const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
+        if (original < row.results.size())
+            std::fprintf(out, "<rect class=\"original\" x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\"/>\n",
+                         left + static_cast<int>(original) * pitch + 2, y + 2, cell - 4, cell - 4);
         const sweep_window window = widest_window(row.results);
         if (window.count == 0)
             continue;
@@ -84,12 +88,13 @@ void print_svg(std::FILE* out, const sweep_results& results) {
                      left + static_cast<int>(window.first) * pitch - 2, y - 2,
                      static_cast<int>(window.count) * pitch + 2, cell + 4);
         std::fprintf(out, "<circle class=\"centre\" cx=\"%d\" cy=\"%d\" r=\"3\"/>\n",
-                     left + static_cast<int>(window_centre(window, results.axis)) * pitch + cell / 2, y + cell / 2);
+                     left + static_cast<int>(window_centre(window, axis.values)) * pitch + cell / 2, y + cell / 2);
     }
-    for (int r = 0; r < n_rows; ++r)
+    for (std::size_t line = 0; line < summaries.size(); ++line)
         std::fprintf(out, "<text class=\"summary\" x=\"%d\" y=\"%d\">%s</text>\n", margin,
-                     summary_top + r * row_pitch, svg_escaped(summaries[r]).c_str());
+                     summary_top + static_cast<int>(line) * row_pitch, svg_escaped(summaries[line]).c_str());
     std::fprintf(out,
-                 "<text class=\"legend\" x=\"%d\" y=\"%d\">" SVG_OUTCOME_LEGEND "</text>\n</svg>\n",
+                 "<text class=\"legend\" x=\"%d\" y=\"%d\">" SVG_OUTCOME_LEGEND
+                 " <tspan class=\"original\">\u25a1</tspan> original</text>\n</svg>\n",
                  margin, legend_top);
 }

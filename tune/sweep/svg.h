@@ -18,8 +18,9 @@ std::string svg_escaped(const std::string& text);
     "<tspan class=\"timeout\">\u25a0</tspan> time-out <tspan class=\"hang\">\u25a0</tspan> hang"
 
 // One <rect class="cell RESULT"> per row and measured value, the widest
-// window of each row outlined and its centre dotted, the first and last
-// values of the axis, the property names and each row's summary.
+// window of each row outlined and its centre dotted, its original value
+// framed, the axis labels of the chart, the property names and the summary
+// lines.
 void print_svg(std::FILE* out, const sweep_results& results);
 
 #endif

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tune/sweep/window.h"
 
+#include <algorithm>
+
 sweep_window widest_window(const std::vector<outcome>& results) {
     sweep_window widest, current;
     for (std::size_t at = 0; at < results.size(); ++at) {
@@ -16,9 +18,41 @@ sweep_window widest_window(const std::vector<outcome>& results) {
     return widest;
 }
 
+sweep_window window_at(const std::vector<outcome>& results, std::size_t at) {
+    if (at >= results.size() || results[at] != outcome::pass)
+        return {};
+    std::size_t first = at, last = at;
+    while (first > 0 && results[first - 1] == outcome::pass)
+        --first;
+    while (last + 1 < results.size() && results[last + 1] == outcome::pass)
+        ++last;
+    return {first, last - first + 1};
+}
+
 std::size_t window_centre(const sweep_window& window, const std::vector<long long>& axis) {
     const std::size_t middle = window.first + (window.count - 1) / 2;
     if (window.count % 2 == 1 || axis[middle] < axis[middle + 1])
         return middle;
     return middle + 1;
+}
+
+margins margins_in(const sweep_window& window, std::size_t at, const std::vector<long long>& axis) {
+    const std::size_t before = at - window.first, after = window.last() - at;
+    if (axis[window.first] <= axis[window.last()])
+        return {before, after};
+    return {after, before};
+}
+
+std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
+    if (rows.empty())
+        return {};
+    std::size_t length = rows.front().results.size();
+    for (const sweep_row& row : rows)
+        length = std::min(length, row.results.size());
+    std::vector<outcome> common(length, outcome::pass);
+    for (const sweep_row& row : rows)
+        for (std::size_t at = 0; at < length; ++at)
+            if (row.results[at] != outcome::pass)
+                common[at] = outcome::fail;
+    return common;
 }

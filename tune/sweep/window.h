@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
-// What a sweep measured, and the passing window it found in each row.
+// What a sweep measured, the passing windows in it, and how far a value
+// inside a window lies from its ends.
 #ifndef PADKIT_SWEEP_WINDOW_H
 #define PADKIT_SWEEP_WINDOW_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "tune/sweep/axis.h"
 
 // hang: the value a journal shows in flight when the sweep stopped, most
 // likely because it hung the board.
@@ -16,11 +20,16 @@ enum class outcome { pass, fail, timeout, hang };
 struct sweep_row {
     std::string name;
     std::vector<outcome> results;
+    // Per value of the axis, the value as written; empty when that is the
+    // axis value itself.
+    std::vector<std::string> settings;
+    std::optional<long long> original;  // the axis value in use before the sweep
 };
 
 struct sweep_results {
-    std::vector<long long> axis;  // the values in the order visited, rising or falling
+    value_axis axis;
     std::vector<sweep_row> rows;
+    std::string group;  // the composite whose members the rows are; empty for none
 };
 
 // A run of consecutive passing values, as positions on the axis.
@@ -35,7 +44,20 @@ struct sweep_window {
 // the one at the lowest values.
 sweep_window widest_window(const std::vector<outcome>& results);
 
+// The run of passing values around position at; empty when at did not pass.
+sweep_window window_at(const std::vector<outcome>& results, std::size_t at);
+
 // The position of the window's middle value; of two middle values, the lower.
 std::size_t window_centre(const sweep_window& window, const std::vector<long long>& axis);
+
+// The steps from position at to the ends of a window that holds it, toward
+// the lower and toward the higher values.
+struct margins {
+    std::size_t below, above;
+};
+margins margins_in(const sweep_window& window, std::size_t at, const std::vector<long long>& axis);
+
+// Pass where every row passed, as far as the shortest row goes.
+std::vector<outcome> common_results(const std::vector<sweep_row>& rows);
 
 #endif

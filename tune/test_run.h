@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// One point of a sweep or a shmoo: the properties that change written and
-// read back under padkit's lock, then the test command run, with the lock
-// free, as often as asked.
-#ifndef PADKIT_TEST_POINT_H
-#define PADKIT_TEST_POINT_H
+// What a sweep and a shmoo do alike: ask first, open the result files, and
+// at each point write the properties that change, read back under padkit's
+// lock, then run the test command, with the lock free, as often as asked.
+#ifndef PADKIT_TEST_RUN_H
+#define PADKIT_TEST_RUN_H
 
 #include <cstdio>
 #include <memory>
@@ -15,6 +15,7 @@
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/hang_guard.h"
 #include "tune/sweep/progress.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
 
@@ -59,8 +60,17 @@ bool command_ready(const test_options& options);
 
 using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// Opens a result file before anything is written, so that a bad path costs
-// nothing; nothing for an empty path. Says why it cannot.
-bool open_output(const std::string& path, file_ptr* file);
+// Creates a result file, and writes its HEADER (if any), before anything is
+// written to the board, so that a bad path costs nothing; nothing for an
+// empty path. Says why it cannot.
+bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*));
+
+// Opens the --profile file, if one is named, to be written whole at the end.
+// Says why it cannot.
+bool open_profile(const test_options& options, whole_file* profile);
+
+// The comment lines that say where a profile comes from: the command line,
+// quoted as a shell would take it back, and the time.
+std::string profile_header(int argc, char** argv);
 
 #endif

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tune/test_point.h"
+#include "tune/test_run.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <cstring>
 
 #include "runtime/report.h"
@@ -78,8 +80,8 @@ point_result test_point(const std::vector<setting>& changes, const journal_point
         return {point_result::interrupted, outcome::fail, signal};
     if (!guard.trying(point))
         return {point_result::write_failed, outcome::fail, 0};
-    const point_result got =
-        write_locked(changes) ? run_tests(options, names, stop, progress, guard) : point_result{point_result::write_failed, outcome::fail, 0};
+    const point_result got = write_locked(changes) ? run_tests(options, names, stop, progress, guard)
+                                                   : point_result{point_result::write_failed, outcome::fail, 0};
     if (got.what == point_result::measured)
         guard.measured(got.result);
     else
@@ -111,12 +113,49 @@ bool command_ready(const test_options& options) {
 }
 
 // Close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file) {
+bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
     if (path.empty())
         return true;
     file->reset(std::fopen(path.c_str(), "we"));
-    if (*file)
+    if (*file && header)
+        header(file->get());
+    if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
     return false;
+}
+
+bool open_profile(const test_options& options, whole_file* profile) {
+    if (options.profile_path.empty() || profile->open(options.profile_path))
+        return true;
+    report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+    return false;
+}
+
+namespace {
+
+// A word as a shell would take it back; on one line, since it ends up in a comment.
+std::string shell_word(std::string word) {
+    std::replace(word.begin(), word.end(), '\n', ' ');
+    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                                                "_-+=.,:/@%") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+}  // namespace
+
+std::string profile_header(int argc, char** argv) {
+    std::string line = std::string("# ") + program_name();
+    for (int i = 0; i < argc; ++i)
+        line += " " + shell_word(argv[i]);
+    char when[64] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    if (localtime_r(&now, &local))
+        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
+    return line + "\n# " + when + "\n";
 }

@@ -1,0 +1,67 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# Power cuts: trial, apply --system, bless and trial --remove killed at each rename, write and
+# fsync in turn leave the state before or after, untorn, and no trial applied with its try uncounted.
+# Usage: trial-power-cut.sh SOURCE_DIR PADKIT_TUNE_SIM [EMULATOR ...]; exit 77: skipped.
+set -u
+src=$1 tune=$2
+shift 2
+[ $# = 0 ] || { echo "skipped: strace cannot trace a program run by $1"; exit 77; }
+"$src/scripts/need-packages" strace || exit 1
+tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
+export PADKIT_SIM_DIR="$tmp/board"
+board=$PADKIT_SIM_DIR fails=0
+"$tune" --version >/dev/null && cp -a "$board" "$tmp/fresh" && printf 'mmc::rdqs = 9\n' >"$tmp/t" || exit 1
+fail() { echo "FAIL $*" && fails=1; }
+
+# The state as trial --status reads it from the listing; "torn" for a trial file that is not the profile.
+state() {
+    "$tune" trial --status 2>/dev/null | xargs
+    for f in "$board"/var/lib/padkit/trial-* "$board"/etc/padkit.d/~trial-*; do
+        [ ! -e "$f" ] || cmp -s "$f" "$tmp/t" || echo "torn $f"
+    done
+}
+fresh_values() { rm -rf "$board/regs" "$board/sys" && cp -a "$tmp/fresh/regs" "$tmp/fresh/sys" "$board"; }
+boot() { fresh_values && "$@" "$tune" apply --system 2>/dev/null; }
+applied() { [ "$(cat "$board/sys/kernel/debug/mmc0/rdqs")" = 9 ]; }
+# A fresh board with a known-good profile and a trial of 2 tries booted N times (-1: none).
+reset() {
+    rm -rf "$board" && cp -a "$tmp/fresh" "$board" && mkdir -p "$board/etc/padkit.d" &&
+        echo 'mac-tx::delay = 1' >"$board/etc/padkit.d/50-board.conf"
+    [ "$1" -lt 0 ] || "$tune" trial --tries 2 "$tmp/t" || fail "install"
+    for _ in $(seq "$1"); do boot; done && fresh_values
+}
+# cut BOOTS COMMAND...: COMMAND killed at each call in turn, each time on a board set up by reset BOOTS.
+cut() {
+    boots=$1 && shift
+    reset "$boots" && before=$(state) && "$@" >/dev/null 2>&1 && after=$(state)
+    for call in rename renameat renameat2 write fsync; do
+        strace -o /dev/null -e trace="$call" true 2>/dev/null || continue
+        n=1 status=137
+        while [ $status = 137 ]; do
+            reset "$boots"
+            strace -f -o /dev/null --inject="$call:signal=KILL:when=$n" "$@" >/dev/null 2>&1
+            status=$? now=$(state) was="$* killed at $call $n"
+            [ "$now" = "$before" ] || [ "$now" = "$after" ] || fail "$was: $now; before: $before; after: $after"
+            ! applied || [ "$now" = "$after" ] || fail "$was: the trial applied, its try not counted"
+            n=$((n + 1))
+        done
+        [ "$status $now" = "0 $after" ] || fail "$* at its end: status $status, $now"
+    done
+}
+cut -1 "$tune" trial --tries 2 "$tmp/t"
+cut 2 "$tune" trial --tries 2 "$tmp/t"
+cut 0 "$tune" trial --remove
+for boots in 0 1 2; do cut $boots "$tune" apply --system; done
+cut 1 "$tune" bless
+
+# Two tries: a whole boot, one cut at its last write (the trial's), then whole
+# ones: the cut try counts, so the trial is applied once, then bad.
+reset 0 && times=0
+for n in 99 5 99 99; do
+    boot strace -f -o /dev/null --inject="write:signal=KILL:when=$n"
+    ! applied || times=$((times + 1))
+done
+[ "$times $(state)" = "1 state: bad file: $board/var/lib/padkit/trial-0001+0-2.bad tries left: 0 tries done: 2" ] ||
+    fail "boots, one cut: the trial applied $times times, then $(state)"
+exit $fails

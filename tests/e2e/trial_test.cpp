@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+// Trial profiles through the life of a simulated board; a boot is apply
+// --system on the board put back to its fresh values.
+#include <algorithm>
+
+#include "runtime/exit_status.h"
+#include "tests/e2e/sim_board.h"
+
+namespace {
+
+const std::string p = "padkit-tune-sim: ", lib = "<B>/var/lib/padkit/";
+std::string trying(const char* name, const char* count) { return p + "trying " + lib + name + ": try " + count + "\n"; }
+std::string failed(const char* name, const char* tries) { return p + "trial " + lib + name + " failed after " + tries + "; not applied\n"; }
+// mac-tx::delay (known-good 1) and mmc::rdqs (trial 9) on the board.
+const std::string fresh = "0 37", known_good = "1 37", tried = "1 9";
+
+// A step of the board's life and what it leaves: the board, the files of
+// the trial and known-good directories | what trial --status --json says.
+struct step {
+    const char* name;
+    strings args;  // none: a boot
+    std::string board, state, err = "";
+    int exit = tune_status::ok;
+    settings changes = {};  // of the board, after a boot's reset
+};
+
+struct trial_board : tune_board {
+    std::map<std::string, std::string> fresh_files = files();
+    trial_board() {
+        change("etc/padkit.d/50-board.conf", "mac-tx::delay = 1\n");
+        change("t", "mmc::rdqs = 9\ncore_regulator::microvolts = 1000000\n");
+        change("bad", "mmc::rdqs = 1\n");
+    }
+    std::string state() const {
+        const std::string out = (scratch / "out").string(), json = (scratch / "json").string();
+        run({"trial", "--status", "--json"});
+        const std::string python = PYTHON3 " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
+            "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
+            "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], end=\"\")' " + out + " " +
+            (dir / "var/lib/padkit").string() + " " + (dir / "etc/padkit.d").string() + " >" + json;
+        return std::system(python.c_str()) == 0 ? slurp(json) : "not JSON: " + slurp(out);
+    }
+    void live(const std::vector<step>& steps) {
+        for (const step& s : steps) {
+            SCOPED_TRACE(s.name);
+            for (const auto& [path, text] : s.args.empty() ? fresh_files : decltype(fresh_files)())
+                change(path, text.c_str());
+            for (const auto& [path, text] : s.changes)
+                change(path, text);
+            strings args = s.args.empty() ? strings{"apply", "--system"} : s.args;
+            std::transform(args.begin(), args.end(), args.begin(), [this](const std::string& arg) { return on_board(arg); });
+            const result got = run(args);
+            EXPECT_EQ(got.err + std::to_string(got.status), on_board(s.err) + std::to_string(s.exit));
+            const std::string dump = run({"dump", "mac-tx::delay", "mmc::rdqs"}).out;
+            EXPECT_EQ(dump, "mac-tx::delay = " + s.board.substr(0, 1) + "\nmmc::rdqs = " + s.board.substr(2) + "\n");
+            EXPECT_EQ(state(), s.state);
+        }
+    }
+};
+
+const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
+
+}  // namespace
+
+TEST(trial, blessed_after_its_first_try_is_known_good) {
+    trial_board().live({
+        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
+        {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0",
+         p + "trial " + lib + "trial-0001+2-0.conf has not been tried yet; not blessed\n", tune_status::not_done},
+        {"first boot", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
+        {"blessed", bless, tried, "50-board.conf ~trial-0001.conf | good None None"},
+        {"boot after", boot, tried, "50-board.conf ~trial-0001.conf | good None None"},
+        {"blessed twice", bless, tried, "50-board.conf ~trial-0001.conf | good None None", p + "no trial to bless\n", tune_status::not_done},
+        {"next trial", {"trial", "--now", "<B>/t"}, tried, "50-board.conf trial-0002+2-1.conf ~trial-0001.conf | pending 2 1"},
+        {"blessed at once", bless, tried, "50-board.conf ~trial-0001.conf ~trial-0002.conf | good None None"},
+    });
+}
+
+TEST(trial, never_blessed_or_failed_is_left_out) {
+    trial_board().live({
+        {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None", "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", tune_status::bad_input},
+        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
+        {"boot 1", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
+        {"boot 2", boot, tried, "50-board.conf trial-0001+0-2.conf | pending 0 2", trying("trial-0001+0-2.conf", "2 of 2")},
+        {"boot 3", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", failed("trial-0001+0-2.bad", "2 tries")},
+        {"boot 4", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", failed("trial-0001+0-2.bad", "2 tries")},
+        {"bad refused", bless, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2",
+         p + "trial " + lib + "trial-0001+0-2.bad failed; not blessed\n", tune_status::not_done},
+        {"replaced", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0002+3-0.conf | pending 3 0"},
+        {"removed", remove_trial, known_good, "50-board.conf | none None None"},
+        {"removed twice", remove_trial, known_good, "50-board.conf | none None None", p + "no trial to remove\n", tune_status::not_done},
+        {"installed again", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0001+3-0.conf | pending 3 0"},
+        // The regulator's limit is lower on the board it boots: a bad line fails the trial at once.
+        {"cannot be applied", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1",
+         trying("trial-0001+2-1.conf", "1 of 3") + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: 1000000 "
+         "is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"), tune_status::ok,
+         {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
+        {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", failed("trial-0001+0-1.bad", "1 try")},
+    });
+}

@@ -10,7 +10,14 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume trial bless -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge trial bless -h --help --version" -- "$cur")
+        return
+    fi
+    if [[ $command == merge ]]; then
+        case $cur in
+            -*) mapfile -t COMPREPLY < <(compgen -W "--csv --svg --profile" -- "$cur") ;;
+            *) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        esac
         return
     fi
     if [[ $command == sweep || $command == shmoo ]]; then

@@ -15,6 +15,7 @@ int shmoo_command(int argc, char** argv);
 int resume_command(int argc, char** argv);
 int trial_command(int argc, char** argv);
 int bless_command(int argc, char** argv);
+int merge_command(int argc, char** argv);
 
 void print_usage(std::FILE* out);
 

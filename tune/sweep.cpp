@@ -133,7 +133,9 @@ private:
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
         const bool csv_written = write_file(csv, options.csv_path, print_csv);
-        const bool svg_written = write_file(svg, options.svg_path, print_svg);
+        const bool svg_written = write_file(svg, options.svg_path, [](std::FILE* out, const sweep_results& results) {
+            print_svg(out, {results}, "padkit-tune sweep");
+        });
         const bool profile_written = write_profile();
         if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),

@@ -13,6 +13,18 @@
 #include "properties/strict_value.h"
 #include "tune/commands.h"
 
+bool parse_signed_value(const std::string& text, long long* out, std::string* problem) {
+    const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');
+    uint32_t number = 0;
+    if (!parse_strict_u32(text.substr(sign), &number, problem)) {
+        if (sign)
+            *problem = "'" + text + "' is not a number";
+        return false;
+    }
+    *out = text[0] == '-' ? -static_cast<long long>(number) : number;
+    return true;
+}
+
 namespace {
 
 // getopt's value of the first step option; the others follow.
@@ -30,18 +42,12 @@ bool parse_seconds(const char* text, double* out) {
     return *out > 0 && *out <= 1e6;
 }
 
-// A value as a profile writes it, or with a sign; the property decides
-// later whether it fits.
 bool parse_value(const char* what, const std::string& text, long long* out) {
-    const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');
-    uint32_t number = 0;
     std::string problem;
-    if (!parse_strict_u32(text.substr(sign), &number, &problem)) {
-        usage_error(std::string(what) + ": " + (sign ? "'" + text + "' is not a number" : problem));
-        return false;
-    }
-    *out = text[0] == '-' ? -static_cast<long long>(number) : number;
-    return true;
+    if (parse_signed_value(text, out, &problem))
+        return true;
+    usage_error(std::string(what) + ": " + problem);
+    return false;
 }
 
 bool parse_nonzero(const char* what, const char* text, long long* out) {

@@ -32,6 +32,10 @@ struct shmoo_options : test_options {
     swept_range x, y;
 };
 
+// A value as a profile writes it, or with a sign; the property decides
+// later whether it fits. On failure says why in *problem.
+bool parse_signed_value(const std::string& text, long long* out, std::string* problem);
+
 enum class sweep_request { run, help, bad };
 
 // Read the subcommand's words (argv[0] is the subcommand's name): options,

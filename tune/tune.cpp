@@ -51,6 +51,7 @@ const subcommand subcommands[] = {
      "trial --remove",
      trial_command},
     {"bless", "bless", bless_command},
+    {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
 };
 
 }  // namespace

@@ -14,11 +14,11 @@ for element in root.iter():
         print('cell', cells[-1][3])
     elif kind in ('axis', 'name', 'summary'):
         print(kind, element.text)
-    elif kind == 'window':
+    elif kind in ('window', 'common') and element.tag == SVG + 'rect':
         x, y = float(element.get('x')), float(element.get('y'))
         right, bottom = x + float(element.get('width')), y + float(element.get('height'))
         inside = [t for cx, cy, w, t in cells if x <= cx and cx + w <= right and y <= cy <= bottom]
-        print('window', inside[0], '..', inside[-1], len(inside))
+        print(kind, inside[0], '..', inside[-1], len(inside))
     elif kind in ('centre', 'safest'):
         cx, cy = float(element.get('cx')), float(element.get('cy'))
         print(kind, *[t for x, y, w, t in cells if x <= cx <= x + w and y <= cy <= y + w])

@@ -121,8 +121,9 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     }
     EXPECT_EQ(slurp(csv), expected_csv);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
-    EXPECT_EQ(slurp(svg + ".txt"),
-              expected_svg + summaries + "summary " + dq + ": common window +1..+2 (2 values), centre +1 (setting 65)\n");
+    EXPECT_EQ(slurp(svg + ".txt"), expected_svg + "common " + dq + "0 = +1: pass .. " + dq + "7 = +2: pass 16\n" + summaries + "summary " + dq +
+                                       ": common window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + dq +
+                                       ": centre +1: margin 0 below, 1 above (worst: " + dq + "0)\n");
 }
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).

@@ -19,6 +19,10 @@ std::string count_text(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
+std::string margin_text(const margins& margin) {
+    return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
+}
+
 std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
     return ", centre " + value_with_setting(axis, centre, setting);
 }
@@ -44,8 +48,7 @@ std::string original_line(const sweep_row& row, const value_axis& axis) {
         return "";
     if (row.results[at] != outcome::pass)
         return lead + ": outside the window";
-    const margins margin = margins_in(window_at(row.results, at), at, axis.values);
-    return lead + ": margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
+    return lead + ": " + margin_text(margins_in(window_at(row.results, at), at, axis.values));
 }
 
 std::string common_line(const sweep_results& results) {
@@ -59,6 +62,24 @@ std::string common_line(const sweep_results& results) {
             setting = std::to_string(results.axis.values[centre]);  // no one setting to name
     return results.group + ": common window " + results.axis.range_text(window.first, window.last()) + " (" +
            count_text(window.count) + ")" + centre_text(results.axis, centre, setting);
+}
+
+// "GROUP: centre C: margin B below, A above (worst: ROW)": on each side the
+// least margin of any row at the common centre, and the row that has it.
+std::string worst_margin_line(const sweep_results& results) {
+    const std::size_t centre = common_centre(results);
+    margins worst{results.axis.size(), results.axis.size()};
+    std::string below, above;
+    for (const sweep_row& row : results.rows) {
+        const margins margin = margins_in(window_at(row.results, centre), centre, results.axis.values);
+        if (margin.below < worst.below)
+            worst.below = margin.below, below = row.name;
+        if (margin.above < worst.above)
+            worst.above = margin.above, above = row.name;
+    }
+    const std::string rows = below == above ? below : below + " below, " + above + " above";
+    return results.group + ": centre " + results.axis.text_at(centre) + ": " + margin_text(worst) + " (worst: " +
+           rows + ")";
 }
 
 // By outcome: the chart's mark and the name in files.
@@ -87,8 +108,11 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
         if (!original.empty())
             lines.push_back(original);
     }
-    if (!results.group.empty() && !results.rows.empty())
-        lines.push_back(common_line(results));
+    if (results.group.empty() || results.rows.empty())
+        return lines;
+    lines.push_back(common_line(results));
+    if (common_centre(results) < results.axis.size())
+        lines.push_back(worst_margin_line(results));
     return lines;
 }
 

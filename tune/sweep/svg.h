@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "tune/sweep/window.h"
 
@@ -12,15 +13,16 @@
 std::string svg_escaped(const std::string& text);
 
 // The colours of the outcomes (CSS), and the legend that names them.
-#define SVG_OUTCOME_STYLE ".pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#6a1b9a}"
+#define SVG_OUTCOME_STYLE ".pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#424242}"
 #define SVG_OUTCOME_LEGEND                                                                                   \
     "<tspan class=\"pass\">\u25a0</tspan> pass <tspan class=\"fail\">\u25a0</tspan> fail "                    \
     "<tspan class=\"timeout\">\u25a0</tspan> time-out <tspan class=\"hang\">\u25a0</tspan> hang"
 
-// One <rect class="cell RESULT"> per row and measured value, the widest
+// The sweeps one below the other, each with the axis labels of the chart,
+// one <rect class="cell RESULT"> per row and measured value, the widest
 // window of each row outlined and its centre dotted, its original value
-// framed, the axis labels of the chart, the property names and the summary
-// lines.
-void print_svg(std::FILE* out, const sweep_results& results);
+// framed, a group's common window outlined across its rows, the row names
+// and the summary lines.
+void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const char* title);
 
 #endif

@@ -56,3 +56,8 @@ std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
                 common[at] = outcome::fail;
     return common;
 }
+
+std::size_t common_centre(const sweep_results& results) {
+    const sweep_window window = widest_window(common_results(results.rows));
+    return window.count == 0 ? results.axis.size() : window_centre(window, results.axis.values);
+}

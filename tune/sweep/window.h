@@ -60,4 +60,8 @@ margins margins_in(const sweep_window& window, std::size_t at, const std::vector
 // Pass where every row passed, as far as the shortest row goes.
 std::vector<outcome> common_results(const std::vector<sweep_row>& rows);
 
+// The position of the centre of the widest window common to every row; the
+// axis size when there is none.
+std::size_t common_centre(const sweep_results& results);
+
 #endif

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// padkit-tune-sim merge end to end: the sweeps of several boards lined up per property.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "runtime/exit_status.h"
+#include "tests/e2e/sim_board.h"
+
+namespace {
+
+const std::string dq3 = "tarnm-ddra-read0::dq3";
+
+// The CSV of a sweep of dq3 over FROM..TO that passed for LO..HI.
+std::string csv(int from, int to, int lo, int hi) {
+    std::string text = "name,value,result\n";
+    for (int value = from; value <= to; ++value)
+        text += dq3 + "," + (value > 0 ? "+" : "") + std::to_string(value) + (value >= lo && value <= hi ? ",pass\n" : ",fail\n");
+    return text;
+}
+
+const std::string a = csv(-3, 3, -2, 1), none = csv(-3, 3, 9, 9), later = csv(0, 5, 1, 4);
+const std::string good = "name,value,result\n" + dq3 + ",+1,pass\n", far = csv(5, 6, 5, 6);
+// Bad at line 3.
+const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pass\n", unknown = good + dq3 + ",+2,passed\n";
+
+const struct named_case {
+    const char* name;
+    run_case c;
+} cases[] = {
+    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
+    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"}, {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}}, dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" + dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" + dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n", "padkit-tune-sim: " + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", tune_status::ok}},
+    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
+    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
+    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
+    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
+    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
+};
+
+}  // namespace
+
+TEST(padkit_tune_merge, refusals_and_boards_without_a_window) {
+    for (const auto& [name, c] : cases) {
+        SCOPED_TRACE(name);
+        tune_board b;
+        check(b, c);
+    }
+}
+
+// Three boards swept for real, each passing 26 delays shifted by 3 against the one before; the
+// profile of the common centre applied to a fourth board leaves the code of +3 there.
+TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
+    tune_board boards[3], fresh;
+    const fs::path dir = fresh.scratch;
+    strings merge = {"merge", "--csv", (dir / "m.csv").string(), "--svg", (dir / "m.svg").string(), "--profile", (dir / "m.conf").string()};
+    for (int k = 0; k < 3; ++k) {
+        const std::string file = (dir / ("b" + std::to_string(k + 1) + ".csv")).string();
+        const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(3 * k - 12) + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
+        ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status, tune_status::ok);
+        merge.push_back(file);
+    }
+    const result got = fresh.run(merge);
+    EXPECT_EQ(got.out, dq3 + "\n    -20  -15  -10  -5   0    +5   +10     +20\nb1  ........##########################.......\nb2  ...........##########################....\n"
+                             "b3  ..............##########################.\nb1: window -12..+13 (26 values), centre 0\nb2: window -9..+16 (26 values), centre +3 (setting 67)\n"
+                             "b3: window -6..+19 (26 values), centre +6 (setting 70)\n" + dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" +
+                             dq3 + ": centre +3: margin 9 below, 10 above (worst: b3 below, b1 above)\n");
+    EXPECT_EQ(got.status, tune_status::ok) << got.err;
+    EXPECT_NE(slurp(dir / "m.csv").find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos) << slurp(dir / "m.csv");
+    EXPECT_EQ(fresh.run({"apply", (dir / "m.conf").string()}).status, tune_status::ok) << slurp(dir / "m.conf");
+    EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
+    const std::string svg = (dir / "m.svg").string();
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " | grep -e '^common' -e '^name' >" + svg + ".txt").c_str()), 0);
+    EXPECT_EQ(slurp(svg + ".txt"), "name b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n");
+}

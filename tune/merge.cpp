@@ -1,0 +1,277 @@
+// SPDX-License-Identifier: MIT
+// merge: the window that every board passes, from the CSV files of their sweeps.
+#include <fcntl.h>
+#include <getopt.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "properties/strict_value.h"
+#include "runtime/exit_status.h"
+#include "runtime/report.h"
+#include "tune/commands.h"
+#include "tune/profile/shown_text.h"
+#include "tune/sweep/boards.h"
+#include "tune/sweep/chart.h"
+#include "tune/sweep/svg.h"
+#include "tune/sweep/whole_file.h"
+#include "tune/sweep_options.h"
+#include "tune/sweep_plan.h"
+#include "tune/test_run.h"
+
+namespace {
+
+// Far beyond the CSV of any sweep: a larger file is a mistake (or /dev/zero).
+constexpr std::size_t max_csv_size = 16 * 1024 * 1024;
+// Longer fields are no property's, value or result, and are shown cut.
+constexpr std::size_t max_field_size = 256;
+constexpr std::size_t shown_field_size = 40;
+
+// What one file holds: per property, in the order of the file.
+struct board_file {
+    std::string path, board;
+    std::vector<std::string> names;
+    std::map<std::string, board_cells> cells;
+    std::map<std::string, std::set<long long>> seen;
+};
+
+// The board a file is named after: its name without directory and ".csv".
+std::string board_name(const std::string& path) {
+    std::string name = path.substr(path.find_last_of('/') + 1);
+    const std::string suffix = ".csv";
+    if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+        name.resize(name.size() - suffix.size());
+    return shown(name);
+}
+
+bool read_bounded(const std::string& path, std::string* text) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        report("%s: %s", shown(path).c_str(), std::strerror(errno));
+        return false;
+    }
+    char buffer[65536];
+    bool good = true;
+    for (ssize_t got; good && (got = read(fd, buffer, sizeof buffer)) != 0;) {
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            report("%s: %s", shown(path).c_str(), std::strerror(errno));
+        else
+            text->append(buffer, static_cast<std::size_t>(got));
+        good = got > 0 && text->size() <= max_csv_size;
+        if (text->size() > max_csv_size)
+            report("%s: larger than 16 MiB; refused", shown(path).c_str());
+    }
+    close(fd);
+    return good;
+}
+
+bool on_axis(property* prop, long long value) {
+    const std::vector<long long> keys = prop->table_keys();
+    return keys.empty() ? prop->axis().holds(value) : std::binary_search(keys.begin(), keys.end(), value);
+}
+
+bool parse_outcome(const std::string& text, outcome* result) {
+    for (outcome each : {outcome::pass, outcome::fail, outcome::timeout, outcome::hang})
+        if (text == outcome_name(each))
+            return *result = each, true;
+    return false;
+}
+
+// One line "NAME,VALUE,RESULT" into the file's cells; false with *problem for a bad one.
+bool take_row(const std::string& line, board_file* file, std::string* problem) {
+    const std::string::size_type first = line.find(','), second = line.find(',', first + 1);
+    if (first == std::string::npos || second == std::string::npos || line.find(',', second + 1) != std::string::npos)
+        return *problem = "expected NAME,VALUE,RESULT", false;
+    const std::string name = line.substr(0, first), value_text = line.substr(first + 1, second - first - 1),
+                      result_text = line.substr(second + 1);
+    for (const std::string* field : {&name, &value_text, &result_text})
+        if (field->size() > max_field_size)
+            return *problem = "'" + shown(*field, shown_field_size) + "' is too long", false;
+    property* prop = name.empty() ? nullptr : property::get_property(name);
+    if (!prop)
+        return *problem = name.empty() ? "missing name" : "no property " + shown(name), false;
+    if (!prop->axis().sweepable())
+        return *problem = name + ": cannot be swept", false;
+    long long value = 0;
+    if (!parse_signed_value(value_text, &value, problem))
+        return *problem = name + ": " + shown(*problem), false;
+    if (!on_axis(prop, value))
+        return *problem = name + ": " + value_text + " is not on its axis", false;
+    outcome result = outcome::pass;
+    if (!parse_outcome(result_text, &result))
+        return *problem = "'" + shown(result_text) + "' is not pass, fail, timeout or hang", false;
+    board_cells& cells = file->cells[name];
+    if (cells.values.empty())
+        file->names.push_back(name);
+    if (!file->seen[name].insert(value).second)
+        return *problem = name + ": " + value_text + " given twice", false;
+    if (cells.values.size() == max_sweep_values)
+        return *problem = name + ": more than " + std::to_string(max_sweep_values) + " values", false;
+    cells.board = file->board;
+    cells.values.push_back(value);
+    cells.results.push_back(result);
+    return true;
+}
+
+// Reads a sweep's CSV; stops at the first bad line, which is reported as FILE:LINE.
+bool read_board(const std::string& path, board_file* file) {
+    std::string text;
+    if (!read_bounded(path, &text))
+        return false;
+    file->path = shown(path);
+    file->board = board_name(path);
+    std::string::size_type start = 0;
+    for (int number = 1; start < text.size(); ++number) {
+        std::string::size_type end = text.find('\n', start);
+        if (end == std::string::npos)
+            end = text.size();
+        const std::string line = trimmed(text.substr(start, end - start));
+        start = end + 1;
+        std::string problem;
+        if (number == 1 && line != "name,value,result")
+            problem = "expected the header name,value,result";
+        else if (number > 1 && !line.empty())
+            take_row(line, file, &problem);
+        if (!problem.empty()) {
+            report("%s:%d: %s", file->path.c_str(), number, problem.c_str());
+            return false;
+        }
+    }
+    if (!file->names.empty())
+        return true;
+    report("%s: no measured value", file->path.c_str());
+    return false;
+}
+
+// Each property of the files as a sweep with a row per board; false, said,
+// when a file lacks a property of another or the boards share no value.
+bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_results>* merged) {
+    std::vector<std::string> names;
+    for (const board_file& file : files)
+        for (const std::string& name : file.names)
+            if (std::find(names.begin(), names.end(), name) == names.end())
+                names.push_back(name);
+    for (const std::string& name : names) {
+        std::vector<board_cells> boards;
+        std::size_t most = 0;
+        for (const board_file& file : files) {
+            const auto cells = file.cells.find(name);
+            if (cells == file.cells.end()) {
+                report("%s: no value of %s; merge the boards that swept the same properties", file.path.c_str(),
+                       name.c_str());
+                return false;
+            }
+            boards.push_back(cells->second);
+            most = std::max(most, cells->second.values.size());
+        }
+        property* prop = property::get_property(name);
+        merged->push_back(line_up(name, prop->axis().is_signed, boards));
+        sweep_results& property_results = merged->back();
+        if (property_results.axis.size() == 0) {
+            report("%s: no value that every board measured", name.c_str());
+            return false;
+        }
+        if (property_results.axis.size() < most)
+            report("%s: the boards' sweeps differ; merged on the %zu values every board measured", name.c_str(),
+                   property_results.axis.size());
+        std::vector<std::string> settings;
+        for (long long value : property_results.axis.values)
+            settings.push_back(prop->setting_for(value));
+        for (sweep_row& row : property_results.rows)
+            row.settings = settings;
+    }
+    return true;
+}
+
+// Each property at the centre of its common window, as apply takes it.
+void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merged, const std::string& header) {
+    std::fputs(header.c_str(), out);
+    for (const sweep_results& property_results : merged) {
+        const std::size_t centre = common_centre(property_results);
+        if (centre == property_results.axis.size())
+            std::fprintf(out, "# %s: no common passing value\n", property_results.group.c_str());
+        else
+            std::fprintf(out, "%s = %s\n", property_results.group.c_str(),
+                         setting_at(property_results.rows.front(), property_results.axis, centre).c_str());
+    }
+}
+
+struct output {
+    const std::string& path;
+    whole_file file;
+};
+
+}  // namespace
+
+int merge_command(int argc, char** argv) {
+    static const option long_options[] = {{"csv", required_argument, nullptr, 'c'},
+                                          {"svg", required_argument, nullptr, 'g'},
+                                          {"profile", required_argument, nullptr, 'p'},
+                                          {"help", no_argument, nullptr, 'h'},
+                                          {nullptr, 0, nullptr, 0}};
+    std::string csv_path, svg_path, profile_path;
+    for (int option; (option = getopt_long(argc, argv, ":h", long_options, nullptr)) != -1;) {
+        switch (option) {
+        case 'c': csv_path = optarg; break;
+        case 'g': svg_path = optarg; break;
+        case 'p': profile_path = optarg; break;
+        case 'h': print_usage(stdout); return tune_status::ok;
+        case ':': return usage_error(std::string(argv[optind - 1]) + " needs a value");
+        default: return unknown_option(argv);
+        }
+    }
+    if (optind == argc)
+        return usage_error("merge needs the CSV file of a sweep on each board");
+    std::vector<board_file> files(static_cast<std::size_t>(argc - optind));
+    std::map<std::string, std::string> paths_of_boards;
+    for (std::size_t at = 0; at < files.size(); ++at) {
+        if (!read_board(argv[optind + static_cast<int>(at)], &files[at]))
+            return tune_status::bad_input;
+        const std::string& earlier = paths_of_boards[files[at].board];
+        if (!earlier.empty()) {
+            report("%s and %s both name board %s", earlier.c_str(), files[at].path.c_str(), files[at].board.c_str());
+            return tune_status::bad_input;
+        }
+        paths_of_boards[files[at].board] = files[at].path;
+    }
+    std::vector<sweep_results> merged;
+    if (!line_up_boards(files, &merged))
+        return tune_status::bad_input;
+    output outputs[] = {{csv_path, {}}, {svg_path, {}}, {profile_path, {}}};
+    for (output& each : outputs) {
+        if (!each.path.empty() && !each.file.open(each.path)) {
+            report("cannot write %s: %s; nothing written", shown(each.path).c_str(), std::strerror(errno));
+            return tune_status::bad_input;
+        }
+    }
+    bool every_window = true;
+    for (const sweep_results& property_results : merged) {
+        std::printf("%s%s\n", &property_results == &merged.front() ? "" : "\n", property_results.group.c_str());
+        print_chart(stdout, property_results, terminal_columns(STDOUT_FILENO));
+        every_window = every_window && common_centre(property_results) < property_results.axis.size();
+    }
+    std::fflush(stdout);
+    if (!csv_path.empty())
+        print_merged_csv(outputs[0].file.stream(), merged);
+    if (!svg_path.empty())
+        print_svg(outputs[1].file.stream(), merged, "padkit-tune merge");
+    if (!profile_path.empty())
+        print_merged_profile(outputs[2].file.stream(), merged, profile_header(argc, argv));
+    bool written = true;
+    for (output& each : outputs) {
+        if (!each.path.empty() && !each.file.commit()) {
+            report("cannot write %s: %s", shown(each.path).c_str(), std::strerror(errno));
+            written = false;
+        }
+    }
+    return every_window && written ? tune_status::ok : tune_status::not_done;
+}

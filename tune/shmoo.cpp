@@ -156,7 +156,7 @@ public:
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
             ended = point_result::interrupted;
         const std::optional<safest_point> safest = find_safest(results, results.original);
-        if (ended == point_result::measured && options.keep_centre && safest)
+        if (ended == point_result::measured && options.keep_centre && safest && guard.keeping())
             keep(*safest);
         else
             put_back();
@@ -182,8 +182,9 @@ private:
         std::vector<setting> changes;
         // The slow one, a voltage say, changes once a row, and first of all
         // where a resumed shmoo carries on in the middle of a row.
-        if (column == 0 || !changed)
+        if (column == 0 || !y_written)
             changes.push_back({y.prop, y.settings[row]});
+        y_written = true;
         changes.push_back({x.prop, x.settings[column]});
         changed = true;
         const std::size_t step = row * x.visits.size() + column;
@@ -292,6 +293,7 @@ private:
     int stop_signal = 0;
     std::size_t done = 0;  // the steps measured
     bool changed = false, left_changed = false;
+    bool y_written = false;  // by this run
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 // sweep: find the values of a property for which a test command passes.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -73,14 +74,16 @@ public:
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
             ended = point_result::interrupted;
-        bool every_window = true;
-        for (std::size_t row = 0; row < results.rows.size(); ++row) {
-            const sweep_window window = widest_window(results.rows[row].results);
-            every_window = every_window && window.count > 0;
-            if (ended == point_result::measured && options.keep_centre && window.count > 0)
-                keep_centre(row, window_centre(window, plan.axis.values));
-        }
-        return finish(every_window);
+        std::vector<sweep_window> windows;
+        for (const sweep_row& row : results.rows)
+            windows.push_back(widest_window(row.results));
+        const auto has_window = [](const sweep_window& window) { return window.count > 0; };
+        if (ended == point_result::measured && options.keep_centre &&
+            std::any_of(windows.begin(), windows.end(), has_window) && guard.keeping())
+            for (std::size_t row = 0; row < windows.size(); ++row)
+                if (has_window(windows[row]))
+                    keep_centre(row, window_centre(windows[row], plan.axis.values));
+        return finish(std::all_of(windows.begin(), windows.end(), has_window));
     }
 
     // Every row back at its original value, as before the first write.

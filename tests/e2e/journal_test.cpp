@@ -43,25 +43,37 @@ strings run_words(const sim_board& b, strings words, const std::string& point, c
 
 const std::string sweep_value = "$PADKIT_SWEEP_VALUE", shmoo_point = "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE";
 
+// A profile without its two header lines, which name the command line and the time.
+std::string settings_of(const std::string& profile) {
+    return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
+}
+
 }  // namespace
 
-// Killed, resumed: as one run in which the killed point failed, but shown as a hang.
+// Killed, resumed: as one run in which the killed point failed, but shown as a hang. The sweep
+// is on signed delays, kept at its centre's code; the shmoo is killed in the middle of a row
+// and passes only where the board holds Y.
 TEST(padkit_tune_journal, killed_and_resumed_as_if_in_one_go) {
-    const struct { const char* name; strings words; std::string point, kill, pass; } rows[] = {
-        {"sweep", {"sweep", "-y", "mmc::rdqs", "30", "40"}, sweep_value, "34", "[ $PADKIT_SWEEP_VALUE -le 38 ]"},
-        {"shmoo", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"}, shmoo_point, "31,1",
-         "[ $PADKIT_SHMOO_X_VALUE -le 32 ]"},
+    const std::string dq3 = "tarnm-ddra-read0::dq3";
+    const struct { const char* name; strings words; std::string point, kill, pass; strings dump; } rows[] = {
+        {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"}, sweep_value, "-2",
+         "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
+        {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"}, shmoo_point, "31,1",
+         "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && [ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM
+         "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]",
+         {"dump", "mmc::rdqs", "mac-tx::delay"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         tune_board killed, whole;
-        strings files[2];
+        strings files[3];
         result runs[2];
         for (int i = 0; i < 2; ++i) {
             const sim_board& b = i ? whole : killed;
-            files[i] = {(b.scratch / "out.csv").string(), (b.scratch / "out.svg").string()};
+            files[i] = {(b.scratch / "out.csv").string(), (b.scratch / "out.svg").string(),
+                        (b.scratch / "out.conf").string()};
             strings words = row.words;
-            words.insert(words.begin() + 2, {"--csv", files[i][0], "--svg", files[i][1]});
+            words.insert(words.begin() + 2, {"--csv", files[i][0], "--svg", files[i][1], "--profile", files[i][2]});
             if (!i)
                 words.insert(words.begin() + 2, {"--journal", (b.scratch / "j").string()});
             runs[i] = b.run(run_words(b, words, row.point, row.kill, i ? "exit 1" : "kill -KILL $PPID", row.pass));
@@ -72,24 +84,33 @@ TEST(padkit_tune_journal, killed_and_resumed_as_if_in_one_go) {
         EXPECT_EQ(resumed.status, tune_status::ok) << resumed.err;
         EXPECT_NE(resumed.out.find('H'), std::string::npos);
         EXPECT_NE(svg.find("class=\"cell hang\""), std::string::npos);
-        EXPECT_EQ(replaced(resumed.out, "H", "."), runs[1].out);
+        EXPECT_EQ(replaced(replaced(resumed.out, "H hang  ", ""), "H", "."), runs[1].out);
         EXPECT_EQ(replaced(slurp(files[0][0]), "hang", "fail"), slurp(files[1][0]));
         EXPECT_EQ(replaced(svg, "hang", "fail"), replaced(slurp(files[1][1]), "hang", "fail"));
         EXPECT_EQ(sorted_lines(slurp(killed.scratch / "runs")), sorted_lines(slurp(whole.scratch / "runs")));
-        EXPECT_EQ(killed.run({"dump", "mmc::rdqs", "mac-tx::delay"}).out, whole.run({"dump", "mmc::rdqs", "mac-tx::delay"}).out);
+        EXPECT_EQ(settings_of(slurp(files[0][2])), settings_of(slurp(files[1][2])));
+        EXPECT_NE(settings_of(slurp(files[0][2])), "");
+        EXPECT_EQ(killed.run(row.dump).out, whole.run(row.dump).out);
+        EXPECT_EQ(resumed.err, runs[1].err);
     }
 }
 
-// Journals changed from one of a whole sweep: a torn last line resumes; the others are refused
-// with nothing written, neither the board nor the journal nor the CSV.
+// Journals changed from one of a whole sweep: a torn last line resumes; one that stopped while it
+// kept the centre ends without keeping it again; the others are refused with nothing written,
+// neither the board nor the journal nor the CSV.
 TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused) {
     tune_board b;
     const std::string journal = (b.scratch / "j").string(), csv = (b.scratch / "out.csv").string();
-    ASSERT_EQ(b.run({"sweep", "-y", "--journal", journal, "--csv", csv, "mmc::rdqs", "30", "33", "--", "true"}).status,
+    const std::string original = b.run({"dump", "mmc::rdqs"}).out;
+    ASSERT_EQ(b.run({"sweep", "-y", "--keep", "centre", "--journal", journal, "--csv", csv, "mmc::rdqs", "30", "33",
+                     "--", "true"})
+                  .status,
               tune_status::ok);
     const std::string whole = slurp(journal), torn = whole.substr(0, whole.find("try \"mmc::rdqs\" \"33\"") - 6);
     const struct { const char* name; std::string text; int status; std::string out_or_err; } rows[] = {
         {"torn last line", torn, tune_status::ok, "mmc::rdqs  ##H#\n"},
+        {"stopped while keeping", whole.substr(0, whole.size() - 4), tune_status::not_done,
+         journal + ": the run stopped while it kept the centre; put back instead"},
         {"ended", whole, tune_status::bad_input, journal + ": the sweep it records has ended; nothing written"},
         {"garbled", replaced(torn, "\"31\"", "\"31"), tune_status::bad_input, journal + ":7: garbled record"},
         {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), tune_status::bad_input, "mmc::nothing"},
@@ -103,7 +124,11 @@ TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused
         const result got = b.run({"resume", journal});
         EXPECT_EQ(got.status, row.status) << row.name;
         EXPECT_NE((row.status ? got.err : got.out).find(row.out_or_err), std::string::npos) << row.name << got.err;
-        if (row.status) {
+        if (row.status == tune_status::not_done) {
+            EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, original) << row.name;
+            EXPECT_EQ(slurp(journal), row.text + "end\n") << row.name;
+        }
+        if (row.status == tune_status::bad_input) {
             EXPECT_EQ(b.files(), board) << row.name;
             EXPECT_EQ(slurp(journal), row.text) << row.name;
             EXPECT_FALSE(fs::exists(csv)) << row.name;

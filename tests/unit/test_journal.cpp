@@ -18,7 +18,7 @@ std::string shown(const journal_contents& c) {
     std::string out;
     for (const journal_step& step : c.steps)
         out += step.point.back() + ":" + outcome_name(step.result) + " ";
-    return out + (c.in_flight ? "in-flight " : "") + (c.ended ? "ended " : "") + std::to_string(c.length);
+    return out + (c.in_flight ? "in-flight " : "") + (c.keeping ? "keeping " : "") + (c.ended ? "ended " : "") + std::to_string(c.length);
 }
 
 }  // namespace
@@ -31,6 +31,9 @@ TEST(journal, ReaderAtItsEdges) {
         {"torn last line", head + "try \"x\" \"1\"\nresult pa", "1:hang in-flight 81"},
         {"hang recorded", head + "try \"x\" \"1\"\nresult hang\nend\n", "1:hang ended 97"},
         {"no step yet", head, "69"},
+        {"kept and ended", head + "try \"x\" \"1\"\nresult pass\nkeep\nend\n", "1:pass keeping ended 102"},
+        {"try after keep", head + "keep\ntry \"x\" \"1\"\n", "no: 6: a record after the keep"},
+        {"keep in flight", head + "try \"x\" \"1\"\nkeep\n", "no: 6: the keep while a try has no result"},
         {"empty", "", "no: 1: the header is incomplete"},
         {"not a journal", "hello\n", "no: 1: not a padkit-tune journal"},
         {"other version", "journal \"0.9\"\n", "no: 1: written by padkit-tune \"0.9\"; this is 1.0"},

@@ -17,6 +17,11 @@ void hang_guard::not_measured() {
         journal.stopped();
 }
 
+bool hang_guard::keeping() {
+    keep_refused = journal.is_open() && !journal.keeping();
+    return !keep_refused;
+}
+
 void hang_guard::close(bool run_ended) {
     if (run_ended && journal.is_open())
         journal.end();

@@ -19,11 +19,18 @@ struct hang_guard {
     void measured(outcome result);
     // The point tried last was not measured.
     void not_measured();
+    // Before --keep centre writes; false when it must not: its record cannot
+    // be written, or a run before on this journal stopped while it kept.
+    bool keeping();
     // After the last write: the end record unless the run stopped early and
     // can carry on, and the watchdog closed.
     void close(bool run_ended);
-    // Whether a record could not be written.
-    bool failed() const { return journal.failed(); }
+    // Whether a record could not be written or the keep was refused: the run
+    // did not do all it was asked.
+    bool failed() const { return journal.failed() || keep_refused; }
+
+private:
+    bool keep_refused = false;
 };
 
 #endif

@@ -144,6 +144,14 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
         head.originals.emplace_back(line.fields[0], line.fields[1]);
         return "";
     }
+    if (contents->keeping && !is(line, "end", 0))
+        return "a record after the keep";
+    if (is(line, "keep", 0)) {
+        if (contents->in_flight)
+            return "the keep while a try has no result";
+        contents->keeping = true;
+        return "";
+    }
     if (line.keyword == "try" && line.word.empty() && !line.fields.empty()) {
         if (contents->in_flight)
             return "a try while the one before has no result";
@@ -260,6 +268,7 @@ bool journal_file::resume(const std::string& path, const std::string& version, j
         return false;
     }
     whole_length = contents->length;
+    kept_before = contents->keeping;
     cut_pending = whole_length != text.size();
     return true;
 }
@@ -271,6 +280,13 @@ bool journal_file::finished(outcome result) {
 }
 
 bool journal_file::stopped() { return append("stop\n"); }
+
+bool journal_file::keeping() {
+    if (!kept_before)
+        return append("keep\n");
+    report("%s: the run stopped while it kept the centre; put back instead", path_.c_str());
+    return false;
+}
 
 bool journal_file::end() { return append("end\n"); }
 

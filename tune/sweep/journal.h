@@ -13,6 +13,8 @@
 //   try "FIELD" ...                  before the value is written
 //   result pass|fail|timeout|hang    after the command
 //   stop                             instead of a result: a signal ended the sweep
+// then, before --keep centre writes what it keeps:
+//   keep
 // and at the very end:
 //   end
 // A last line without its newline was cut by a power failure and is ignored.
@@ -45,6 +47,7 @@ struct journal_contents {
     // Measured, in order. A try left without a result is the last step, a hang.
     std::vector<journal_step> steps;
     bool in_flight = false;  // the last step is such a hang, not yet recorded as one
+    bool keeping = false;  // a keep record: the run was keeping the centre
     bool ended = false;
     std::size_t length = 0;  // up to the end of the last whole line
 };
@@ -73,6 +76,9 @@ public:
     bool tried(const journal_point& point);
     bool finished(outcome result);
     bool stopped();
+    // The keep record; false without one when the journal has it already: the
+    // run carried on here stopped while it kept, most likely hung by it.
+    bool keeping();
     bool end();
 
     bool is_open() const { return fd >= 0; }
@@ -87,6 +93,7 @@ private:
     std::string path_;
     std::size_t whole_length = 0;  // what to keep of the file before the first append
     bool cut_pending = false;
+    bool kept_before = false;
     bool broken = false;
 };
 

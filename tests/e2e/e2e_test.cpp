@@ -21,8 +21,18 @@ std::string get(const std::string& name, const std::string& value) {
 std::string set(const std::string& name, const std::string& value, bool done = true) {
     return "PADKIT: set " + name + " := " + value + (done ? "\n" : " failed.\n");
 }
+// The warning of a relative change of a register field that its range clamps.
+std::string clamped(const std::string& delta, int current, int top, int to) {
+    return "warning! applying " + delta + " to current value " + std::to_string(current) + " is out of range (0 ~ " +
+           std::to_string(top) + "). adjusted to " + std::to_string(to) + "\n";
+}
+// The warning of an eMMC delay limited to its range, then the set line.
+std::string limited(int current, const std::string& value, int bound) {
+    return "apply current value " + std::to_string(current) + " to " + value + "is limited to " +
+           std::to_string(bound) + "\n" + set("mmc::rdqs", value);
+}
 
-const std::string usage =
+const std::string usage_text =
     "padkit [options] [<property> [value if write]]\noptions:\n\t-h            : help\n"
     "\t-i            : interactive mode\n\t-l            : list all properties\n"
     "\t-x            : show hex value (default decimal)\n";
@@ -35,80 +45,116 @@ const std::string vref = "ehci0-phy::tx-vref", odt = "tarnm-ddra::odt", clk = "t
 const std::string dq3 = "tarnm-ddra-read1::dq3", dqs = "tarnm-ddra-read0::dq";
 const std::string mmc = "mmc::rdqs", rdqs = "sys/kernel/debug/mmc0/rdqs", r_zero = "R 0x00540008 0x00000000\n";
 const std::string cpu = "cpu_regulator::microvolts", reg1 = "sys/class/regulator/regulator.1/";
+const std::string volts = reg1 + "microvolts", low = reg1 + "min_microvolts", high = reg1 + "max_microvolts";
 const std::string page = "37" + std::string(4094, ' '), past_page = page + " ";  // a kernel file holds a page
-const settings worked = {{"regs", "0x00540008 0x12345678\n"}};
+const settings worked = {{"regs", "0x00540008 0x12345678\n"}};  // tx-vref 8
+const std::string vref_top = "0x00540008 0x1237d678\n", vref_zero = "0x00540008 0x12305678\n";
+using namespace padkit_status;
 
-const run_case rows[] = {
-    {{}, {}, usage, "", 254, ""},
-    {{vref, "-x"}, {}, "..3\n" + usage, "", 0, ""},
-    {{"-r", vref}, {}, "8\n", "", 0, "R 0x00540008 0x00ac111c\n"},
-    {{"-r", "nope"}, {}, "", unknown, 0, ""},
-    {{"-l", "x", "y"}, {},
-     "ehci :\n\tehci0-phy::disconnect-threshold : x=0~7  : 575mV + (-6 + 1.5x)%\n...", "", 0, ""},
-    {{"-xl"}, {}, "", unknown, 0, ""},
-    {{vref, "16"}, {}, "", set(vref, "16", false), 245, "", {{"regs", fresh_regs}}},
-    {{vref, ""}, {}, "", set(vref, "", false), 245, ""},
+// A row to a line:
+// clang-format off
+const named_case rows[] = {
+    {"no arguments", {{}, {}, usage_text, "", usage, ""}},
+    {"-h", {{"-h"}, {}, usage_text, "", usage, ""}},
+    {"-x after the name", {{vref, "-x"}, {}, "..3\n" + usage_text, "", ok, ""}},
+    {"raw read", {{"-r", vref}, {}, "8\n", "", ok, "R 0x00540008 0x00ac111c\n"}},
+    {"raw read, unknown name", {{"-r", "nope"}, {}, "", unknown, ok, ""}},
+    {"listing ignores words", {{"-l", "x", "y"}, {}, "ehci :\n\tehci0-phy::disconnect-threshold : x=0~7  : ...", "", ok, ""}},
+    {"-xl is a name", {{"-xl"}, {}, "", unknown, ok, ""}},
+    {"field at its top", {{vref, "15"}, worked, "", set(vref, "15"), ok, "-", {{"regs", vref_top}}}},
+    {"field past its top", {{vref, "16"}, {}, "", set(vref, "16", false), set_failed, "", {{"regs", fresh_regs}}}},
+    {"empty value", {{vref, ""}, {}, "", set(vref, "", false), set_failed, ""}},
     // Characters after a number are ignored, a number is cut to the word, a text without one is refused.
-    {{vref, "12abc"}, worked, "", set(vref, "12abc"), 0, "-", {{"regs", "0x00540008 0x12365678\n"}}},
-    {{"tarnm-ddrb2::scl", "4294967297"}, {{"regs", ""}}, "", set("tarnm-ddrb2::scl", "4294967297"), 0, "-",
-     {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0x00000001\n"}}},
-    {{"-x", vref, "z"}, {}, "", "failed to parse value z\n" + set(vref, "z", false), 245, ""},
-    {{"-i"}, {{"tmp/padkit.lock", nullptr}, {"tmp/padkit.lock", "->../regs"}}, "", no_lock, 255, ""},
-    // A relative value is clamped to the field; the value is read back after the write.
-    {{vref, "+9"}, worked, "",
-     "warning! applying 9 to current value 8 is out of range (0 ~ 15). adjusted to 15\n" + set(vref, "+9"), 0,
-     "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"},
+    {"trailing characters", {{vref, "12abc"}, worked, "", set(vref, "12abc"), ok, "-", {{"regs", "0x00540008 0x12365678\n"}}}},
+    {"cut to the word", {{"tarnm-ddrb2::scl", "4294967297"}, {{"regs", ""}}, "", set("tarnm-ddrb2::scl", "4294967297"), ok,
+                         "-", {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0x00000001\n"}}}},
+    {"-x, no hex digit", {{"-x", vref, "z"}, {}, "", "failed to parse value z\n" + set(vref, "z", false), set_failed, ""}},
+    {"lock not opened", {{"-i"}, {{"tmp/padkit.lock", nullptr}, {"tmp/padkit.lock", "->../regs"}}, "", no_lock, lock_failed, ""}},
+    // A relative change is clamped to the field; the value is read back after the write.
+    {"field +, onto its top", {{vref, "+7"}, worked, "", set(vref, "+7"), ok, "-", {{"regs", vref_top}}}},
+    {"field +, past its top", {{vref, "+8"}, worked, "", clamped("8", 8, 15, 15) + set(vref, "+8"), ok,
+                               "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"}},
+    {"field -, onto zero", {{vref, "-8"}, worked, "", set(vref, "-8"), ok, "-", {{"regs", vref_zero}}}},
+    {"field -, past zero", {{vref, "-9"}, worked, "", clamped("-9", 8, 15, 0) + set(vref, "-9"), ok, "-", {{"regs", vref_zero}}}},
     // Mapped fields take keys of their table only.
-    {{clk, "35"}, {}, "", set(clk, "35", false), 245, ""},
-    {{odt, "+1"}, {}, "", "warning! applying 1 to current value 60 is out of range (0 ~ 15). adjusted to 15\n" +
-                              set(odt, "+1", false), 245, "R 0x00f38120 0x00bb00b4\n"},  // 61 clamps to code 15, no key
-    {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", 246,
-     "R 0x00f38120 0x00000005\n"},
+    {"mapped, no key", {{clk, "35"}, {}, "", set(clk, "35", false), set_failed, ""}},
+    {"mapped +, past the field", {{odt, "+1"}, {}, "", clamped("1", 60, 15, 15) + set(odt, "+1", false), set_failed,
+                                  "R 0x00f38120 0x00bb00b4\n"}},  // 61 clamps to code 15, no key
+    {"mapped, code without key", {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n",
+                                  get_failed, "R 0x00f38120 0x00000005\n"}},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
-    {{dq3, "5"}, {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}}, "", set(dq3, "5"), 0,
-     "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\n"
-     "W 0x00f38194 0x00001285\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n",
-     {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n"
-               "0x00f38194@0x00000307 0x00001205\n"}}},
-    // A composite reads its members in order.
-    {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n",
-     get(dqs, "{0,69,0,0,0,0,0,0}"), 0, "-"},
-    // The eMMC file and the regulators.
-    {{mmc, "300"}, {}, "", "apply current value 37 to 300is limited to 255\n" + set(mmc, "300"), 0, "", {{rdqs, "255"}}},
-    {{mmc, "+ "}, {}, "", "failed to parse value + \n" + set(mmc, "+ ", false), 245, "", {{rdqs, "37\n"}}},
-    {{mmc, "+1"}, {{rdqs, page.c_str()}}, "", set(mmc, "+1"), 0, "", {{rdqs, "38"}}},
-    {{mmc}, {{rdqs, past_page.c_str()}}, "\n",
-     "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n", 246, ""},
-    {{cpu, "93%"}, {}, "", set(cpu, "93%"), 0, "", {{reg1 + "microvolts", "1030000"}}},
-    {{cpu, "107.5%"}, {}, "", "percentage 107.5%: out of range\n" + set(cpu, "107.5%", false), 245, ""},
-    {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" + set(cpu, "1300001", false), 245, ""},
-    // Limits beyond what the driver takes, or crossed, make the regulator unreadable.
-    {{cpu}, {{reg1 + "max_microvolts", "4294967296"}}, "\n", "PADKIT: get " + cpu + "failed.\n", 246, ""},
-    {{cpu, "900000"}, {{reg1 + "min_microvolts", "1300001"}}, "", set(cpu, "900000", false), 245, "",
-     {{reg1 + "microvolts", "1100000\n"}}},
+    {"DQ at its top", {{dq3, "127"}, {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}}, "",
+                       set(dq3, "127"), ok,
+                       "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\n"
+                       "W 0x00f38194 0x000012ff\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n",
+                       {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n"
+                                 "0x00f38194@0x00000307 0x0000127f\n"}}}},
+    {"composite read", {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n",
+                        get(dqs, "{0,69,0,0,0,0,0,0}"), ok, "-"}},
+    // The eMMC delay, 2 to 255, in the file and as written.
+    {"eMMC at its top", {{mmc, "255"}, {}, "", set(mmc, "255"), ok, "", {{rdqs, "255"}}}},
+    {"eMMC past its top", {{mmc, "256"}, {}, "", limited(37, "256", 255), ok, "", {{rdqs, "255"}}}},
+    {"eMMC at its bottom", {{mmc, "2"}, {}, "", set(mmc, "2"), ok, "", {{rdqs, "2"}}}},
+    {"eMMC past its bottom", {{mmc, "1"}, {}, "", limited(37, "1", 2), ok, "", {{rdqs, "2"}}}},
+    {"eMMC top in file, - onto bottom", {{mmc, "-253"}, {{rdqs, "255"}}, "", set(mmc, "-253"), ok, "", {{rdqs, "2"}}}},
+    {"eMMC bottom in file, + onto top", {{mmc, "+253"}, {{rdqs, "2"}}, "", set(mmc, "+253"), ok, "", {{rdqs, "255"}}}},
+    {"eMMC +, past its top", {{mmc, "+1"}, {{rdqs, "255"}}, "", limited(255, "+1", 255), ok, "", {{rdqs, "255"}}}},
+    {"eMMC -, past its bottom", {{mmc, "-1"}, {{rdqs, "2"}}, "", limited(2, "-1", 2), ok, "", {{rdqs, "2"}}}},
+    {"eMMC past its top in file", {{mmc}, {{rdqs, "256"}}, "\n",
+                                   "current value 256 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n",
+                                   get_failed, ""}},
+    {"eMMC +, no number", {{mmc, "+ "}, {}, "", "failed to parse value + \n" + set(mmc, "+ ", false), set_failed, "",
+                           {{rdqs, "37\n"}}}},
+    {"eMMC file of a page", {{mmc, "+1"}, {{rdqs, page.c_str()}}, "", set(mmc, "+1"), ok, "", {{rdqs, "38"}}}},
+    {"eMMC file past a page", {{mmc}, {{rdqs, past_page.c_str()}}, "\n",
+                               "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n",
+                               get_failed, ""}},
+    // The regulator: 93% to 107% of the voltage found, within the limits of its files, in steps of 10 mV.
+    {"percent at bottom", {{cpu, "93%"}, {}, "", set(cpu, "93%"), ok, "", {{volts, "1030000"}}}},
+    {"percent past bottom", {{cpu, "92.99%"}, {}, "", "percentage 92.99%: out of range\n" + set(cpu, "92.99%", false),
+                             set_failed, ""}},
+    {"percent at top", {{cpu, "107%"}, {{high, "2147483647"}}, "", set(cpu, "107%"), ok, "", {{volts, "1180000"}}}},
+    {"percent past top", {{cpu, "107.01%"}, {}, "", "percentage 107.01%: out of range\n" + set(cpu, "107.01%", false),
+                          set_failed, ""}},
+    {"volts at lowest limit", {{cpu, "800000"}, {}, "", set(cpu, "800000"), ok, "", {{volts, "800000"}}}},
+    {"volts past lowest limit", {{cpu, "790000"}, {}, "", "790000mv: out of range(800000-1300000)\n" +
+                                 set(cpu, "790000", false), set_failed, ""}},
+    {"volts at highest limit, limits equal", {{cpu, "1300000"}, {{low, "1300000"}}, "", set(cpu, "1300000"), ok, "",
+                                              {{volts, "1300000"}}}},
+    {"volts past highest limit", {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" +
+                                  set(cpu, "1300001", false), set_failed, ""}},
+    // Limits beyond what the driver takes (an int from 0), or crossed, make the regulator unusable.
+    {"limit file past an int", {{cpu}, {{high, "2147483648"}}, "\n", "PADKIT: get " + cpu + "failed.\n", get_failed, ""}},
+    {"voltage file at zero", {{cpu}, {{volts, "0"}}, "0\n", get(cpu, "0"), ok, ""}},
+    {"voltage file below zero", {{cpu}, {{volts, "-1"}}, "\n", "PADKIT: get " + cpu + "failed.\n", get_failed, ""}},
+    {"limits crossed", {{cpu, "900000"}, {{low, "1300001"}}, "", set(cpu, "900000", false), set_failed, "",
+                        {{volts, "1100000\n"}}}},
     // Without a usable regs the board has no memory device; the trace still shows each access.
-    {{vref, "9"}, {{"regs", nullptr}}, "", no_mem + no_mem + no_mem + set(vref, "9"), 0,
-     "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"},
-    {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n",
-     "<B>/regs:2: bad register entry\n" + no_mem + get(vref, "0"), 0, r_zero},
+    {"no regs", {{vref, "9"}, {{"regs", nullptr}}, "", no_mem + no_mem + no_mem + set(vref, "9"), ok,
+                 "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"}},
+    {"bad regs entry", {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n",
+                        "<B>/regs:2: bad register entry\n" + no_mem + get(vref, "0"), ok, r_zero}},
     // A rewrite keeps the user's comments with their entries and clears what a killed run left.
-    {{vref, "9", "extra"},
-     {{"regs", "# tuned\n\n0x00540030 0x2 #\n0x00540030 0x1\n# a\n 0X00540008\t0X12345678 # by hand\n# end"},
-      {".regs-Ab12Cd", "half"}}, "", set(vref, "9"), 0, "-",
-     {{"regs", "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n"},
-      {".regs-Ab12Cd", "<missing>"}}},
+    {"regs rewritten", {{vref, "9", "extra"},
+                        {{"regs", "# tuned\n\n0x00540030 0x2 #\n0x00540030 0x1\n# a\n 0X00540008\t0X12345678 # by hand\n# end"},
+                         {".regs-Ab12Cd", "half"}},
+                        "", set(vref, "9"), ok, "-",
+                        {{"regs", "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n"},
+                         {".regs-Ab12Cd", "<missing>"}}}},
     // Links in the board are not followed: root must not read or replace what they name.
-    {{mmc, "100"}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "",
-     "open <B>/" + rdqs + " failed.\n" + set(mmc, "100", false), 245, "", {{"secret", "7"}}},
-    {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n", no_mem + get(vref, "0"), 0, r_zero},
+    {"eMMC file a link", {{mmc, "100"}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "",
+                          "open <B>/" + rdqs + " failed.\n" + set(mmc, "100", false), set_failed, "", {{"secret", "7"}}}},
+    {"regs a link", {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n",
+                     no_mem + get(vref, "0"), ok, r_zero}},
 };
+// clang-format on
 
 }  // namespace
 
 TEST(padkit_sim, table) {
-    for (const run_case& r : rows) {
+    for (const named_case& r : rows) {
         sim_board b(PADKIT_SIM);
-        if (!r.changes.empty())
+        if (!r.c.changes.empty())
             b.run({"-h"});
         check(b, r);
     }
@@ -143,7 +189,7 @@ TEST(padkit_sim, run_waits_for_the_lock) {
     flock(fd, LOCK_UN);
     close(fd);
     const result got = b.finish(pid);
-    EXPECT_EQ(got.out + std::to_string(got.status), "Not supported yet.\n253");
+    EXPECT_EQ(got.out + std::to_string(got.status), "Not supported yet.\n" + std::to_string(shell_status(padkit_status::not_supported)));
     EXPECT_EQ(got.err, "Waiting for the lock on " + (b.dir / "tmp/padkit.lock").string() +
                            ", held by process " + std::to_string(getpid()) + ".\n");
 }
@@ -158,6 +204,22 @@ TEST(padkit_sim, board_directory_from_environment) {
     EXPECT_EQ(slurp(home + "/.local/state/padkit-sim/regs"), fresh_regs);
     const result none = b.run({"-l"}, {{"PADKIT_SIM_DIR", nullptr}, {"XDG_STATE_HOME", ""}, {"HOME", nullptr}});
     EXPECT_EQ(none.out + none.err + std::to_string(none.status),
-              "No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n255");
+              "No board directory: set PADKIT_SIM_DIR, XDG_STATE_HOME or HOME.\n" +
+                  std::to_string(shell_status(padkit_status::lock_failed)));
     EXPECT_FALSE(fs::exists(b.dir));
+}
+
+// A request served whose output is lost fails: the file size limit refuses the first byte.
+TEST(padkit_sim, lost_output) {
+    const struct { const char* program; strings args; int status; } rows[] = {
+        {PADKIT_SIM, {"-r", mmc}, shell_status(padkit_status::output_failed)},
+        {PADKIT_TUNE_SIM, {"dump", mmc}, tune_status::not_done},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.program);
+        sim_board b(row.program);
+        b.run({"-h"});
+        b.launcher = {"sh", "-c", "trap '' XFSZ; ulimit -f 0; exec \"$@\"", "sh"};
+        EXPECT_EQ(b.run(row.args).status, row.status);
+    }
 }

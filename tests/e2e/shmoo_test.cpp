@@ -43,66 +43,68 @@ std::string chart(const std::vector<std::string>& rows) {
 const std::string rdqs_file = "sys/kernel/debug/mmc0/rdqs", core_file = "sys/class/regulator/regulator.2/microvolts";
 
 // A case that names no board file must leave both properties as they were.
-const run_case cases[] = {
-    {shmoo({"-y"}, diamond(36, 890000, 2)), {},
+const named_case cases[] = {
+    {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {},
      chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) +
          "13 of 49 points pass\nsafest point X=36, Y=890000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n",
-     "", tune_status::ok},
-    {shmoo({"-y"}, diamond(34, 900000, 3)), {},
+     "", tune_status::ok}},
+    {"diamond left of the original", {shmoo({"-y"}, diamond(34, 900000, 3)), {},
      chart({"#......", "##.....", "###....", "#@#O...", "###....", "##.....", "#......"}) +
          "16 of 49 points pass\nsafest point X=35, Y=900000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n",
-     "", tune_status::ok},
-    {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {},
+     "", tune_status::ok}},
+    {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {},
      chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) +
          "36 of 49 points pass\nsafest point X=37, Y=880000 (margin 1 step)\noriginal X=37, Y=900000: does not pass\n",
-     "", tune_status::ok},
-    {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) +
-         "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done},
+     "", tune_status::ok}},
+    {"nothing passes", {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) +
+         "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done}},
     // A DQ member's signed delays against a regulator's 10 mV steps.
-    {{"shmoo", "-y", "tarnm-ddra-read0::dq3", "-3", "3", core, "880000", "920000", "--", "sh", "-c", dq_diamond}, {},
+    {"DQ member against a regulator", {{"shmoo", "-y", "tarnm-ddra-read0::dq3", "-3", "3", core, "880000", "920000", "--", "sh", "-c", dq_diamond}, {},
      "core_regulator::microvolts (rows) against tarnm-ddra-read0::dq3 (columns)\n        -3 0 +3\n920000  ....#..\n"
      "910000  ...###.\n900000  ..#O@##\n890000  ...###.\n880000  ....#..\n        -3 0 +3\n" + legend +
      "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 step)\noriginal X=0, Y=900000 (margin 0 steps)\n",
-     "", tune_status::ok},
+     "", tune_status::ok}},
     // A table field's keys against a register field's codes.
-    {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c",
+    {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c",
       "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {},
      "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n"
      "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n6 of 16 points pass\n"
-     "safest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", tune_status::ok},
-    {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...",
+     "safest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", tune_status::ok}},
+    {"--keep centre", {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...",
      "padkit-tune-sim: mmc::rdqs: kept at the safest point, 36\n"
      "padkit-tune-sim: core_regulator::microvolts: kept at the safest point, 890000\n", tune_status::ok, "-",
-     {{rdqs_file, "36"}, {core_file, "890000"}}},
+     {{rdqs_file, "36"}, {core_file, "890000"}}}},
     // Hanging past the time-out at one point, and interrupted half-way.
-    {shmoo({"-y", "--timeout", "0.3"}, "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {},
+    {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"}, "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {},
      chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) +
          "48 of 49 points pass\nsafest point X=37, Y=900000 (margin 2 steps)\noriginal X=37, Y=900000 (margin 2 steps)\n",
-     "", tune_status::ok},
-    {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {},
+     "", tune_status::ok}},
+    {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {},
      chart({"       ", "       ", "       ", "   X   ", "       ", "#@#####", "#######"}) +
          "14 of 49 points pass\nsafest point X=35, Y=880000 (margin 0 steps)\noriginal X=37, Y=900000: not measured\n",
-     "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM},
+     "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
     // Refused before anything is written.
-    {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {}, "",
+    {"composite refused", {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {}, "",
      "padkit-tune-sim: tarnm-ddra-read0::dq is a composite of tarnm-ddra-read0::dq0, tarnm-ddra-read0::dq1, "
      "tarnm-ddra-read0::dq2, tarnm-ddra-read0::dq3, tarnm-ddra-read0::dq4, tarnm-ddra-read0::dq5, "
-     "tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7; a shmoo takes one of them; nothing written\n", tune_status::bad_input, ""},
-    {{"shmoo", "-y", mmc, "2", "255", core, "800000", "1000000", "--", "true"}, {}, "",
-     "padkit-tune-sim: 5334 points (254 by 21); a shmoo takes at most 4096\n", tune_status::bad_input, ""},
-    {{"shmoo", "-y", mmc, "30", "40", mmc, "2", "3", "--", "true"}, {}, "",
-     "padkit-tune-sim: X and Y are both mmc::rdqs; a shmoo takes two different properties\n", tune_status::bad_input, ""},
-    {shmoo({}, "true"), {}, "",
+     "tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7; a shmoo takes one of them; nothing written\n", tune_status::bad_input, ""}},
+    {"too many points", {{"shmoo", "-y", mmc, "2", "255", core, "800000", "1000000", "--", "true"}, {}, "",
+     "padkit-tune-sim: 5334 points (254 by 21); a shmoo takes at most 4096\n", tune_status::bad_input, ""}},
+    {"same property twice", {{"shmoo", "-y", mmc, "30", "40", mmc, "2", "3", "--", "true"}, {}, "",
+     "padkit-tune-sim: X and Y are both mmc::rdqs; a shmoo takes two different properties\n", tune_status::bad_input, ""}},
+    {"no terminal, no -y", {shmoo({}, "true"), {}, "",
      "WARNING! This shmoo sweeps mmc::rdqs over 34..40 (7 values) against core_regulator::microvolts over "
      "870000..930000 (7 values) on the running board. A value outside its working window can hang the system or "
      "corrupt memory and storage.\npadkit-tune-sim: standard input is not a terminal; give -y to shmoo without asking\n",
-     tune_status::bad_input, ""},
+     tune_status::bad_input, ""}},
+
 };
 
 }  // namespace
 
 TEST(padkit_tune_shmoo, charts_safest_points_and_what_is_left) {
-    for (const run_case& c : cases) {
+    for (const auto& [name, c] : cases) {
+        SCOPED_TRACE(name);
         tune_board b;
         const auto end = std::find(c.args.begin(), c.args.end(), "--");  // X XFROM XTO Y YFROM YTO --
         const strings dump = {"dump", end[-6], end[-3]};

@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/exit_status.h"
+
 namespace fs = std::filesystem;
 
 using strings = std::vector<std::string>;
@@ -31,6 +33,14 @@ inline std::string slurp(const fs::path& path) {
 }
 
 struct result { std::string out, err, trace; int status; };
+
+// A status as the shell sees it: padkit's negative ones modulo 256.
+constexpr int shell_status(int status) { return status & 0xff; }
+static_assert(shell_status(padkit_status::lock_failed) == 255 && shell_status(padkit_status::usage) == 254 &&
+                  shell_status(padkit_status::not_supported) == 253 && shell_status(padkit_status::get_failed) == 246 &&
+                  shell_status(padkit_status::set_failed) == 245 && shell_status(padkit_status::output_failed) == 244 &&
+                  tune_status::not_done == 1 && tune_status::bad_input == 2 && tune_status::left_changed == 3,
+              "the statuses the manual pages document");
 
 // A scratch directory for one run's output, and a board in it that does not
 // exist until a run creates it.
@@ -107,7 +117,7 @@ struct run_case {
     strings args;  // <B> stands for the board directory, here and in err
     settings changes;
     std::string out, err;  // ending in "...": what the output begins with
-    int status;
+    int status;  // as the program returns it
     std::string trace = "-";  // "-": not checked
     std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
 };
@@ -129,10 +139,21 @@ inline void check(const sim_board& b, const run_case& c) {
     const std::string err = b.on_board(c.err);
     EXPECT_EQ(cut_as(got.out, c.out), cut_as(c.out, c.out));
     EXPECT_EQ(cut_as(got.err, err), cut_as(err, err));
-    EXPECT_EQ(got.status, c.status);
+    EXPECT_EQ(got.status, shell_status(c.status));
     EXPECT_EQ(c.trace == "-" ? "-" : got.trace, c.trace);
     for (const auto& [path, content] : c.files)
         EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
+}
+
+// A case with the short name a failure prints.
+struct named_case {
+    const char* name;
+    run_case c;
+};
+
+inline void check(const sim_board& b, const named_case& c) {
+    SCOPED_TRACE(c.name);
+    check(b, c.c);
 }
 
 // padkit-tune-sim on a board created by a run that touches nothing.

@@ -41,15 +41,15 @@ void randomize(const sim_board& b, std::mt19937& random) {
 TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
     std::mt19937 random(12);
     for (const strings& dump : {strings{"dump"}, strings{"dump", "-x"}}) {
-        SCOPED_TRACE(dump.size());
+        SCOPED_TRACE(dump.back());
         tune_board b;
         randomize(b, random);
         const result saved = b.run(dump);
-        ASSERT_EQ(saved.status, 0) << saved.err;
+        ASSERT_EQ(saved.status, tune_status::ok) << saved.err;
         b.change("saved", saved.out.c_str());
-        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 0);
+        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, tune_status::ok);
         randomize(b, random);
-        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, 1);  // the board did change
+        EXPECT_EQ(b.run({"diff", (b.dir / "saved").string()}).status, tune_status::not_done);  // the board did change
         const result applied = b.run({"apply", (b.dir / "saved").string()});
         EXPECT_EQ(applied.err + std::to_string(applied.status), "0");
         EXPECT_EQ(b.run(dump).out, saved.out);
@@ -60,18 +60,25 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
 // FILE:LINE:; "" marks a line that is fine.
 const std::pair<std::string, std::string> profile_lines[] = {
     {"; ok", ""},
+    {"mac-tx::delay = 3", ""},
     {"mac-tx::delay = 4", "mac-tx::delay: 4 is not in 0..3"},
     {"mac-tx::delay = +1", "mac-tx::delay: '+1' is not a decimal or 0x hexadecimal number"},
     {"mac-tx::delay = 12abc", "mac-tx::delay: '12abc' is not a decimal or 0x hexadecimal number"},
-    {"tarnm-ddra0::scl = 4294967297", "tarnm-ddra0::scl: 4294967297 does not fit 32 bits"},
+    {"tarnm-ddra0::scl = 4294967295", ""},
+    {"tarnm-ddra0::scl = 4294967296", "tarnm-ddra0::scl: 4294967296 does not fit 32 bits"},
     {"tarnm-ddra::odt = 50", "tarnm-ddra::odt: 50 is not one of 0, 40, 60, 120"},
+    {"mmc::rdqs = 255", ""},
     {"mmc::rdqs = 256", "mmc::rdqs: 256 is not in 2..255"},
+    {"mmc::rdqs = 1", "mmc::rdqs: 1 is not in 2..255"},
     {"", ""},
-    {"core_regulator::microvolts = 1010000",
-     "core_regulator::microvolts: 1010000 is not in the regulator's limits 800000..1000000"},
+    {"core_regulator::microvolts = 1000001",
+     "core_regulator::microvolts: 1000001 is not in the regulator's limits 800000..1000000"},
+    {"core_regulator::microvolts = 800000", ""},
+    {"core_regulator::microvolts = 799999",
+     "core_regulator::microvolts: 799999 is not in the regulator's limits 800000..1000000"},
     {"core_regulator::microvolts = 905000", "core_regulator::microvolts: 905000 is not a multiple of 10000 microvolts"},
     {"cpu_regulator::microvolts = 95%", "cpu_regulator::microvolts: '95%' is not a decimal or 0x hexadecimal number"},
-    {"tarnm-ddrb-read3::dq = { 1,2,3,4,5,6,7,8 }", ""},
+    {"tarnm-ddrb-read3::dq = { 1,2,3,4,5,6,7,127 }", ""},
     {"tarnm-ddra-read0::dq = 5", "tarnm-ddra-read0::dq: expected a brace list of 8 values"},
     {"tarnm-ddra-read0::dq = {1,2}", "tarnm-ddra-read0::dq: expected 8 values, found 2"},
     {"tarnm-ddra-read0::dq = {1,2,3,4,5,6,7,128}", "tarnm-ddra-read0::dq: tarnm-ddra-read0::dq7: 128 is not in 0..127"},
@@ -94,7 +101,8 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
     b.change("p", profile.c_str());
     for (const char* command : {"apply", "diff"}) {
         const result got = b.run({command, b.on_board("<B>/p")});
-        EXPECT_EQ(got.out + got.err + got.trace + std::to_string(got.status), err + "2") << command;
+        EXPECT_EQ(got.out + got.err + got.trace + std::to_string(got.status), err + std::to_string(tune_status::bad_input))
+            << command;
     }
     b.change("p", nullptr);
     EXPECT_EQ(b.files(), before);
@@ -113,7 +121,7 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
     if (b.run({"--version"}).status != 0)
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
-    EXPECT_EQ(got.status, 1);
+    EXPECT_EQ(got.status, tune_status::not_done);
     const std::string p = "padkit-tune-sim: ";
     EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
                            "cpu_regulator::microvolts: restored to 1100000\n" + p +
@@ -124,40 +132,63 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
     EXPECT_EQ(b.run({"dump"}).out, before);
 }
 
-const run_case cli_rows[] = {
-    {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", 2},
-    {{"--version"}, {}, "padkit-tune-sim " PADKIT_VERSION "\n", "", 0},
-    {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...", 2},
-    {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:...", 2},
-    {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", 2},
-    {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", 2},
-    {{"diff", "<B>/nope"}, {}, "", "padkit-tune-sim: <B>/nope: No such file or directory\n", 2},
-    {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
-     {{"regs", "0x140000 0x200\n"}, {"sys/kernel/debug/mmc0/rdqs", "1\n"}},
-     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
-     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
-     "current value 1 is not valid, valid range = 2 ~ 255\n", 1},
-    {{"dump", "-x", "mac-tx::delay", "mmc"}, {{"sys/kernel/debug/mmc0/rdqs", nullptr}, {"regs", "0x140000 0x300\n"}},
-     "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open <B>/sys/kernel/debug/mmc0/rdqs failed.\n", 1},
+const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu = "cpu_regulator::microvolts";
+const std::string cpu_volts = "sys/class/regulator/regulator.1/microvolts";
+using namespace tune_status;
+
+// A row to a line:
+// clang-format off
+const named_case cli_rows[] = {
+    {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
+    {"version", {{"--version"}, {}, "padkit-tune-sim " PADKIT_VERSION "\n", "", ok}},
+    {"sweep, no arguments", {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...",
+                             bad_input}},
+    {"unknown option", {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:...", bad_input}},
+    {"dump, unknown name", {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", bad_input}},
+    {"apply, no file", {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", bad_input}},
+    {"diff, missing file", {{"diff", "<B>/nope"}, {}, "", "padkit-tune-sim: <B>/nope: No such file or directory\n", bad_input}},
+    {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
+                                     {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}},
+                                     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
+                                     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
+                                     "current value 1 is not valid, valid range = 2 ~ 255\n", not_done}},
+    {"dump -x, one unreadable", {{"dump", "-x", "mac-tx::delay", "mmc"}, {{rdqs, nullptr}, {"regs", "0x140000 0x300\n"}},
+                                 "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "open <B>/" + rdqs + " failed.\n",
+                                 not_done}},
     // A later member wins over its composite; equal values are not shown.
-    {{"diff", "<B>/p"},
-     {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
-     "tarnm-ddra-read0::dq7: 0 -> 1\n", "", 1},
-    {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
-     "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", 1},
-    {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {"sys/kernel/debug/mmc0/rdqs", "x"}}, "",
-     "current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable\n", 2},
-    {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 9\nmac-rx::delay = 0"}},
-     "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 9\n", "", 0,
-     "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{"sys/kernel/debug/mmc0/rdqs", "37\n"}}},
-    {{"apply", "--system"}, {}, "", "", 0},
-    {{"apply", "--system", "-v"},
-     {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},
-      {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}},
-     "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", 0},
+    {"diff, member after composite",
+     {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
+      "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
+    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
+                     "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
+    {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
+                                "current value 0 is not valid, valid range = 2 ~ 255\n"
+                                "padkit-tune-sim: mmc::rdqs: unreadable\n", bad_input}},
+    {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}},
+                  "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok,
+                  "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{rdqs, "37\n"}}}},
+    // The voltage found is off the 10 mV step: putting it back writes the next step up.
+    {"apply, putting back fails", {{"apply", "<B>/p"},
+                                   {{"regs", nullptr}, {cpu_volts, "1095000"},
+                                    {"p", "cpu_regulator::microvolts = 1200000\nmac-tx::delay = 3\n"}},
+                                   "", "...", left_changed}},
+    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
+                                 "current value 0 is not valid, valid range = 2 ~ 255\n"
+                                 "padkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
+    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...",
+                                   "padkit-tune-sim: " + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
+    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"},
+                                   {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000...",
+                                   left_changed}},
+    {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
+    {"apply --system -v", {{"apply", "--system", "-v"},
+                           {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},
+                            {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}},
+                           "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
 };
+// clang-format on
 
 TEST(padkit_tune, command_line) {
-    for (const run_case& row : cli_rows)
+    for (const named_case& row : cli_rows)
         check(tune_board(), row);
 }

@@ -17,18 +17,23 @@ struct stub : property {
 
 // A composite's members are its own members' values, in order.
 TEST_F(unit_test, PropertySetSplitsChecksCountFirstAndNeverRollsBack) {
-    const struct { const char *text, *refuser, *err, *after; } rows[] = {
-        {"{1, 2,}", "", "", "{1, 2,}"}, {"{1,{2},3}", "", "", "{1,{2},3}"}, {"7", "", "", "{7,7,7}"},
-        {"{1,2,3", "", "", "{{1,2,3,{1,2,3,{1,2,3}"}, {"{,,,}", "", "4 != 3\n", "{a,b,c}"},
-        {"{}", "b", "1 != 3\n", "{a,b,c}"}, {"{1,2,3}", "b", "set failed\n", "{1,b,c}"}};
+    const struct { const char *name, *text, *refuser, *err, *after; } rows[] = {
+        {"blanks and an empty last member", "{1, 2,}", "", "", "{1, 2,}"},
+        {"inner braces are text", "{1,{2},3}", "", "", "{1,{2},3}"},
+        {"one value for all", "7", "", "", "{7,7,7}"},
+        {"no closing brace: one value", "{1,2,3", "", "", "{{1,2,3,{1,2,3,{1,2,3}"},
+        {"count checked first", "{,,,}", "", "4 != 3\n", "{a,b,c}"},
+        {"empty list", "{}", "b", "1 != 3\n", "{a,b,c}"},
+        {"a refusal stops, no rollback", "{1,2,3}", "b", "set failed\n", "{1,b,c}"}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         for (const char* name : {"a", "b", "c"})
             property::register_property("g", new stub(name, row.refuser == std::string(name)));
         property_set composite("s", {"a", "b", "c"});
         std::string after;
-        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(composite.set(row.text), !*row.err) << row.text; }), row.err);
+        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(composite.set(row.text), !*row.err); }), row.err);
         EXPECT_TRUE(composite.get(after));
-        EXPECT_EQ(after, row.after) << row.text;
+        EXPECT_EQ(after, row.after);
         property::free_all();
     }
 }

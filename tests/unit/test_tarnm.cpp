@@ -39,13 +39,25 @@ struct catalogue : unit_test {
 // The sequence of a write is checked end to end. A read shows the staged
 // word without reading the hardware, and each commit writes every staged word again.
 TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
-    const struct { uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
-        {0x45, "-3", 0x42}, {0x45, "-5", 0x00}, {0x45, "-7", 0x02}, {0x03, "+5", 0x42}, {0x03, "+3", 0x00},
-        {0x03, "-10", 0x0D}, {0x7E, "+5", 0x7F, true}, {0x45, "-68", 0x3F}, {0x45, "-69", 0x3F, true},
-        {0x03, "-9223372036854775808", 0x3F, true}, {0x45, "+9223372036854775807", 0x7F, true}};
+    const struct { const char* name; uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
+        {"+5 less 3 is +2", 0x45, "-3", 0x42},
+        {"+5 less 5 is -0", 0x45, "-5", 0x00},
+        {"+5 less 7 is -2", 0x45, "-7", 0x02},
+        {"-3 and 5 is +2", 0x03, "+5", 0x42},
+        {"-3 and 3 is -0", 0x03, "+3", 0x00},
+        {"-3 less 10 is -13", 0x03, "-10", 0x0D},
+        {"+62 and 1, onto the top", 0x7E, "+1", 0x7F},
+        {"+62 and 2, past the top", 0x7E, "+2", 0x7F, true},
+        {"+5 less 68, onto -63", 0x45, "-68", 0x3F},
+        {"+5 less 69, past -63", 0x45, "-69", 0x3F, true},
+        {"-3 less 60, onto -63", 0x03, "-60", 0x3F},
+        {"-3 less 61, past -63", 0x03, "-61", 0x3F, true},
+        {"least long long", 0x03, "-9223372036854775808", 0x3F, true},
+        {"largest long long", 0x45, "+9223372036854775807", 0x7F, true}};
     const uint32_t data = 0xF181A0;
     const std::string dq0 = "tarnm-ddrb-write7::dq0", dq8 = "tarnm-ddrb-write7::dq8";
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         forget_caches();
         fake_hw::words[data] = 0xff00 | row.code;
         char warning[160] = "";
@@ -53,13 +65,13 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
             snprintf(warning, sizeof warning,
                      "warning! applying %s to current value %u is out of range (0 ~ 127). adjusted to %u\n",
                      row.delta + (row.delta[0] == '+'), row.code, row.result);
-        EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(at(dq8)->set(row.delta)); }), warning) << row.delta;
+        EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(at(dq8)->set(row.delta)); }), warning);
         fake_hw::reset();  // the data word reads 0 from now on
         std::string read0, read8;
         EXPECT_TRUE(at(dq0)->set("1") && at(dq0)->get(read0) && at(dq8)->get(read8));
-        EXPECT_EQ(read0 + " " + read8, "1 " + std::to_string(row.result)) << row.delta;
+        EXPECT_EQ(read0 + " " + read8, "1 " + std::to_string(row.result));
         const fake_hw::accesses::value_type staged{'w', data, 0xff80 | row.result};  // with the update bit
-        EXPECT_EQ(std::count(fake_hw::log.begin(), fake_hw::log.end(), staged), 1) << row.delta;
+        EXPECT_EQ(std::count(fake_hw::log.begin(), fake_hw::log.end(), staged), 1);
     }
     fake_hw::reset();
     (*tarnm::tarnm_ddr_regs.begin())->commit();  // tarnm-ddra-read0: nothing staged

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Path resolution of the unit tests: every absolute path of the board lands in
+// A fake of path resolution for the unit tests: every absolute path of the board lands in
 // this process's temporary directory; any other path stops the tests at once,
 // so no test can reach a file of the host.
 #include <stdlib.h>

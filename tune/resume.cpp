@@ -35,12 +35,14 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     return guard.journal.create(options.journal_path, header);
 }
 
-bool journal_matches(const std::string& path, const journal_contents& journal, const std::vector<property*>& props) {
+bool journal_matches(const std::string& path, const journal_contents& journal,
+                     const std::vector<property*>& props) {
     bool same = journal.header.originals.size() == props.size();
     for (std::size_t at = 0; same && at < props.size(); ++at)
         same = journal.header.originals[at].first == props[at]->name;
     if (!same)
-        report("%s: its originals are not those of the properties it sweeps; nothing written", path.c_str());
+        report("%s: its originals are not those of the properties it sweeps; nothing written",
+               path.c_str());
     return same;
 }
 
@@ -60,8 +62,9 @@ std::vector<char*> argv_of(std::vector<std::string>& words) {
 }
 
 int resume_command(int argc, char** argv) {
-    static const option long_options[] = {
-        {"restore", no_argument, nullptr, 'r'}, {"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
+    static const option long_options[] = {{"restore", no_argument, nullptr, 'r'},
+                                          {"help", no_argument, nullptr, 'h'},
+                                          {nullptr, 0, nullptr, 0}};
     bool restore = false;
     optind = 0;
     for (int option; (option = getopt_long(argc, argv, "+h", long_options, nullptr)) != -1;) {
@@ -81,13 +84,15 @@ int resume_command(int argc, char** argv) {
     if (!guard.journal.resume(path, PADKIT_VERSION, &journal))
         return tune_status::bad_input;
     if (journal.ended) {
-        report("%s: the %s it records has ended; nothing written", path.c_str(), journal.header.command[0].c_str());
+        report("%s: the %s it records has ended; nothing written", path.c_str(),
+               journal.header.command[0].c_str());
         return tune_status::bad_input;
     }
     // Relative names in its command line mean what they meant then.
     if (chdir(journal.header.directory.c_str()) != 0) {
-        report("cannot enter %s, where the %s ran: %s; nothing written", journal.header.directory.c_str(),
-               journal.header.command[0].c_str(), std::strerror(errno));
+        report("cannot enter %s, where the %s ran: %s; nothing written",
+               journal.header.directory.c_str(), journal.header.command[0].c_str(),
+               std::strerror(errno));
         return tune_status::bad_input;
     }
     const std::string& kind = journal.header.command[0];

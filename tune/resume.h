@@ -22,7 +22,8 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
 
 // Whether the journal's originals are those of the properties, by name; says
 // why not.
-bool journal_matches(const std::string& path, const journal_contents& journal, const std::vector<property*>& props);
+bool journal_matches(const std::string& path, const journal_contents& journal,
+                     const std::vector<property*>& props);
 
 std::vector<std::string> originals_of(const journal_contents& journal);
 

@@ -36,8 +36,8 @@ std::string sorted_lines(const std::string& text) {
 strings run_words(const sim_board& b, strings words, const std::string& point, const std::string& kill,
                   const std::string& then, const std::string& pass) {
     words.insert(words.end(), {"--", "sh", "-c",
-                               "echo " + point + " >>" + (b.scratch / "runs").string() + "; [ " + point + " != " +
-                                   kill + " ] || " + then + "; " + pass});
+                               "echo " + point + " >>" + (b.scratch / "runs").string() + "; [ " + point +
+                                   " != " + kill + " ] || " + then + "; " + pass});
     return words;
 }
 
@@ -54,15 +54,16 @@ std::string settings_of(const std::string& profile) {
 // is on signed delays, kept at its centre's code; the shmoo is killed in the middle of a row
 // and passes only where the board holds Y.
 TEST(padkit_tune_journal, killed_and_resumed_as_if_in_one_go) {
-    const std::string dq3 = "tarnm-ddra-read0::dq3";
+    const std::string dq3 = "tarnm-ddra-read0::dq3", x_le_32 = "[ $PADKIT_SHMOO_X_VALUE -le 32 ]";
+    const std::string y_held =
+        "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
+    const strings shmoo = {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"};
+    // clang-format off
     const struct { const char* name; strings words; std::string point, kill, pass; strings dump; } rows[] = {
-        {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"}, sweep_value, "-2",
-         "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
-        {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"}, shmoo_point, "31,1",
-         "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && [ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM
-         "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]",
-         {"dump", "mmc::rdqs", "mac-tx::delay"}},
+        {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"}, sweep_value, "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
+        {"shmoo mid-row", shmoo, shmoo_point, "31,1", x_le_32 + " && " + y_held, {"dump", "mmc::rdqs", "mac-tx::delay"}},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         tune_board killed, whole;
@@ -107,16 +108,17 @@ TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused
                   .status,
               tune_status::ok);
     const std::string whole = slurp(journal), torn = whole.substr(0, whole.find("try \"mmc::rdqs\" \"33\"") - 6);
+    const std::string unkept = whole.substr(0, whole.size() - 4), foreign = replaced(torn, PADKIT_VERSION, "0.0.1");
+    // clang-format off
     const struct { const char* name; std::string text; int status; std::string out_or_err; } rows[] = {
         {"torn last line", torn, tune_status::ok, "mmc::rdqs  ##H#\n"},
-        {"stopped while keeping", whole.substr(0, whole.size() - 4), tune_status::not_done,
-         journal + ": the run stopped while it kept the centre; put back instead"},
+        {"stopped while keeping", unkept, tune_status::not_done, journal + ": the run stopped while it kept the centre; put back instead"},
         {"ended", whole, tune_status::bad_input, journal + ": the sweep it records has ended; nothing written"},
         {"garbled", replaced(torn, "\"31\"", "\"31"), tune_status::bad_input, journal + ":7: garbled record"},
         {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), tune_status::bad_input, "mmc::nothing"},
-        {"another version", replaced(torn, PADKIT_VERSION, "0.0.1"), tune_status::bad_input,
-         journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},
+        {"another version", foreign, tune_status::bad_input, journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},
     };
+    // clang-format on
     for (const auto& row : rows) {
         b.change("../j", row.text.c_str());
         std::remove(csv.c_str());
@@ -141,8 +143,8 @@ TEST(padkit_tune_journal, restore_after_kill_puts_back_every_original) {
     const std::string dq = "tarnm-ddra-read0::dq", journal = (b.scratch / "j").string();
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
-    ASSERT_EQ(b.run(run_words(b, {"sweep", "-y", "--journal", journal, dq, "0", "2"}, "$PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE",
-                              dq + "12", "kill -KILL $PPID", "true"))
+    ASSERT_EQ(b.run(run_words(b, {"sweep", "-y", "--journal", journal, dq, "0", "2"},
+                              "$PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE", dq + "12", "kill -KILL $PPID", "true"))
                   .status,
               128 + SIGKILL);
     ASSERT_NE(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
@@ -176,7 +178,8 @@ TEST(padkit_tune_journal, every_record_on_disk_before_the_next_write) {
     tune_board b;
     const std::string journal = (b.scratch / "j").string(), log = (b.scratch / "strace").string();
     b.launcher = {"strace", "-f", "-y", "-o", log, "-e", "trace=fsync,fdatasync,write,pwrite64"};
-    ASSERT_EQ(b.run({"sweep", "-y", "--journal", journal, "mac-tx::delay", "0", "3", "--", "true"}).status, tune_status::ok);
+    ASSERT_EQ(b.run({"sweep", "-y", "--journal", journal, "mac-tx::delay", "0", "3", "--", "true"}).status,
+              tune_status::ok);
     std::istringstream in(slurp(log));
     std::string events;
     for (std::string line; std::getline(in, line);)
@@ -185,5 +188,11 @@ TEST(padkit_tune_journal, every_record_on_disk_before_the_next_write) {
         else if (line.find(" fsync(") != std::string::npos && line.find(journal + ">") != std::string::npos)
             events += 'S';
     // The header; per value its try, the write, its result; the original put back; the end.
-    EXPECT_EQ(events, "S" "SWS" "SWS" "SWS" "SWS" "WS");
+    EXPECT_EQ(events,
+              "S"
+              "SWS"
+              "SWS"
+              "SWS"
+              "SWS"
+              "WS");
 }

@@ -18,12 +18,14 @@ std::string shown(const journal_contents& c) {
     std::string out;
     for (const journal_step& step : c.steps)
         out += step.point.back() + ":" + outcome_name(step.result) + " ";
-    return out + (c.in_flight ? "in-flight " : "") + (c.keeping ? "keeping " : "") + (c.ended ? "ended " : "") + std::to_string(c.length);
+    return out + (c.in_flight ? "in-flight " : "") + (c.keeping ? "keeping " : "") + (c.ended ? "ended " : "") +
+           std::to_string(c.length);
 }
 
 }  // namespace
 
 TEST(journal, ReaderAtItsEdges) {
+    // clang-format off
     const struct { const char* name; std::string text, expected; } rows[] = {
         {"steps", head + "try \"x\" \"1\"\nresult pass\ntry \"x\" \"2\"\nstop\ntry \"x\" \"2\"\nresult timeout\n",
          "1:pass 2:timeout 137"},
@@ -51,6 +53,7 @@ TEST(journal, ReaderAtItsEdges) {
         {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n",
          "no: 7: an original after the first try"},
     };
+    // clang-format on
     for (const auto& row : rows) {
         journal_contents contents;
         std::string problem;
@@ -62,7 +65,8 @@ TEST(journal, ReaderAtItsEdges) {
 TEST(journal, WrittenAndReadBackByteForByte) {
     const std::string path = system_path("/journal");
     std::remove(path.c_str());
-    const journal_header header{"1.0", "/a dir", {"sweep", "", "a \"b\" \\c", "line\nnext", "\xff\xfe\x7f"}, {{"x", "7"}}};
+    const journal_header header{
+        "1.0", "/a dir", {"sweep", "", "a \"b\" \\c", "line\nnext", "\xff\xfe\x7f"}, {{"x", "7"}}};
     journal_contents contents;
     {
         journal_file file;

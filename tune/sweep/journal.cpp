@@ -86,8 +86,8 @@ bool split_line(const std::string& line, parsed_line* out) {
                 field += static_cast<char>(c);
             } else if (at + 1 < line.size() && (line[at + 1] == '"' || line[at + 1] == '\\')) {
                 field += line[++at];
-            } else if (at + 3 < line.size() && line[at + 1] == 'x' && hex_digit(line[at + 2]) >= 0 &&
-                       hex_digit(line[at + 3]) >= 0) {
+            } else if (at + 3 < line.size() && line[at + 1] == 'x' &&
+                       hex_digit(line[at + 2]) >= 0 && hex_digit(line[at + 3]) >= 0) {
                 field += static_cast<char>(hex_digit(line[at + 2]) * 16 + hex_digit(line[at + 3]));
                 at += 3;
             } else {
@@ -190,7 +190,8 @@ bool parse_journal(const std::string& text, const std::string& version, journal_
         ++number;
         const std::string wrong = split_line(text.substr(start, newline - start), &line)
                                       ? take_record(line, number, version, contents)
-                                      : number == 1 ? "not a padkit-tune journal" : "garbled record";
+                                  : number == 1 ? "not a padkit-tune journal"
+                                                : "garbled record";
         if (!wrong.empty()) {
             *problem = std::to_string(number) + ": " + wrong;
             return false;
@@ -212,22 +213,26 @@ journal_file::~journal_file() {
 bool journal_file::create(const std::string& path, const journal_header& header) {
     fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0644);
     if (fd < 0) {
-        report("cannot create the journal %s: %s; nothing written", path.c_str(), std::strerror(errno));
+        report("cannot create the journal %s: %s; nothing written", path.c_str(),
+               std::strerror(errno));
         return false;
     }
     path_ = path;
     flock(fd, LOCK_EX | LOCK_NB);
-    std::string text = record("journal", {header.version}) + record("directory", {header.directory}) +
-                       record("command", header.command);
+    std::string text = record("journal", {header.version}) +
+                       record("directory", {header.directory}) + record("command", header.command);
     for (const auto& [name, value] : header.originals)
         text += record("original", {name, value});
     // The new name is in its directory only once the directory is on disk.
     const std::string::size_type slash = path.rfind('/');
-    const std::string directory = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+    const std::string directory = slash == std::string::npos ? "."
+                                  : slash == 0               ? "/"
+                                                             : path.substr(0, slash);
     bool durable = append(text);
     const int dir_fd = durable ? open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
     if (durable && (dir_fd < 0 || fsync(dir_fd) != 0)) {
-        report("cannot write the journal's directory %s: %s", directory.c_str(), std::strerror(errno));
+        report("cannot write the journal's directory %s: %s", directory.c_str(),
+               std::strerror(errno));
         durable = false;
     }
     if (dir_fd >= 0)
@@ -240,7 +245,8 @@ bool journal_file::create(const std::string& path, const journal_header& header)
     return false;
 }
 
-bool journal_file::resume(const std::string& path, const std::string& version, journal_contents* contents) {
+bool journal_file::resume(const std::string& path, const std::string& version,
+                          journal_contents* contents) {
     path_ = path;
     // Not blocking on a FIFO or device named by mistake.
     fd = open(path.c_str(), O_RDWR | O_APPEND | O_NONBLOCK | O_CLOEXEC);

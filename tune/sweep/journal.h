@@ -33,7 +33,7 @@ using journal_point = std::vector<std::string>;
 struct journal_step {
     journal_point point;  // what was tried: a sweep's name and value
     outcome result;
-    std::size_t line;     // of its try record, for messages
+    std::size_t line;  // of its try record, for messages
 };
 
 struct journal_header {
@@ -47,7 +47,7 @@ struct journal_contents {
     // Measured, in order. A try left without a result is the last step, a hang.
     std::vector<journal_step> steps;
     bool in_flight = false;  // the last step is such a hang, not yet recorded as one
-    bool keeping = false;  // a keep record: the run was keeping the centre
+    bool keeping = false;    // a keep record: the run was keeping the centre
     bool ended = false;
     std::size_t length = 0;  // up to the end of the last whole line
 };

@@ -48,13 +48,18 @@ void watchdog_keeper::close() {
         return;
     watchdog_info info{};
     // A driver that says nothing (or a stand-in file) is taken at its word.
-    const bool ignored = ioctl(fd, WDIOC_GETSUPPORT, &info) == 0 && !(info.options & WDIOF_MAGICCLOSE);
+    const bool ignored =
+        ioctl(fd, WDIOC_GETSUPPORT, &info) == 0 && !(info.options & WDIOF_MAGICCLOSE);
     if (write(fd, &magic_close, 1) != 1)
-        report("cannot write the magic close to the watchdog %s: %s; it stays armed and will reset the board",
-               device.c_str(), std::strerror(errno));
+        report(
+            "cannot write the magic close to the watchdog %s: %s; it stays armed and will reset "
+            "the board",
+            device.c_str(), std::strerror(errno));
     else if (ignored)
-        report("the watchdog %s does not take the magic close; it stays armed and will reset the board",
-               device.c_str());
+        report(
+            "the watchdog %s does not take the magic close; it stays armed and will reset the "
+            "board",
+            device.c_str());
     ::close(fd);
     fd = -1;
 }

@@ -261,20 +261,5 @@ int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restor
     sweep resumed(options, plan, csv.get(), svg.get(), options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
                   originals_of(journal));
-    for (std::size_t step = 0; step < journal.steps.size(); ++step) {
-        if (step >= plan.rows.size() * plan.axis.size() || journal.steps[step].point != resumed.point(step)) {
-            report("%s:%zu: not the next value of this sweep; nothing written", guard.journal.path().c_str(),
-                   journal.steps[step].line);
-            return tune_status::bad_input;
-        }
-        resumed.add(step, journal.steps[step].result);
-    }
-    if (!restore && !arm_watchdog(options, guard))
-        return tune_status::bad_input;
-    if (journal.in_flight && !guard.journal.finished(outcome::hang))
-        return tune_status::not_done;
-    if (restore)
-        return resumed.restore();
-    resumed.put_back_all();
-    return resumed.run();
+    return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal, restore);
 }

@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo merge trial bless -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge trial bless -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == merge ]]; then
@@ -34,7 +34,7 @@ _padkit_tune()
         done
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
-            --csv | --svg | --profile) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
             --step | --xstep | --ystep | --runs | --timeout) return ;;
         esac
     fi
@@ -46,10 +46,12 @@ _padkit_tune()
         trial:-*) mapfile -t COMPREPLY < <(compgen -W "--tries --now --status --json --remove" -- "$cur") ;;
         bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --" -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
+                --watchdog --" -- "$cur") ;;
         shmoo:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --runs --timeout --keep --csv --svg --profile --" \
-                -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --runs --timeout --keep --csv --svg --profile
+                --journal --watchdog --" -- "$cur") ;;
+        resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The
             # listing's group lines have no tab; sweep takes no group.
@@ -62,7 +64,7 @@ _padkit_tune()
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:* | trial:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        diff:* | apply:* | trial:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

@@ -12,6 +12,7 @@ int diff_command(int argc, char** argv);
 int apply_command(int argc, char** argv);
 int sweep_command(int argc, char** argv);
 int shmoo_command(int argc, char** argv);
+int resume_command(int argc, char** argv);
 int trial_command(int argc, char** argv);
 int bless_command(int argc, char** argv);
 int merge_command(int argc, char** argv);

@@ -80,7 +80,7 @@ bool on_axis(property* prop, long long value) {
 }
 
 bool parse_outcome(const std::string& text, outcome* result) {
-    for (outcome each : {outcome::pass, outcome::fail, outcome::timeout})
+    for (outcome each : {outcome::pass, outcome::fail, outcome::timeout, outcome::hang})
         if (text == outcome_name(each))
             return *result = each, true;
     return false;
@@ -108,7 +108,7 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
         return *problem = name + ": " + value_text + " is not on its axis", false;
     outcome result = outcome::pass;
     if (!parse_outcome(result_text, &result))
-        return *problem = "'" + shown(result_text) + "' is not pass, fail or timeout", false;
+        return *problem = "'" + shown(result_text) + "' is not pass, fail, timeout or hang", false;
     board_cells& cells = file->cells[name];
     if (cells.values.empty())
         file->names.push_back(name);

@@ -16,6 +16,7 @@
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/resume.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
@@ -83,6 +84,23 @@ std::string range_text(const shmoo_axis& axis) {
            std::to_string(visits.size()) + (visits.size() == 1 ? " value)" : " values)");
 }
 
+// What a new shmoo and a resumed one check before anything is written.
+bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
+    if (!plan_axis(options.x, x) || !plan_axis(options.y, y))
+        return false;
+    if (x->prop == y->prop) {
+        report("X and Y are both %s; a shmoo takes two different properties", x->prop->name.c_str());
+        return false;
+    }
+    const std::size_t points = x->visits.size() * y->visits.size();
+    if (points > max_shmoo_points) {
+        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x->visits.size(), y->visits.size(),
+               max_shmoo_points);
+        return false;
+    }
+    return command_ready(options);
+}
+
 // Where the original value lies on the rising axis, if it is one of its values.
 std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
     long long value = 0;
@@ -93,69 +111,97 @@ std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_
 
 class shmoo {
 public:
-    // The files, when given, are open already.
+    // The files, when given, are open already; ORIGINALS are X's and Y's. A
+    // resumed shmoo is given the points its journal says were measured
+    // (add) before it runs.
     shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
-          whole_file* profile, std::string profile_header)
+          whole_file* profile, std::string profile_header, hang_guard& guard,
+          const std::vector<std::string>& originals)
         : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), profile(profile),
-          profile_header(std::move(profile_header)), progress(stderr, isatty(STDERR_FILENO), "point"),
-          results(this->x.rising(), this->y.rising()) {}
+          profile_header(std::move(profile_header)), guard(guard), progress(stderr, isatty(STDERR_FILENO), "point"),
+          results(this->x.rising(), this->y.rising()) {
+        this->x.original = originals[0];
+        this->y.original = originals[1];
+        const std::optional<std::size_t> original_x = original_position(this->x, results.x),
+                                         original_y = original_position(this->y, results.y);
+        results.original_x = original_x ? results.x.text_at(*original_x) : this->x.original;
+        results.original_y = original_y ? results.y.text_at(*original_y) : this->y.original;
+        if (original_x && original_y)
+            results.original = grid_point{*original_x, *original_y};
+    }
+
+    // The point a step of the journal must name: the axis values of X and Y.
+    journal_point point(std::size_t step) const {
+        return {std::to_string(x.visits.values[step % x.visits.size()]),
+                std::to_string(y.visits.values[step / x.visits.size()])};
+    }
+
+    void add(std::size_t step, outcome result) {
+        const std::size_t row = step / x.visits.size(), column = step % x.visits.size();
+        const grid_point at{x.other_order(column), y.other_order(row)};
+        results.cells[at.y][at.x] = result;
+        if (csv) {
+            print_grid_csv_point(csv, results, at);
+            std::fflush(csv);
+        }
+        done = step + 1;
+    }
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
-        std::vector<std::string> originals;
-        if (!read_locked({x.prop, y.prop}, &originals))
-            return tune_status::bad_input;
-        x.original = originals[0];
-        y.original = originals[1];
-        const std::optional<std::size_t> original_x = original_position(x, results.x),
-                                         original_y = original_position(y, results.y);
-        results.original_x = original_x ? results.x.text_at(*original_x) : x.original;
-        results.original_y = original_y ? results.y.text_at(*original_y) : y.original;
-        if (original_x && original_y)
-            results.original = grid_point{*original_x, *original_y};
-        for (std::size_t row = 0; row < y.visits.size() && ended == point_result::measured; ++row)
-            for (std::size_t column = 0; column < x.visits.size() && ended == point_result::measured; ++column)
-                measure(row, column);
+        for (std::size_t step = done; step < x.visits.size() * y.visits.size() && ended == point_result::measured;
+             ++step)
+            measure(step / x.visits.size(), step % x.visits.size());
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
             ended = point_result::interrupted;
         const std::optional<safest_point> safest = find_safest(results, results.original);
-        if (ended == point_result::measured && options.keep_centre && safest)
+        if (ended == point_result::measured && options.keep_centre && safest && guard.keeping())
             keep(*safest);
         else
             put_back();
         return finish(safest);
     }
 
+    // Both settings back at their originals, whatever a run before left.
+    void put_back_all() {
+        changed = true;
+        put_back();
+    }
+
+    // resume --restore: the originals put back, the chart so far, the journal ended.
+    int restore() {
+        put_back_all();
+        print_grid_chart(stdout, results, find_safest(results, results.original), terminal_columns(STDOUT_FILENO));
+        guard.close(true);
+        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+    }
+
 private:
     void measure(std::size_t row, std::size_t column) {
         std::vector<setting> changes;
-        // The slow one, a voltage say, changes once a row.
-        if (column == 0)
+        // The slow one, a voltage say, changes once a row, and first of all
+        // where a resumed shmoo carries on in the middle of a row.
+        if (column == 0 || !y_written)
             changes.push_back({y.prop, y.settings[row]});
+        y_written = true;
         changes.push_back({x.prop, x.settings[column]});
         changed = true;
-        const std::size_t index = row * x.visits.size() + column + 1;
+        const std::size_t step = row * x.visits.size() + column;
         progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
                           y.visits.text_at(row),
-                      index, x.visits.size() * y.visits.size());
+                      step + 1, x.visits.size() * y.visits.size());
         const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
                                    {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
                                    {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
                                    {"PADKIT_SHMOO_Y_NAME", y.prop->name},
                                    {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
                                    {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
-        const point_result got = test_point(changes, options, names, stop, progress);
+        const point_result got = test_point(changes, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
-        if (got.what != point_result::measured)
-            return;
-        const grid_point at{x.other_order(column), y.other_order(row)};
-        results.cells[at.y][at.x] = got.result;
-        if (csv) {
-            print_grid_csv_point(csv, results, at);
-            std::fflush(csv);
-        }
+        if (got.what == point_result::measured)
+            add(step, got.result);
     }
 
     void put_back() {
@@ -180,6 +226,7 @@ private:
     // The files first, standard output last: a reader of the output that
     // goes away early costs no result.
     int finish(const std::optional<safest_point>& safest) {
+        guard.close(ended != point_result::interrupted);
         bool files_written = !csv || (std::fflush(csv) == 0 && !std::ferror(csv));
         if (!files_written)
             report("cannot write %s: %s", options.csv_path.c_str(), std::strerror(errno));
@@ -205,8 +252,9 @@ private:
             return tune_status::left_changed;
         if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == point_result::write_failed || !safest || !files_written ? tune_status::not_done
-                                                                                 : tune_status::ok;
+        return ended == point_result::write_failed || !safest || !files_written || guard.failed()
+                   ? tune_status::not_done
+                   : tune_status::ok;
     }
 
     // Only a shmoo that measured every point gives a profile: both settings
@@ -237,12 +285,15 @@ private:
     std::FILE* svg;
     whole_file* profile;
     const std::string profile_header;
+    hang_guard& guard;
     const stop_signals stop;
     progress_line progress;
     grid_results results;
     point_result::kind ended = point_result::measured;
     int stop_signal = 0;
+    std::size_t done = 0;  // the steps measured
     bool changed = false, left_changed = false;
+    bool y_written = false;  // by this run
 };
 
 }  // namespace
@@ -259,22 +310,8 @@ int shmoo_command(int argc, char** argv) {
         break;
     }
     shmoo_axis x, y;
-    if (!plan_axis(options.x, &x) || !plan_axis(options.y, &y))
+    if (!ready(options, &x, &y))
         return tune_status::bad_input;
-    if (x.prop == y.prop) {
-        report("X and Y are both %s; a shmoo takes two different properties", x.prop->name.c_str());
-        return tune_status::bad_input;
-    }
-    const std::size_t points = x.visits.size() * y.visits.size();
-    if (points > max_shmoo_points) {
-        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x.visits.size(), y.visits.size(),
-               max_shmoo_points);
-        return tune_status::bad_input;
-    }
-    if (!command_exists(options.command.front())) {
-        report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-        return tune_status::bad_input;
-    }
     const std::string warning = "WARNING! This shmoo sweeps " + range_text(x) + " against " + range_text(y) +
                                 " on the running board. A value outside its working window can hang the "
                                 "system or corrupt memory and storage.";
@@ -284,11 +321,32 @@ int shmoo_command(int argc, char** argv) {
     if (!open_output(options.csv_path, &csv, print_grid_csv_header) || !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
     whole_file profile;
-    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
-        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+    if (!open_profile(options, &profile))
         return tune_status::bad_input;
-    }
+    std::vector<std::string> originals;
+    hang_guard guard;
+    if (!start_guard(options, {x.prop, y.prop}, &originals, guard))
+        return tune_status::bad_input;
     return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
-                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv))
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv), guard, originals)
         .run();
+}
+
+int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restore) {
+    shmoo_options options;
+    std::vector<std::string> words = journal.header.command;
+    shmoo_axis x, y;
+    if (parse_shmoo_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run ||
+        !ready(options, &x, &y) || !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}))
+        return tune_status::bad_input;
+    const std::size_t points = x.visits.size() * y.visits.size();
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    whole_file profile;
+    if (!restore && (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+                     !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
+        return tune_status::bad_input;
+    shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(),
+                  options.profile_path.empty() || restore ? nullptr : &profile,
+                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard, originals_of(journal));
+    return carry_on(resumed, points, "point", options, guard, journal, restore);
 }

@@ -6,180 +6,131 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
-#include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
-#include "tune/profile/board_io.h"
+#include "tune/resume.h"
 #include "tune/sweep/chart.h"
-#include "tune/sweep/command_run.h"
-#include "tune/sweep/consent.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
-#include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
 #include "tune/test_run.h"
 
 namespace {
 
-// Why a sweep ended before its last value.
-enum class cut { none, signal, not_started, write_failed };
-
 class sweep {
 public:
-    // The files, when given, are open already.
+    // The files, when given, are open already; ORIGINALS are the rows'. A
+    // resumed sweep is given the steps its journal says were measured (add)
+    // before it runs.
     sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, whole_file* profile,
-          std::string profile_header)
+          std::string profile_header, hang_guard& guard, std::vector<std::string> originals)
         : options(options),
           plan(plan),
           csv(csv),
           svg(svg),
           profile(profile),
           profile_header(std::move(profile_header)),
+          guard(guard),
+          originals(std::move(originals)),
           progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
         results.group = plan.group;
     }
 
-    // Returns the exit status, unless a stop signal ends the program.
-    int run() {
-        if (!read_originals()) {
-            if (ended != cut::signal)
-                return tune_status::bad_input;
-            report("interrupted by %s; nothing written", strsignal(stop_signal));
-            stop_signals::die_of(stop_signal);
-        }
-        for (std::size_t row = 0; row < plan.rows.size() && ended == cut::none; ++row) {
+    // The point a step of the journal must name: the row and its axis value.
+    journal_point point(std::size_t step) const {
+        return {plan.rows[step / plan.axis.size()]->name, std::to_string(plan.axis.values[step % plan.axis.size()])};
+    }
+
+    // Steps go row by row, each over the axis.
+    void add(std::size_t step, outcome result) {
+        const std::size_t row = step / plan.axis.size();
+        if (step % plan.axis.size() == 0) {
             results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
             long long original = 0;
             if (plan.rows[row]->axis_value_of(originals[row], &original))
                 results.rows.back().original = original;
-            for (std::size_t at = 0; at < plan.axis.size() && ended == cut::none; ++at)
-                measure(row, at);
-            // The next row runs with this one as it was.
-            put_back(row);
         }
-        progress.clear();
-        if (ended == cut::none && (stop_signal = stop.take()) != 0)
-            ended = cut::signal;
-        bool every_window = true;
-        for (std::size_t row = 0; row < results.rows.size(); ++row) {
-            const sweep_window window = widest_window(results.rows[row].results);
-            every_window = every_window && window.count > 0;
-            if (ended == cut::none && options.keep_centre && window.count > 0)
-                keep_centre(row, window_centre(window, plan.axis.values));
-        }
-        return finish(every_window);
-    }
-
-private:
-    // Takes the lock; a stop signal that arrives while it waits ends the sweep.
-    bool lock() {
-        int signal = 0;
-        if (take_run_lock(stop.set(), &signal))
-            return true;
-        if (signal) {
-            stop_signal = signal;
-            ended = cut::signal;
-        }
-        return false;
-    }
-
-    // Writes and reads back under the lock, which is free again afterwards so
-    // that the command may run padkit itself.
-    bool locked_write(property* prop, const std::string& value) {
-        if (!lock())
-            return false;
-        std::string problem;
-        const bool written = write_checked(prop, value, &problem);
-        release_run_lock();
-        if (!written)
-            report("%s: %s", prop->name.c_str(), problem.c_str());
-        return written;
-    }
-
-    bool read_originals() {
-        if (!lock())
-            return false;
-        bool good = true;
-        for (property* row : plan.rows) {
-            originals.emplace_back();
-            good = read_now(row, &originals.back());
-            if (!good) {
-                report("%s: unreadable; nothing written", row->name.c_str());
-                break;
-            }
-        }
-        release_run_lock();
-        return good;
-    }
-
-    void measure(std::size_t row, std::size_t at) {
-        property* prop = plan.rows[row];
-        const std::string& setting = plan.settings[row][at];
-        if ((stop_signal = stop.take()) != 0) {
-            ended = cut::signal;
-            return;
-        }
-        progress.show(prop->name + " = " + plan.axis.text_at(at), row * plan.axis.size() + at + 1,
-                      plan.rows.size() * plan.axis.size());
-        if (!locked_write(prop, setting)) {
-            if (ended == cut::none)
-                ended = cut::write_failed;
-            return;
-        }
-        const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
-                                   {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
-                                   {"PADKIT_SWEEP_SETTING", setting}};
-        outcome result = outcome::pass;
-        for (long long run = 0; run < options.runs && result == outcome::pass; ++run) {
-            const command_result got =
-                run_command(options.command, names, options.timeout_seconds, stop, [this] { progress.refresh(); });
-            switch (got.what) {
-            case command_result::passed:
-                break;
-            case command_result::failed:
-                result = outcome::fail;
-                break;
-            case command_result::timed_out:
-                result = outcome::timeout;
-                break;
-            case command_result::not_started:
-                progress.clear();
-                report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
-                ended = cut::not_started;
-                return;
-            case command_result::interrupted:
-                stop_signal = got.detail;
-                ended = cut::signal;
-                return;
-            }
-        }
-        results.rows[row].results.push_back(result);
+        results.rows.back().results.push_back(result);
+        done = step + 1;
         // Each measured value reaches the file at once, so that a sweep cut
         // short keeps it.
         if (csv) {
-            print_csv_line(csv, prop->name, plan.axis.text_at(at), result);
+            print_csv_line(csv, results.rows.back().name, plan.axis.text_at(step % plan.axis.size()), result);
             file_written(csv, options.csv_path, &csv_written);
         }
     }
 
+    // Returns the exit status, unless a stop signal ends the program.
+    int run() {
+        const std::size_t values = plan.axis.size();
+        for (std::size_t step = done; step < plan.rows.size() * values && ended == point_result::measured; ++step) {
+            measure(step);
+            // The next row runs with this one as it was.
+            if ((step + 1) % values == 0 || ended != point_result::measured)
+                put_back(step / values);
+        }
+        progress.clear();
+        if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
+            ended = point_result::interrupted;
+        std::vector<sweep_window> windows;
+        for (const sweep_row& row : results.rows)
+            windows.push_back(widest_window(row.results));
+        const auto has_window = [](const sweep_window& window) { return window.count > 0; };
+        if (ended == point_result::measured && options.keep_centre &&
+            std::any_of(windows.begin(), windows.end(), has_window) && guard.keeping())
+            for (std::size_t row = 0; row < windows.size(); ++row)
+                if (has_window(windows[row]))
+                    keep_centre(row, window_centre(windows[row], plan.axis.values));
+        return finish(std::all_of(windows.begin(), windows.end(), has_window));
+    }
+
+    // Every row back at its original value, as before the first write.
+    void put_back_all() {
+        for (std::size_t row = 0; row < plan.rows.size(); ++row)
+            put_back(row);
+    }
+
+    // resume --restore: the originals put back, the chart so far, the journal ended.
+    int restore() {
+        put_back_all();
+        print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
+        guard.close(true);
+        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+    }
+
+private:
+    void measure(std::size_t step) {
+        const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
+        property* prop = plan.rows[row];
+        const std::string& value = plan.settings[row][at];
+        progress.show(prop->name + " = " + plan.axis.text_at(at), step + 1, plan.rows.size() * plan.axis.size());
+        const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
+                                   {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
+                                   {"PADKIT_SWEEP_SETTING", value}};
+        const point_result got = test_point({{prop, value}}, point(step), options, names, stop, progress, guard);
+        ended = got.what;
+        stop_signal = got.signal;
+        if (got.what == point_result::measured)
+            add(step, got.result);
+    }
+
     void put_back(std::size_t row) {
-        if (!locked_write(plan.rows[row], originals[row])) {
+        if (!write_locked({{plan.rows[row], originals[row]}}, &stop)) {
             report("%s: left changed; it was %s", plan.rows[row]->name.c_str(), originals[row].c_str());
             left_changed = true;
         }
     }
 
     void keep_centre(std::size_t row, std::size_t centre) {
-        if (locked_write(plan.rows[row], plan.settings[row][centre]))
+        if (write_locked({{plan.rows[row], plan.settings[row][centre]}}, &stop))
             report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
                    value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
@@ -189,6 +140,7 @@ private:
     // The files first, standard output last: a reader of the output that
     // goes away early costs no result.
     int finish(bool every_window) {
+        guard.close(ended != point_result::interrupted);
         bool svg_written = true;
         if (svg) {
             print_svg(svg, {results}, "padkit-tune sweep");
@@ -197,7 +149,7 @@ private:
         const bool profile_written = write_profile();
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
-        if (ended == cut::signal) {
+        if (ended == point_result::interrupted) {
             report("interrupted by %s; %s", strsignal(stop_signal),
                    left_changed ? "not everything restored" : "every swept property restored");
             if (!left_changed)
@@ -205,9 +157,10 @@ private:
         }
         if (left_changed)
             return tune_status::left_changed;
-        if (ended == cut::not_started)
+        if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == cut::write_failed || !every_window || !csv_written || !svg_written || !profile_written
+        return ended == point_result::write_failed || !every_window || !csv_written || !svg_written ||
+                       !profile_written || guard.failed()
                    ? tune_status::not_done
                    : tune_status::ok;
     }
@@ -216,7 +169,7 @@ private:
     bool write_profile() {
         if (!profile)
             return true;
-        if (ended != cut::none) {
+        if (ended != point_result::measured) {
             profile->discard();
             report("%s: not written; the sweep did not finish", options.profile_path.c_str());
             return false;
@@ -244,12 +197,14 @@ private:
     std::FILE* svg;
     whole_file* profile;
     const std::string profile_header;
+    hang_guard& guard;
+    const std::vector<std::string> originals;
     const stop_signals stop;
     progress_line progress;
     sweep_results results;
-    std::vector<std::string> originals;
-    cut ended = cut::none;
+    point_result::kind ended = point_result::measured;
     int stop_signal = 0;
+    std::size_t done = 0;  // the steps measured
     bool left_changed = false;
     bool csv_written = true;
 };
@@ -260,23 +215,9 @@ std::string range_text(const sweep_plan& plan) {
            (axis.size() == 1 ? " value)" : " values)");
 }
 
-bool confirmed(const sweep_options& options, const sweep_plan& plan) {
-    if (options.assume_yes)
-        return true;
-    const std::string warning = "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
-                                " on the running board. A value outside its working window can hang the "
-                                "system or corrupt memory and storage.";
-    switch (ask_consent(warning, stdin, isatty(STDIN_FILENO), stderr)) {
-    case consent::given:
-        return true;
-    case consent::refused:
-        report("sweep cancelled; nothing written");
-        return false;
-    case consent::no_terminal:
-        report("standard input is not a terminal; give -y to sweep without asking");
-        return false;
-    }
-    return false;
+// What a new sweep and a resumed one check before anything is written.
+bool ready(const sweep_options& options, sweep_plan* plan) {
+    return plan_sweep(options, plan) && command_ready(options);
 }
 
 }  // namespace
@@ -293,23 +234,42 @@ int sweep_command(int argc, char** argv) {
         break;
     }
     sweep_plan plan;
-    if (!plan_sweep(options, &plan))
+    if (!ready(options, &plan))
         return tune_status::bad_input;
-    if (!command_exists(options.command.front())) {
-        report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
-        return tune_status::bad_input;
-    }
-    if (!confirmed(options, plan))
+    const std::string warning = "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
+                                " on the running board. A value outside its working window can hang the "
+                                "system or corrupt memory and storage.";
+    if (!confirmed(options, warning, "sweep"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr))
-        return tune_status::bad_input;
     whole_file profile;
-    if (!options.profile_path.empty() && !profile.open(options.profile_path)) {
-        report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+    if (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr) ||
+        !open_profile(options, &profile))
         return tune_status::bad_input;
-    }
+    std::vector<std::string> originals;
+    hang_guard guard;
+    if (!start_guard(options, plan.rows, &originals, guard))
+        return tune_status::bad_input;
     return sweep(options, plan, csv.get(), svg.get(), options.profile_path.empty() ? nullptr : &profile,
-                 profile_header(argc, argv))
+                 profile_header(argc, argv), guard, std::move(originals))
         .run();
+}
+
+int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restore) {
+    sweep_options options;
+    std::vector<std::string> words = journal.header.command;
+    if (parse_sweep_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run)
+        return tune_status::bad_input;
+    sweep_plan plan;
+    if (!ready(options, &plan) || !journal_matches(guard.journal.path(), journal, plan.rows))
+        return tune_status::bad_input;
+    file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
+    whole_file profile;
+    if (!restore && (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr) ||
+                     !open_profile(options, &profile)))
+        return tune_status::bad_input;
+    sweep resumed(options, plan, csv.get(), svg.get(), options.profile_path.empty() || restore ? nullptr : &profile,
+                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
+                  originals_of(journal));
+    return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal, restore);
 }

@@ -98,6 +98,12 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
     case 'p':
         options.profile_path = arg;
         return true;
+    case 'j':
+        options.journal_path = arg;
+        return true;
+    case 'w':
+        options.watchdog_path = arg;
+        return true;
     }
     const step_option& step = steps.at(static_cast<std::size_t>(option - first_step_option));
     return parse_nonzero((std::string("--") + step.name).c_str(), arg, step.step);
@@ -115,6 +121,7 @@ sweep_request parse_words(int argc, char** argv, test_options& options, const st
         {"runs", required_argument, nullptr, 'r'}, {"timeout", required_argument, nullptr, 't'},
         {"keep", required_argument, nullptr, 'k'}, {"csv", required_argument, nullptr, 'c'},
         {"svg", required_argument, nullptr, 'g'},  {"profile", required_argument, nullptr, 'p'},
+        {"journal", required_argument, nullptr, 'j'}, {"watchdog", required_argument, nullptr, 'w'},
         {"help", no_argument, nullptr, 'h'}};
     for (std::size_t at = 0; at < steps.size(); ++at)
         long_options.push_back({steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
@@ -145,7 +152,12 @@ sweep_request parse_words(int argc, char** argv, test_options& options, const st
         usage_error(std::string(argv[0]) + " needs " + names + ", then -- and the command");
         return sweep_request::bad;
     }
+    if (!options.watchdog_path.empty() && options.journal_path.empty()) {
+        usage_error("--watchdog needs --journal: a reset without a journal loses the whole run");
+        return sweep_request::bad;
+    }
     options.command.assign(argv + separator + 1, argv + argc);
+    options.words.assign(argv, argv + argc);
     return sweep_request::run;
 }
 

@@ -14,7 +14,9 @@ struct test_options {
     double timeout_seconds = 60;
     bool keep_centre = false;
     std::string csv_path, svg_path, profile_path;
+    std::string journal_path, watchdog_path;
     std::vector<std::string> command;
+    std::vector<std::string> words;  // all of the subcommand's, as given, for the journal
 };
 
 // One swept property and its range.

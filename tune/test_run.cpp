@@ -13,8 +13,22 @@
 #include "tune/profile/board_io.h"
 #include "tune/sweep/consent.h"
 
-bool write_locked(const std::vector<setting>& settings) {
-    if (!take_run_lock())
+namespace {
+
+// Takes the lock; with STOP, a stop signal that arrives while it waits ends
+// the wait, and is given in *signal.
+bool lock(const stop_signals* stop, int* signal) {
+    int arrived = 0;
+    const bool taken = stop ? take_run_lock(stop->set(), &arrived) : take_run_lock();
+    if (signal)
+        *signal = arrived;
+    return taken;
+}
+
+}  // namespace
+
+bool write_locked(const std::vector<setting>& settings, const stop_signals* stop, int* signal) {
+    if (!lock(stop, signal))
         return false;
     for (const setting& change : settings) {
         std::string problem;
@@ -44,15 +58,15 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
     return good;
 }
 
-point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
-                        const stop_signals& stop, progress_line& progress) {
-    if (const int signal = stop.take())
-        return {point_result::interrupted, outcome::fail, signal};
-    if (!write_locked(changes))
-        return {point_result::write_failed, outcome::fail, 0};
+namespace {
+
+point_result run_tests(const test_options& options, const environment& names, const stop_signals& stop,
+                       progress_line& progress, hang_guard& guard) {
     for (long long run = 0; run < options.runs; ++run) {
-        const command_result got =
-            run_command(options.command, names, options.timeout_seconds, stop, [&] { progress.refresh(); });
+        const command_result got = run_command(options.command, names, options.timeout_seconds, stop, [&] {
+            progress.refresh();
+            guard.watchdog.keep_alive();
+        });
         switch (got.what) {
         case command_result::passed:
             break;
@@ -71,6 +85,26 @@ point_result test_point(const std::vector<setting>& changes, const test_options&
     return {point_result::measured, outcome::pass, 0};
 }
 
+}  // namespace
+
+point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
+                        const environment& names, const stop_signals& stop, progress_line& progress,
+                        hang_guard& guard) {
+    if (const int signal = stop.take())
+        return {point_result::interrupted, outcome::fail, signal};
+    if (!guard.trying(point))
+        return {point_result::write_failed, outcome::fail, 0};
+    int signal = 0;
+    const point_result got = write_locked(changes, &stop, &signal) ? run_tests(options, names, stop, progress, guard)
+                             : signal ? point_result{point_result::interrupted, outcome::fail, signal}
+                                      : point_result{point_result::write_failed, outcome::fail, 0};
+    if (got.what == point_result::measured)
+        guard.measured(got.result);
+    else
+        guard.not_measured();
+    return got;
+}
+
 bool confirmed(const test_options& options, const std::string& warning, const char* what) {
     if (options.assume_yes)
         return true;
@@ -87,6 +121,13 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
     return false;
 }
 
+bool command_ready(const test_options& options) {
+    if (command_exists(options.command.front()))
+        return true;
+    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
+    return false;
+}
+
 // Close-on-exec, since the test command has no business with it.
 bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
     if (path.empty())
@@ -97,6 +138,13 @@ bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FI
     if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
         return true;
     report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
+    return false;
+}
+
+bool open_profile(const test_options& options, whole_file* profile) {
+    if (options.profile_path.empty() || profile->open(options.profile_path))
+        return true;
+    report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
     return false;
 }
 

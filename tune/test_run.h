@@ -14,7 +14,9 @@
 #include "runtime/stop_signals.h"
 #include "tune/profile/profile.h"
 #include "tune/sweep/command_run.h"
+#include "tune/sweep/hang_guard.h"
 #include "tune/sweep/progress.h"
+#include "tune/sweep/whole_file.h"
 #include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
 
@@ -26,8 +28,10 @@ struct point_result {
 };
 
 // Takes the lock, writes the settings in order, each read back, and releases
-// it, so that the command may run padkit itself. Says what failed.
-bool write_locked(const std::vector<setting>& settings);
+// it, so that the command may run padkit itself. Says what failed. With
+// STOP, a stop signal that arrives while it waits for the lock ends the
+// wait: false, with the signal in *signal (when given).
+bool write_locked(const std::vector<setting>& settings, const stop_signals* stop = nullptr, int* signal = nullptr);
 
 // The values of the properties as the hardware holds them, under the lock;
 // says which cannot be read.
@@ -35,14 +39,21 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
 
 // Writes the changes, then runs the command up to options.runs times with
 // the environment; every run must pass. A stop signal before or during a
-// run interrupts; a command that cannot start is reported.
-point_result test_point(const std::vector<setting>& changes, const test_options& options, const environment& names,
-                        const stop_signals& stop, progress_line& progress);
+// run interrupts; a command that cannot start is reported. The guard's
+// journal has the point before the write and its result after the command
+// (a journal that cannot be written fails the write); its watchdog is kept
+// alive meanwhile.
+point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
+                        const environment& names, const stop_signals& stop, progress_line& progress,
+                        hang_guard& guard);
 
 // Asks before the first write, unless -y was given: WARNING on standard
 // error, the question on a terminal. WHAT names the run in the refusal:
 // "sweep", "shmoo".
 bool confirmed(const test_options& options, const std::string& warning, const char* what);
+
+// Whether the test command can be started; says so when not.
+bool command_ready(const test_options& options);
 
 using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
@@ -50,6 +61,10 @@ using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 // written to the board, so that a bad path costs nothing; nothing for an
 // empty path. Says why it cannot.
 bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*));
+
+// Opens the --profile file, if one is named, to be written whole at the end.
+// Says why it cannot.
+bool open_profile(const test_options& options, whole_file* profile);
 
 // The comment lines that say where a profile comes from: the command line,
 // quoted as a shell would take it back, and the time.

@@ -34,7 +34,7 @@ const struct named_case {
     {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
     {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
     {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
-    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail or timeout\n", tune_status::bad_input}},
+    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
     {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
 };
 

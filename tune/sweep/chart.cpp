@@ -86,7 +86,7 @@ std::string worst_margin_line(const sweep_results& results) {
 const struct {
     char mark;
     const char* name;
-} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}};
+} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}, {'H', "hang"}};
 
 std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first, std::size_t count) {
     const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();

@@ -27,7 +27,7 @@ std::string value_with_setting(const value_axis& axis, std::size_t at, const std
 std::vector<std::string> summary_lines(const sweep_results& results);
 
 // A line of labels (axis_labels) and a line of cells per row ('#' pass, '.'
-// fail, 'T' time-out; at the original 'O' where it passed, else 'X'),
+// fail, 'T' time-out, 'H' hang; at the original 'O' where it passed, else 'X'),
 // wrapped into blocks of that kind that fit the columns (0: no limit), then
 // the summary lines.
 void print_chart(std::FILE* out, const sweep_results& results, std::size_t columns);
@@ -46,7 +46,7 @@ void print_csv_line(std::FILE* out, const std::string& name, const std::string& 
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header);
 
 const char* outcome_name(outcome result);
-// '#' pass, '.' fail, 'T' time-out.
+// '#' pass, '.' fail, 'T' time-out, 'H' hang.
 char outcome_mark(outcome result);
 
 // The labels (axis_labels) of an axis over cells a character wide.

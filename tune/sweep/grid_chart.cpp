@@ -50,7 +50,12 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
         }
         std::fprintf(out, "%*s%s\n", indent, "", labels.c_str());
     }
-    std::fprintf(out, "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n");
+    // A hang comes only from a resumed journal; the legend names it then.
+    bool hung = false;
+    for (const auto& row : results.cells)
+        hung = hung || std::find(row.begin(), row.end(), outcome::hang) != row.end();
+    std::fprintf(out, "# pass  . fail  T time-out  %sO original passing  X original not passing  @ safest point\n",
+                 hung ? "H hang  " : "");
 }
 
 std::vector<std::string> grid_summary(const grid_results& results, const std::optional<safest_point>& safest) {

@@ -13,9 +13,9 @@
 
 // A line naming both settings; then a row of cells per Y value, the highest
 // at the top, each labelled with its value, X rising from left to right and
-// labelled above and below ('#' pass, '.' fail, 'T' time-out, at the
+// labelled above and below ('#' pass, '.' fail, 'T' time-out, 'H' hang, at the
 // original point 'O' where it passed, else 'X', '@' at the safest point);
-// then the legend. Wider than WIDTH
+// then the legend (naming the hang where there is one). Wider than WIDTH
 // (0: no limit), the grid is cut into blocks of columns, each with its own
 // X labels.
 void print_grid_chart(std::FILE* out, const grid_results& results, const std::optional<safest_point>& safest,

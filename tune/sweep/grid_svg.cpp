@@ -32,7 +32,7 @@ void print_grid_svg(std::FILE* out, const grid_results& results, const std::opti
                  "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" "
                  "font-family=\"monospace\" font-size=\"12\">\n"
                  "<title>padkit-tune shmoo</title>\n"
-                 "<style>.pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}"
+                 "<style>" SVG_OUTCOME_STYLE
                  ".original{fill:none;stroke:#1565c0;stroke-width:2}.safest{fill:#fff;stroke:#000}</style>\n"
                  "<rect width=\"100%%\" height=\"100%%\" fill=\"#fff\"/>\n",
                  width, height);
@@ -69,8 +69,7 @@ void print_grid_svg(std::FILE* out, const grid_results& results, const std::opti
                      left + static_cast<int>(safest->at.x) * pitch + cell / 2,
                      bottom - static_cast<int>(safest->at.y + 1) * pitch + cell / 2);
     std::fprintf(out,
-                 "<text class=\"legend\" x=\"%d\" y=\"%d\"><tspan class=\"pass\">\u25a0</tspan> pass "
-                 "<tspan class=\"fail\">\u25a0</tspan> fail <tspan class=\"timeout\">\u25a0</tspan> "
-                 "time-out, frame: original point, dot: safest point</text>\n</svg>\n",
+                 "<text class=\"legend\" x=\"%d\" y=\"%d\">" SVG_OUTCOME_LEGEND
+                 ", frame: original point, dot: safest point</text>\n</svg>\n",
                  margin, bottom + 3 * line);
 }

@@ -100,7 +100,7 @@ void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const
                  "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" "
                  "font-family=\"monospace\" font-size=\"12\">\n"
                  "<title>%s</title>\n"
-                 "<style>.pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}"
+                 "<style>" SVG_OUTCOME_STYLE
                  ".window{fill:none;stroke:#000;stroke-width:2}.common{fill:none;stroke:#6a1b9a;stroke-width:2;"
                  "stroke-dasharray:4 2}.centre{fill:#fff;stroke:#000}"
                  ".original{fill:none;stroke:#1565c0;stroke-width:2}</style>\n"
@@ -110,9 +110,8 @@ void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const
     for (const sweep_results& results : sections)
         top += print_section(out, results, top, left);
     std::fprintf(out,
-                 "<text class=\"legend\" x=\"%d\" y=\"%d\"><tspan class=\"pass\">\u25a0</tspan> pass "
-                 "<tspan class=\"fail\">\u25a0</tspan> fail <tspan class=\"timeout\">\u25a0</tspan> "
-                 "time-out <tspan class=\"original\">\u25a1</tspan> original "
+                 "<text class=\"legend\" x=\"%d\" y=\"%d\">" SVG_OUTCOME_LEGEND
+                 " <tspan class=\"original\">\u25a1</tspan> original "
                  "<tspan class=\"common\">\u25a1</tspan> common window</text>\n</svg>\n",
                  margin, top);
 }

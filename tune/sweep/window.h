@@ -11,7 +11,9 @@
 
 #include "tune/sweep/axis.h"
 
-enum class outcome { pass, fail, timeout };
+// hang: the value a journal shows in flight when the sweep stopped, most
+// likely because it hung the board.
+enum class outcome { pass, fail, timeout, hang };
 
 // One swept property: a result for each value of the axis measured so far,
 // in axis order (an interrupted sweep leaves a row shorter than its axis).

@@ -58,11 +58,11 @@ cut 0 "$tune" trial --remove
 for boots in 0 1 2; do cut $boots "$tune" apply --system; done
 cut 1 "$tune" bless
 
-# Two tries: a whole boot, one cut at its last write (the trial's), then whole
-# ones: the cut try counts, so the trial is applied once, then bad.
+# Two tries: a whole boot, one cut at the trial's write, then whole ones: the
+# cut try counts, so the trial is applied once, then bad.
 reset 0 && times=0
-for n in 99 3 99 99; do
-    boot strace -f -o /dev/null --inject="write:signal=KILL:when=$n"
+for n in 2 1 2 2; do
+    boot strace -f -o /dev/null -P "$board/sys/kernel/debug/mmc0/rdqs" --inject="write:signal=KILL:when=$n"
     ! applied || times=$((times + 1))
 done
 [ "$times $(state)" = "1 state: bad file: $board/var/lib/padkit/trial-0001+0-2.bad tries left: 0 tries done: 2" ] ||

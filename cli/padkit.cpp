@@ -102,24 +102,12 @@ int serve_request(int argc, char** argv) {
         return padkit_status::usage;
     }
     switch (getopt(argc, argv, ":xhilr:")) {
-    case 'h':
-        print_usage();
-        return padkit_status::usage;
-    case 'i':
-        print_line({"Not supported yet."});
-        return padkit_status::not_supported;
-    case 'l':
-        list_properties();
-        return 0;
-    case 'r':
-        raw_read(optarg);
-        return 0;
-    case 'x':
-        property::number_mode = 1;
-        return access_property(argc, argv, optind);
-    default:
-        optind = 1;
-        return access_property(argc, argv, optind);
+    case 'h': print_usage(); return padkit_status::usage;
+    case 'i': print_line({"Not supported yet."}); return padkit_status::not_supported;
+    case 'l': list_properties(); return 0;
+    case 'r': raw_read(optarg); return 0;
+    case 'x': property::number_mode = 1; return access_property(argc, argv, optind);
+    default: optind = 1; return access_property(argc, argv, optind);
     }
 }
 

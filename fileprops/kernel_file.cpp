@@ -4,8 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -60,7 +60,7 @@ write_result kernel_file::write(const std::string& text) const {
     std::signal(SIGXFSZ, SIG_IGN);
     // Kernel attribute files take the value in one write or not at all.
     const ssize_t written = ::write(fd, text.data(), text.size());
-    const char* failure = written < 0 ? std::strerror(errno)
+    const char* failure = written < 0                                   ? std::strerror(errno)
                           : static_cast<size_t>(written) != text.size() ? "short write"
                                                                         : nullptr;
     if (close(fd) != 0 && !failure)

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "properties/strict_value.h"
 #include "properties/message.h"
+#include "properties/strict_value.h"
 
 namespace {
 
@@ -43,8 +43,8 @@ bool property_file<int>::read_update() {
     }
     value = extract_int(word);
     if (value < min || value > max) {
-        report("current value " + std::to_string(value) + " is not valid, valid range = " +
-               std::to_string(min) + " ~ " + std::to_string(max));
+        report("current value " + std::to_string(value) +
+               " is not valid, valid range = " + std::to_string(min) + " ~ " + std::to_string(max));
         return false;
     }
     last_report.clear();

@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "properties/strict_value.h"
 #include "properties/message.h"
+#include "properties/strict_value.h"
 
 namespace {
 
@@ -100,8 +100,7 @@ bool property_regulator_voltage::set(const std::string& value) {
         target = to_microvolts(std::ceil(number / step_uv) * step_uv);
     }
     if (target < min_uv || target > max_uv) {
-        say("%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")", target,
-                     min_uv, max_uv);
+        say("%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")", target, min_uv, max_uv);
         return false;
     }
     return microvolts_file.write(std::to_string(target)) == write_result::written;
@@ -122,8 +121,8 @@ bool property_regulator_voltage::check(const std::string& value, std::string* ca
         return false;
     }
     if (microvolts % static_cast<uint32_t>(step_uv) != 0) {
-        *problem = value + " is not a multiple of " + std::to_string(static_cast<uint32_t>(step_uv)) +
-                   " microvolts";
+        *problem = value + " is not a multiple of " +
+                   std::to_string(static_cast<uint32_t>(step_uv)) + " microvolts";
         return false;
     }
     *canonical = std::to_string(microvolts);
@@ -132,4 +131,6 @@ bool property_regulator_voltage::check(const std::string& value, std::string* ca
 
 void property_regulator_voltage::refresh() { limits_loaded = false; }
 
-sweep_axis property_regulator_voltage::axis() const { return {0, INT32_MAX, static_cast<long long>(step_uv), false}; }
+sweep_axis property_regulator_voltage::axis() const {
+    return {0, INT32_MAX, static_cast<long long>(step_uv), false};
+}

@@ -168,10 +168,10 @@ const std::initializer_list<reg_info*> mac_regs = {
 };
 
 const std::initializer_list<property*> regulators = {
-    new property_regulator_voltage("cpu_regulator::microvolts",
-                                   "/sys/class/regulator/regulator.1", 93.0, 107.0),
-    new property_regulator_voltage("core_regulator::microvolts",
-                                   "/sys/class/regulator/regulator.2", 93.0, 107.0),
+    new property_regulator_voltage("cpu_regulator::microvolts", "/sys/class/regulator/regulator.1",
+                                   93.0, 107.0),
+    new property_regulator_voltage("core_regulator::microvolts", "/sys/class/regulator/regulator.2",
+                                   93.0, 107.0),
 };
 
 }  // namespace tarnm
@@ -212,7 +212,9 @@ property* register_dq_composite(property_group* group, reg_info* reg) {
     return nullptr;
 }
 
-bool is_dq_register(reg_info* reg) { return dynamic_cast<tarnm::reg_info_tarn_dq*>(reg) != nullptr; }
+bool is_dq_register(reg_info* reg) {
+    return dynamic_cast<tarnm::reg_info_tarn_dq*>(reg) != nullptr;
+}
 
 }  // namespace
 

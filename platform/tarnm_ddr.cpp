@@ -26,7 +26,8 @@ uint32_t reg_bitmask_dq::setting_for(long long axis_value) {
 bool reg_bitmask_dq::axis_value_of(uint32_t value, long long* axis_value) {
     if (value > mask)
         return false;
-    *axis_value = value & direction_bit() ? value - direction_bit() : -static_cast<long long>(value);
+    *axis_value =
+        value & direction_bit() ? value - direction_bit() : -static_cast<long long>(value);
     return true;
 }
 

@@ -39,8 +39,8 @@ private:
 class reg_info_tarn_ddr : public reg_info {
 public:
     template <typename T>
-    reg_info_tarn_ddr(std::string name, uint32_t select_val, uint32_t select_addr,
-                      uint32_t address, std::initializer_list<T*> fields)
+    reg_info_tarn_ddr(std::string name, uint32_t select_val, uint32_t select_addr, uint32_t address,
+                      std::initializer_list<T*> fields)
         : reg_info(std::move(name), address, fields, true),
           select_addr(select_addr),
           select_val(select_val) {}

@@ -174,8 +174,9 @@ bool property_set::set(const std::string& value) {
     return true;
 }
 
-
-std::vector<std::string> property_set::member_names() const { return {members.begin(), members.end()}; }
+std::vector<std::string> property_set::member_names() const {
+    return {members.begin(), members.end()};
+}
 
 bool property::check_members(const std::string& value, std::vector<std::string>* canonical,
                              std::string* problem) {

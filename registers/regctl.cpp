@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "properties/strict_value.h"
 #include "properties/message.h"
+#include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
 
 namespace {
@@ -60,8 +60,8 @@ const std::string& reg_subval::get_desc() { return desc; }
 
 void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t min, uint32_t max,
                                     uint32_t limit) {
-    say("warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32 " ~ %" PRIu32
-        "). adjusted to %" PRIu32,
+    say("warning! applying %lld to current value %" PRIu32 " is out of range (%" PRIu32
+        " ~ %" PRIu32 "). adjusted to %" PRIu32,
         delta, current, min, max, limit);
 }
 
@@ -164,8 +164,8 @@ bool reg_bitmask::get(reg_info* reg, uint32_t* out) {
     return _after_read(*out);
 }
 
-reg_bitmask_map::reg_bitmask_map(int msb, int lsb, const std::string& name,
-                                 const std::string& desc, const value_table* value_map)
+reg_bitmask_map::reg_bitmask_map(int msb, int lsb, const std::string& name, const std::string& desc,
+                                 const value_table* value_map)
     : reg_bitmask(msb, lsb, name, desc), value_map(value_map) {}
 
 reg_bitmask_map::~reg_bitmask_map() = default;
@@ -320,7 +320,8 @@ bool property_register::set(const std::string& value) {
     }
     if (value.empty())
         return false;
-    const bool hex_prefix = value.size() >= 2 && value[0] == '0' && (value[1] == 'x' || value[1] == 'X');
+    const bool hex_prefix =
+        value.size() >= 2 && value[0] == '0' && (value[1] == 'x' || value[1] == 'X');
     const bool base16 = hex_mode || hex_prefix;
     long long number = 0;
     if (!parse_number(value, base16 ? 16 : 10, base16, &number))

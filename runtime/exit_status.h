@@ -6,12 +6,12 @@
 // padkit's, as padkit_main returns them; the shell sees them modulo 256.
 namespace padkit_status {
 constexpr int ok = 0;
-constexpr int lock_failed = -1;      // 255
-constexpr int usage = -2;            // 254
-constexpr int not_supported = -3;    // 253
-constexpr int get_failed = -10;      // 246
-constexpr int set_failed = -11;      // 245
-constexpr int output_failed = -12;   // 244
+constexpr int lock_failed = -1;     // 255
+constexpr int usage = -2;           // 254
+constexpr int not_supported = -3;   // 253
+constexpr int get_failed = -10;     // 246
+constexpr int set_failed = -11;     // 245
+constexpr int output_failed = -12;  // 244
 }  // namespace padkit_status
 
 // padkit-tune's. What "not done" means is each subcommand's: differences

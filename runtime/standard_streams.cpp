@@ -22,7 +22,8 @@ __attribute__((constructor(101))) void open_standard_descriptors() {
             continue;
         input_closed = input_closed || fd == STDIN_FILENO;
         if (open("/dev/null", O_RDWR) != fd) {
-            static const char message[] = "Failed to open /dev/null for a closed standard stream.\n";
+            static const char message[] =
+                "Failed to open /dev/null for a closed standard stream.\n";
             const ssize_t written = write(STDERR_FILENO, message, sizeof message - 1);
             (void)written;
             _exit(255);

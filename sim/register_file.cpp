@@ -56,9 +56,8 @@ struct data_register {
     bool per_dq;  // the PHY takes the update bit of a DQ delay word and clears it
 };
 constexpr data_register data_registers[] = {
-    {0x00f3813c, 0x00f3812c, false}, {0x00f38194, 0x00f3812c, true},
-    {0x00f381a0, 0x00f3812c, true},  {0x00f1813c, 0x00f1812c, false},
-    {0x00f18194, 0x00f1812c, true},  {0x00f181a0, 0x00f1812c, true},
+    {0x00f3813c, 0x00f3812c, false}, {0x00f38194, 0x00f3812c, true}, {0x00f381a0, 0x00f3812c, true},
+    {0x00f1813c, 0x00f1812c, false}, {0x00f18194, 0x00f1812c, true}, {0x00f181a0, 0x00f1812c, true},
 };
 constexpr uint32_t dq_update_bit = 0x80;
 

@@ -46,7 +46,8 @@ struct board_file {
 std::string board_name(const std::string& path) {
     std::string name = path.substr(path.find_last_of('/') + 1);
     const std::string suffix = ".csv";
-    if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+    if (name.size() > suffix.size() &&
+        name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
         name.resize(name.size() - suffix.size());
     return shown(name);
 }
@@ -76,7 +77,8 @@ bool read_bounded(const std::string& path, std::string* text) {
 
 bool on_axis(property* prop, long long value) {
     const std::vector<long long> keys = prop->table_keys();
-    return keys.empty() ? prop->axis().holds(value) : std::binary_search(keys.begin(), keys.end(), value);
+    return keys.empty() ? prop->axis().holds(value)
+                        : std::binary_search(keys.begin(), keys.end(), value);
 }
 
 bool parse_outcome(const std::string& text, outcome* result) {
@@ -89,9 +91,11 @@ bool parse_outcome(const std::string& text, outcome* result) {
 // One line "NAME,VALUE,RESULT" into the file's cells; false with *problem for a bad one.
 bool take_row(const std::string& line, board_file* file, std::string* problem) {
     const std::string::size_type first = line.find(','), second = line.find(',', first + 1);
-    if (first == std::string::npos || second == std::string::npos || line.find(',', second + 1) != std::string::npos)
+    if (first == std::string::npos || second == std::string::npos ||
+        line.find(',', second + 1) != std::string::npos)
         return *problem = "expected NAME,VALUE,RESULT", false;
-    const std::string name = line.substr(0, first), value_text = line.substr(first + 1, second - first - 1),
+    const std::string name = line.substr(0, first),
+                      value_text = line.substr(first + 1, second - first - 1),
                       result_text = line.substr(second + 1);
     for (const std::string* field : {&name, &value_text, &result_text})
         if (field->size() > max_field_size)
@@ -115,7 +119,8 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
     if (!file->seen[name].insert(value).second)
         return *problem = name + ": " + value_text + " given twice", false;
     if (cells.values.size() == max_sweep_values)
-        return *problem = name + ": more than " + std::to_string(max_sweep_values) + " values", false;
+        return *problem = name + ": more than " + std::to_string(max_sweep_values) + " values",
+               false;
     cells.board = file->board;
     cells.values.push_back(value);
     cells.results.push_back(result);
@@ -166,8 +171,8 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
         for (const board_file& file : files) {
             const auto cells = file.cells.find(name);
             if (cells == file.cells.end()) {
-                report("%s: no value of %s; merge the boards that swept the same properties", file.path.c_str(),
-                       name.c_str());
+                report("%s: no value of %s; merge the boards that swept the same properties",
+                       file.path.c_str(), name.c_str());
                 return false;
             }
             boards.push_back(cells->second);
@@ -181,8 +186,8 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
             return false;
         }
         if (property_results.axis.size() < most)
-            report("%s: the boards' sweeps differ; merged on the %zu values every board measured", name.c_str(),
-                   property_results.axis.size());
+            report("%s: the boards' sweeps differ; merged on the %zu values every board measured",
+                   name.c_str(), property_results.axis.size());
         std::vector<std::string> settings;
         for (long long value : property_results.axis.values)
             settings.push_back(prop->setting_for(value));
@@ -193,15 +198,17 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
 }
 
 // Each property at the centre of its common window, as apply takes it.
-void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merged, const std::string& header) {
+void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merged,
+                          const std::string& header) {
     std::fputs(header.c_str(), out);
     for (const sweep_results& property_results : merged) {
         const std::size_t centre = common_centre(property_results);
         if (centre == property_results.axis.size())
             std::fprintf(out, "# %s: no common passing value\n", property_results.group.c_str());
         else
-            std::fprintf(out, "%s = %s\n", property_results.group.c_str(),
-                         setting_at(property_results.rows.front(), property_results.axis, centre).c_str());
+            std::fprintf(
+                out, "%s = %s\n", property_results.group.c_str(),
+                setting_at(property_results.rows.front(), property_results.axis, centre).c_str());
     }
 }
 
@@ -238,7 +245,8 @@ int merge_command(int argc, char** argv) {
             return tune_status::bad_input;
         const std::string& earlier = paths_of_boards[files[at].board];
         if (!earlier.empty()) {
-            report("%s and %s both name board %s", earlier.c_str(), files[at].path.c_str(), files[at].board.c_str());
+            report("%s and %s both name board %s", earlier.c_str(), files[at].path.c_str(),
+                   files[at].board.c_str());
             return tune_status::bad_input;
         }
         paths_of_boards[files[at].board] = files[at].path;
@@ -249,15 +257,18 @@ int merge_command(int argc, char** argv) {
     output outputs[] = {{csv_path, {}}, {svg_path, {}}, {profile_path, {}}};
     for (output& each : outputs) {
         if (!each.path.empty() && !each.file.open(each.path)) {
-            report("cannot write %s: %s; nothing written", shown(each.path).c_str(), std::strerror(errno));
+            report("cannot write %s: %s; nothing written", shown(each.path).c_str(),
+                   std::strerror(errno));
             return tune_status::bad_input;
         }
     }
     bool every_window = true;
     for (const sweep_results& property_results : merged) {
-        std::printf("%s%s\n", &property_results == &merged.front() ? "" : "\n", property_results.group.c_str());
+        std::printf("%s%s\n", &property_results == &merged.front() ? "" : "\n",
+                    property_results.group.c_str());
         print_chart(stdout, property_results, terminal_columns(STDOUT_FILENO));
-        every_window = every_window && common_centre(property_results) < property_results.axis.size();
+        every_window =
+            every_window && common_centre(property_results) < property_results.axis.size();
     }
     std::fflush(stdout);
     if (!csv_path.empty())

@@ -38,12 +38,13 @@ std::vector<char*> argv_of(std::vector<std::string>& words);
 // puts back the originals and carries on, or with RESTORE only puts them
 // back. Returns the exit status.
 template <class Run>
-int carry_on(Run& run, std::size_t steps, const char* what, const test_options& options, hang_guard& guard,
-             const journal_contents& journal, bool restore) {
+int carry_on(Run& run, std::size_t steps, const char* what, const test_options& options,
+             hang_guard& guard, const journal_contents& journal, bool restore) {
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
         if (step >= steps || journal.steps[step].point != run.point(step)) {
-            report("%s:%zu: not the next %s of this %s; nothing written", guard.journal.path().c_str(),
-                   journal.steps[step].line, what, journal.header.command[0].c_str());
+            report("%s:%zu: not the next %s of this %s; nothing written",
+                   guard.journal.path().c_str(), journal.steps[step].line, what,
+                   journal.header.command[0].c_str());
             return tune_status::bad_input;
         }
         run.add(step, journal.steps[step].result);

@@ -42,7 +42,9 @@ struct shmoo_axis {
     std::size_t other_order(std::size_t at) const {
         return visits.values.front() <= visits.values.back() ? at : visits.size() - 1 - at;
     }
-    const std::string& setting_at(std::size_t position) const { return settings[other_order(position)]; }
+    const std::string& setting_at(std::size_t position) const {
+        return settings[other_order(position)];
+    }
     grid_axis rising() const {
         grid_axis axis;
         axis.name = prop->name;
@@ -55,18 +57,22 @@ struct shmoo_axis {
     std::string value_text(std::size_t position) const {
         const std::size_t visit = other_order(position);
         const std::string& setting = settings[visit];
-        return visits.text_at(visit) + (setting == std::to_string(visits.values[visit]) ? "" : " (setting " + setting + ")");
+        return visits.text_at(visit) + (setting == std::to_string(visits.values[visit])
+                                            ? ""
+                                            : " (setting " + setting + ")");
     }
 };
 
 bool plan_axis(const swept_range& range, shmoo_axis* axis) {
     const property* prop = property::get_property(range.name);
-    const std::vector<std::string> members = prop ? prop->member_names() : std::vector<std::string>();
+    const std::vector<std::string> members =
+        prop ? prop->member_names() : std::vector<std::string>();
     if (!members.empty()) {
         std::string list;
         for (const std::string& member : members)
             list += (list.empty() ? "" : ", ") + member;
-        report("%s is a composite of %s; a shmoo takes one of them; nothing written", range.name.c_str(), list.c_str());
+        report("%s is a composite of %s; a shmoo takes one of them; nothing written",
+               range.name.c_str(), list.c_str());
         return false;
     }
     sweep_plan plan;
@@ -89,13 +95,14 @@ bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
     if (!plan_axis(options.x, x) || !plan_axis(options.y, y))
         return false;
     if (x->prop == y->prop) {
-        report("X and Y are both %s; a shmoo takes two different properties", x->prop->name.c_str());
+        report("X and Y are both %s; a shmoo takes two different properties",
+               x->prop->name.c_str());
         return false;
     }
     const std::size_t points = x->visits.size() * y->visits.size();
     if (points > max_shmoo_points) {
-        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x->visits.size(), y->visits.size(),
-               max_shmoo_points);
+        report("%zu points (%zu by %zu); a shmoo takes at most %zu", points, x->visits.size(),
+               y->visits.size(), max_shmoo_points);
         return false;
     }
     return command_ready(options);
@@ -104,7 +111,8 @@ bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
 // Where the original value lies on the rising axis, if it is one of its values.
 std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
     long long value = 0;
-    if (!axis.prop->axis_value_of(axis.original, &value) || rising.position_of(value) == rising.size())
+    if (!axis.prop->axis_value_of(axis.original, &value) ||
+        rising.position_of(value) == rising.size())
         return std::nullopt;
     return rising.position_of(value);
 }
@@ -117,8 +125,15 @@ public:
     shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
           whole_file* profile, std::string profile_header, hang_guard& guard,
           const std::vector<std::string>& originals)
-        : options(options), x(std::move(x)), y(std::move(y)), csv(csv), svg(svg), profile(profile),
-          profile_header(std::move(profile_header)), guard(guard), progress(stderr, isatty(STDERR_FILENO), "point"),
+        : options(options),
+          x(std::move(x)),
+          y(std::move(y)),
+          csv(csv),
+          svg(svg),
+          profile(profile),
+          profile_header(std::move(profile_header)),
+          guard(guard),
+          progress(stderr, isatty(STDERR_FILENO), "point"),
           results(this->x.rising(), this->y.rising()) {
         this->x.original = originals[0];
         this->y.original = originals[1];
@@ -149,8 +164,8 @@ public:
 
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
-        for (std::size_t step = done; step < x.visits.size() * y.visits.size() && ended == point_result::measured;
-             ++step)
+        for (std::size_t step = done;
+             step < x.visits.size() * y.visits.size() && ended == point_result::measured; ++step)
             measure(step / x.visits.size(), step % x.visits.size());
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
@@ -172,9 +187,12 @@ public:
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore() {
         put_back_all();
-        print_grid_chart(stdout, results, find_safest(results, results.original), terminal_columns(STDOUT_FILENO));
+        print_grid_chart(stdout, results, find_safest(results, results.original),
+                         terminal_columns(STDOUT_FILENO));
         guard.close(true);
-        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+        return left_changed     ? tune_status::left_changed
+               : guard.failed() ? tune_status::not_done
+                                : tune_status::ok;
     }
 
 private:
@@ -188,16 +206,18 @@ private:
         changes.push_back({x.prop, x.settings[column]});
         changed = true;
         const std::size_t step = row * x.visits.size() + column;
-        progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
-                          y.visits.text_at(row),
+        progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name +
+                          " = " + y.visits.text_at(row),
                       step + 1, x.visits.size() * y.visits.size());
-        const environment names = {{"PADKIT_SHMOO_X_NAME", x.prop->name},
-                                   {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
-                                   {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
-                                   {"PADKIT_SHMOO_Y_NAME", y.prop->name},
-                                   {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
-                                   {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
-        const point_result got = test_point(changes, point(step), options, names, stop, progress, guard);
+        const environment names = {
+            {"PADKIT_SHMOO_X_NAME", x.prop->name},
+            {"PADKIT_SHMOO_X_VALUE", std::to_string(x.visits.values[column])},
+            {"PADKIT_SHMOO_X_SETTING", x.settings[column]},
+            {"PADKIT_SHMOO_Y_NAME", y.prop->name},
+            {"PADKIT_SHMOO_Y_VALUE", std::to_string(y.visits.values[row])},
+            {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
+        const point_result got =
+            test_point(changes, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
         if (got.what == point_result::measured)
@@ -209,18 +229,22 @@ private:
             return;
         for (const shmoo_axis* axis : {&x, &y})
             if (!write_locked({{axis->prop, axis->original}})) {
-                report("%s: left changed; it was %s", axis->prop->name.c_str(), axis->original.c_str());
+                report("%s: left changed; it was %s", axis->prop->name.c_str(),
+                       axis->original.c_str());
                 left_changed = true;
             }
     }
 
     void keep(const safest_point& safest) {
-        if (!write_locked({{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
+        if (!write_locked(
+                {{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
             put_back();
             return;
         }
-        report("%s: kept at the safest point, %s", x.prop->name.c_str(), x.value_text(safest.at.x).c_str());
-        report("%s: kept at the safest point, %s", y.prop->name.c_str(), y.value_text(safest.at.y).c_str());
+        report("%s: kept at the safest point, %s", x.prop->name.c_str(),
+               x.value_text(safest.at.x).c_str());
+        report("%s: kept at the safest point, %s", y.prop->name.c_str(),
+               y.value_text(safest.at.y).c_str());
     }
 
     // The files first, standard output last: a reader of the output that
@@ -270,9 +294,11 @@ private:
         std::fputs(profile_header.c_str(), profile->stream());
         if (safest)
             std::fprintf(profile->stream(), "%s = %s\n%s = %s\n", x.prop->name.c_str(),
-                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(), y.setting_at(safest->at.y).c_str());
+                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(),
+                         y.setting_at(safest->at.y).c_str());
         else
-            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(), y.prop->name.c_str());
+            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(),
+                         y.prop->name.c_str());
         if (profile->commit())
             return true;
         report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
@@ -301,24 +327,22 @@ private:
 int shmoo_command(int argc, char** argv) {
     shmoo_options options;
     switch (parse_shmoo_options(argc, argv, options)) {
-    case sweep_request::help:
-        print_usage(stdout);
-        return tune_status::ok;
-    case sweep_request::bad:
-        return tune_status::bad_input;
-    case sweep_request::run:
-        break;
+    case sweep_request::help: print_usage(stdout); return tune_status::ok;
+    case sweep_request::bad: return tune_status::bad_input;
+    case sweep_request::run: break;
     }
     shmoo_axis x, y;
     if (!ready(options, &x, &y))
         return tune_status::bad_input;
-    const std::string warning = "WARNING! This shmoo sweeps " + range_text(x) + " against " + range_text(y) +
-                                " on the running board. A value outside its working window can hang the "
-                                "system or corrupt memory and storage.";
+    const std::string warning =
+        "WARNING! This shmoo sweeps " + range_text(x) + " against " + range_text(y) +
+        " on the running board. A value outside its working window can hang the "
+        "system or corrupt memory and storage.";
     if (!confirmed(options, warning, "shmoo"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv, print_grid_csv_header) || !open_output(options.svg_path, &svg, nullptr))
+    if (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+        !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
     whole_file profile;
     if (!open_profile(options, &profile))
@@ -328,7 +352,8 @@ int shmoo_command(int argc, char** argv) {
     if (!start_guard(options, {x.prop, y.prop}, &originals, guard))
         return tune_status::bad_input;
     return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
-                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv), guard, originals)
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv),
+                 guard, originals)
         .run();
 }
 
@@ -336,17 +361,21 @@ int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restor
     shmoo_options options;
     std::vector<std::string> words = journal.header.command;
     shmoo_axis x, y;
-    if (parse_shmoo_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run ||
-        !ready(options, &x, &y) || !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}))
+    if (parse_shmoo_options(static_cast<int>(words.size()), argv_of(words).data(), options) !=
+            sweep_request::run ||
+        !ready(options, &x, &y) ||
+        !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}))
         return tune_status::bad_input;
     const std::size_t points = x.visits.size() * y.visits.size();
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
-    if (!restore && (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
-                     !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
+    if (!restore &&
+        (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+         !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
         return tune_status::bad_input;
     shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(),
                   options.profile_path.empty() || restore ? nullptr : &profile,
-                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard, originals_of(journal));
+                  profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
+                  originals_of(journal));
     return carry_on(resumed, points, "point", options, guard, journal, restore);
 }

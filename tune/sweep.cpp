@@ -29,8 +29,9 @@ public:
     // The files, when given, are open already; ORIGINALS are the rows'. A
     // resumed sweep is given the steps its journal says were measured (add)
     // before it runs.
-    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg, whole_file* profile,
-          std::string profile_header, hang_guard& guard, std::vector<std::string> originals)
+    sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg,
+          whole_file* profile, std::string profile_header, hang_guard& guard,
+          std::vector<std::string> originals)
         : options(options),
           plan(plan),
           csv(csv),
@@ -46,7 +47,8 @@ public:
 
     // The point a step of the journal must name: the row and its axis value.
     journal_point point(std::size_t step) const {
-        return {plan.rows[step / plan.axis.size()]->name, std::to_string(plan.axis.values[step % plan.axis.size()])};
+        return {plan.rows[step / plan.axis.size()]->name,
+                std::to_string(plan.axis.values[step % plan.axis.size()])};
     }
 
     // Steps go row by row, each over the axis.
@@ -63,7 +65,8 @@ public:
         // Each measured value reaches the file at once, so that a sweep cut
         // short keeps it.
         if (csv) {
-            print_csv_line(csv, results.rows.back().name, plan.axis.text_at(step % plan.axis.size()), result);
+            print_csv_line(csv, results.rows.back().name,
+                           plan.axis.text_at(step % plan.axis.size()), result);
             file_written(csv, options.csv_path, &csv_written);
         }
     }
@@ -71,7 +74,8 @@ public:
     // Returns the exit status, unless a stop signal ends the program.
     int run() {
         const std::size_t values = plan.axis.size();
-        for (std::size_t step = done; step < plan.rows.size() * values && ended == point_result::measured; ++step) {
+        for (std::size_t step = done;
+             step < plan.rows.size() * values && ended == point_result::measured; ++step) {
             measure(step);
             // The next row runs with this one as it was.
             if ((step + 1) % values == 0 || ended != point_result::measured)
@@ -103,7 +107,9 @@ public:
         put_back_all();
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         guard.close(true);
-        return left_changed ? tune_status::left_changed : guard.failed() ? tune_status::not_done : tune_status::ok;
+        return left_changed     ? tune_status::left_changed
+               : guard.failed() ? tune_status::not_done
+                                : tune_status::ok;
     }
 
 private:
@@ -111,11 +117,13 @@ private:
         const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
         property* prop = plan.rows[row];
         const std::string& value = plan.settings[row][at];
-        progress.show(prop->name + " = " + plan.axis.text_at(at), step + 1, plan.rows.size() * plan.axis.size());
+        progress.show(prop->name + " = " + plan.axis.text_at(at), step + 1,
+                      plan.rows.size() * plan.axis.size());
         const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
                                    {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
                                    {"PADKIT_SWEEP_SETTING", value}};
-        const point_result got = test_point({{prop, value}}, point(step), options, names, stop, progress, guard);
+        const point_result got =
+            test_point({{prop, value}}, point(step), options, names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
         if (got.what == point_result::measured)
@@ -124,7 +132,8 @@ private:
 
     void put_back(std::size_t row) {
         if (!write_locked({{plan.rows[row], originals[row]}}, &stop)) {
-            report("%s: left changed; it was %s", plan.rows[row]->name.c_str(), originals[row].c_str());
+            report("%s: left changed; it was %s", plan.rows[row]->name.c_str(),
+                   originals[row].c_str());
             left_changed = true;
         }
     }
@@ -159,8 +168,8 @@ private:
             return tune_status::left_changed;
         if (ended == point_result::not_started)
             return tune_status::bad_input;
-        return ended == point_result::write_failed || !every_window || !csv_written || !svg_written ||
-                       !profile_written || guard.failed()
+        return ended == point_result::write_failed || !every_window || !csv_written ||
+                       !svg_written || !profile_written || guard.failed()
                    ? tune_status::not_done
                    : tune_status::ok;
     }
@@ -211,8 +220,8 @@ private:
 
 std::string range_text(const sweep_plan& plan) {
     const value_axis& axis = plan.axis;
-    return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
-           (axis.size() == 1 ? " value)" : " values)");
+    return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" +
+           std::to_string(axis.size()) + (axis.size() == 1 ? " value)" : " values)");
 }
 
 // What a new sweep and a resumed one check before anything is written.
@@ -225,51 +234,53 @@ bool ready(const sweep_options& options, sweep_plan* plan) {
 int sweep_command(int argc, char** argv) {
     sweep_options options;
     switch (parse_sweep_options(argc, argv, options)) {
-    case sweep_request::help:
-        print_usage(stdout);
-        return tune_status::ok;
-    case sweep_request::bad:
-        return tune_status::bad_input;
-    case sweep_request::run:
-        break;
+    case sweep_request::help: print_usage(stdout); return tune_status::ok;
+    case sweep_request::bad: return tune_status::bad_input;
+    case sweep_request::run: break;
     }
     sweep_plan plan;
     if (!ready(options, &plan))
         return tune_status::bad_input;
-    const std::string warning = "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
-                                " on the running board. A value outside its working window can hang the "
-                                "system or corrupt memory and storage.";
+    const std::string warning =
+        "WARNING! This sweeps " + options.name + " over " + range_text(plan) +
+        " on the running board. A value outside its working window can hang the "
+        "system or corrupt memory and storage.";
     if (!confirmed(options, warning, "sweep"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
-    if (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr) ||
-        !open_profile(options, &profile))
+    if (!open_output(options.csv_path, &csv, print_csv_header) ||
+        !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile))
         return tune_status::bad_input;
     std::vector<std::string> originals;
     hang_guard guard;
     if (!start_guard(options, plan.rows, &originals, guard))
         return tune_status::bad_input;
-    return sweep(options, plan, csv.get(), svg.get(), options.profile_path.empty() ? nullptr : &profile,
-                 profile_header(argc, argv), guard, std::move(originals))
+    return sweep(options, plan, csv.get(), svg.get(),
+                 options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv),
+                 guard, std::move(originals))
         .run();
 }
 
 int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restore) {
     sweep_options options;
     std::vector<std::string> words = journal.header.command;
-    if (parse_sweep_options(static_cast<int>(words.size()), argv_of(words).data(), options) != sweep_request::run)
+    if (parse_sweep_options(static_cast<int>(words.size()), argv_of(words).data(), options) !=
+        sweep_request::run)
         return tune_status::bad_input;
     sweep_plan plan;
     if (!ready(options, &plan) || !journal_matches(guard.journal.path(), journal, plan.rows))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
-    if (!restore && (!open_output(options.csv_path, &csv, print_csv_header) || !open_output(options.svg_path, &svg, nullptr) ||
-                     !open_profile(options, &profile)))
+    if (!restore &&
+        (!open_output(options.csv_path, &csv, print_csv_header) ||
+         !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
         return tune_status::bad_input;
-    sweep resumed(options, plan, csv.get(), svg.get(), options.profile_path.empty() || restore ? nullptr : &profile,
+    sweep resumed(options, plan, csv.get(), svg.get(),
+                  options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
                   originals_of(journal));
-    return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal, restore);
+    return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal,
+                    restore);
 }

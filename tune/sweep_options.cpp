@@ -66,11 +66,10 @@ struct step_option {
     long long* step;
 };
 
-bool parse_option(int option, const char* arg, test_options& options, const std::vector<step_option>& steps) {
+bool parse_option(int option, const char* arg, test_options& options,
+                  const std::vector<step_option>& steps) {
     switch (option) {
-    case 'y':
-        options.assume_yes = true;
-        return true;
+    case 'y': options.assume_yes = true; return true;
     case 'r':
         if (!parse_value("--runs", arg, &options.runs))
             return false;
@@ -89,21 +88,11 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
             return true;
         usage_error(std::string("--keep: '") + arg + "' is neither original nor centre");
         return false;
-    case 'c':
-        options.csv_path = arg;
-        return true;
-    case 'g':
-        options.svg_path = arg;
-        return true;
-    case 'p':
-        options.profile_path = arg;
-        return true;
-    case 'j':
-        options.journal_path = arg;
-        return true;
-    case 'w':
-        options.watchdog_path = arg;
-        return true;
+    case 'c': options.csv_path = arg; return true;
+    case 'g': options.svg_path = arg; return true;
+    case 'p': options.profile_path = arg; return true;
+    case 'j': options.journal_path = arg; return true;
+    case 'w': options.watchdog_path = arg; return true;
     }
     const step_option& step = steps.at(static_cast<std::size_t>(option - first_step_option));
     return parse_nonzero((std::string("--") + step.name).c_str(), arg, step.step);
@@ -112,35 +101,41 @@ bool parse_option(int option, const char* arg, test_options& options, const std:
 // Options end at the first operand, whatever the environment says, so that
 // a range may be negative; then exactly as many operands as NEEDS names,
 // "--" and the command.
-sweep_request parse_words(int argc, char** argv, test_options& options, const std::vector<step_option>& steps,
-                          const std::vector<const char*>& needs, std::vector<std::string>* operands) {
+sweep_request parse_words(int argc, char** argv, test_options& options,
+                          const std::vector<step_option>& steps,
+                          const std::vector<const char*>& needs,
+                          std::vector<std::string>* operands) {
     int separator = 1;
     while (separator < argc && std::strcmp(argv[separator], "--") != 0)
         ++separator;
     std::vector<option> long_options = {
-        {"runs", required_argument, nullptr, 'r'}, {"timeout", required_argument, nullptr, 't'},
-        {"keep", required_argument, nullptr, 'k'}, {"csv", required_argument, nullptr, 'c'},
-        {"svg", required_argument, nullptr, 'g'},  {"profile", required_argument, nullptr, 'p'},
+        {"runs", required_argument, nullptr, 'r'},    {"timeout", required_argument, nullptr, 't'},
+        {"keep", required_argument, nullptr, 'k'},    {"csv", required_argument, nullptr, 'c'},
+        {"svg", required_argument, nullptr, 'g'},     {"profile", required_argument, nullptr, 'p'},
         {"journal", required_argument, nullptr, 'j'}, {"watchdog", required_argument, nullptr, 'w'},
         {"help", no_argument, nullptr, 'h'}};
     for (std::size_t at = 0; at < steps.size(); ++at)
-        long_options.push_back({steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
+        long_options.push_back(
+            {steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
     long_options.push_back({nullptr, 0, nullptr, 0});
     optind = 0;
-    for (int option; (option = getopt_long(separator, argv, "+:yh", long_options.data(), nullptr)) != -1;) {
+    for (int option;
+         (option = getopt_long(separator, argv, "+:yh", long_options.data(), nullptr)) != -1;) {
         if (option == 'h')
             return sweep_request::help;
         else if (option == '?')
             return unknown_option(argv), sweep_request::bad;
         else if (option == ':')
-            return usage_error(std::string(argv[optind - 1]) + " needs a value"), sweep_request::bad;
+            return usage_error(std::string(argv[optind - 1]) + " needs a value"),
+                   sweep_request::bad;
         else if (!parse_option(option, optarg, options, steps))
             return sweep_request::bad;
     }
     operands->assign(argv + optind, argv + separator);
     for (std::size_t at = 1; at < operands->size(); ++at) {
         const std::string& word = (*operands)[at];
-        if (word.size() > 1 && word[0] == '-' && !std::isdigit(static_cast<unsigned char>(word[1]))) {
+        if (word.size() > 1 && word[0] == '-' &&
+            !std::isdigit(static_cast<unsigned char>(word[1]))) {
             usage_error(word + ": options come before " + needs.front());
             return sweep_request::bad;
         }
@@ -164,7 +159,8 @@ sweep_request parse_words(int argc, char** argv, test_options& options, const st
 // NAME FROM TO at FIRST of the operands.
 bool parse_range(const std::vector<std::string>& operands, std::size_t first, swept_range* range) {
     range->name = operands[first];
-    if (!parse_value("FROM", operands[first + 1], &range->from) || !parse_value("TO", operands[first + 2], &range->to))
+    if (!parse_value("FROM", operands[first + 1], &range->from) ||
+        !parse_value("TO", operands[first + 2], &range->to))
         return false;
     if (range->step < 0 && range->from < range->to) {
         usage_error("--step " + std::to_string(range->step) + " leads away from TO");
@@ -177,8 +173,8 @@ bool parse_range(const std::vector<std::string>& operands, std::size_t first, sw
 
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
     std::vector<std::string> operands;
-    const sweep_request request =
-        parse_words(argc, argv, options, {{"step", &options.step}}, {"NAME", "FROM", "TO"}, &operands);
+    const sweep_request request = parse_words(argc, argv, options, {{"step", &options.step}},
+                                              {"NAME", "FROM", "TO"}, &operands);
     if (request != sweep_request::run)
         return request;
     return parse_range(operands, 0, &options) ? sweep_request::run : sweep_request::bad;
@@ -191,6 +187,7 @@ sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options)
                     {"X", "XFROM", "XTO", "Y", "YFROM", "YTO"}, &operands);
     if (request != sweep_request::run)
         return request;
-    return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y) ? sweep_request::run
-                                                                                         : sweep_request::bad;
+    return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y)
+               ? sweep_request::run
+               : sweep_request::bad;
 }

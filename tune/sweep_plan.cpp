@@ -34,8 +34,10 @@ bool resolve_rows(const std::string& name, sweep_plan* plan) {
 }
 
 // Every step-th of the table's keys from FROM to TO.
-bool keys_between(const swept_range& options, const std::vector<long long>& table, value_axis* axis) {
-    const long long low = std::min(options.from, options.to), high = std::max(options.from, options.to);
+bool keys_between(const swept_range& options, const std::vector<long long>& table,
+                  value_axis* axis) {
+    const long long low = std::min(options.from, options.to),
+                    high = std::max(options.from, options.to);
     std::vector<long long> keys;
     std::copy_if(table.begin(), table.end(), std::back_inserter(keys),
                  [&](long long key) { return key >= low && key <= high; });
@@ -45,7 +47,8 @@ bool keys_between(const swept_range& options, const std::vector<long long>& tabl
     for (std::size_t at = 0; at < keys.size(); at += step)
         axis->values.push_back(keys[at]);
     if (axis->values.empty()) {
-        report("%s: no key of its table from %lld to %lld", options.name.c_str(), options.from, options.to);
+        report("%s: no key of its table from %lld to %lld", options.name.c_str(), options.from,
+               options.to);
         return false;
     }
     return true;
@@ -55,16 +58,17 @@ bool keys_between(const swept_range& options, const std::vector<long long>& tabl
 bool values_between(const swept_range& options, const sweep_axis& range, value_axis* axis) {
     for (long long end : {options.from, options.to}) {
         if (!range.holds(end)) {
-            report("%s: %s is not in %s..%s; nothing written", options.name.c_str(), axis->text(end).c_str(),
-                   axis->text(range.low).c_str(), axis->text(range.high).c_str());
+            report("%s: %s is not in %s..%s; nothing written", options.name.c_str(),
+                   axis->text(end).c_str(), axis->text(range.low).c_str(),
+                   axis->text(range.high).c_str());
             return false;
         }
     }
     const long long step = options.step ? std::llabs(options.step) : range.step;
     const long long count = std::llabs(options.to - options.from) / step + 1;
     if (count > static_cast<long long>(max_sweep_values)) {
-        report("%lld values from %lld to %lld; a sweep takes at most %zu", count, options.from, options.to,
-               max_sweep_values);
+        report("%lld values from %lld to %lld; a sweep takes at most %zu", count, options.from,
+               options.to, max_sweep_values);
         return false;
     }
     const long long direction = options.from > options.to ? -1 : 1;
@@ -81,7 +85,8 @@ bool build_axis(const swept_range& options, property* first_row, value_axis* axi
     }
     axis->is_signed = range.is_signed;
     const std::vector<long long> table = first_row->table_keys();
-    return table.empty() ? values_between(options, range, axis) : keys_between(options, table, axis);
+    return table.empty() ? values_between(options, range, axis)
+                         : keys_between(options, table, axis);
 }
 
 }  // namespace

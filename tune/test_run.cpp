@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <cstring>
+#include <ctime>
 
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
@@ -60,20 +60,18 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
 
 namespace {
 
-point_result run_tests(const test_options& options, const environment& names, const stop_signals& stop,
-                       progress_line& progress, hang_guard& guard) {
+point_result run_tests(const test_options& options, const environment& names,
+                       const stop_signals& stop, progress_line& progress, hang_guard& guard) {
     for (long long run = 0; run < options.runs; ++run) {
-        const command_result got = run_command(options.command, names, options.timeout_seconds, stop, [&] {
-            progress.refresh();
-            guard.watchdog.keep_alive();
-        });
+        const command_result got =
+            run_command(options.command, names, options.timeout_seconds, stop, [&] {
+                progress.refresh();
+                guard.watchdog.keep_alive();
+            });
         switch (got.what) {
-        case command_result::passed:
-            break;
-        case command_result::failed:
-            return {point_result::measured, outcome::fail, 0};
-        case command_result::timed_out:
-            return {point_result::measured, outcome::timeout, 0};
+        case command_result::passed: break;
+        case command_result::failed: return {point_result::measured, outcome::fail, 0};
+        case command_result::timed_out: return {point_result::measured, outcome::timeout, 0};
         case command_result::not_started:
             progress.clear();
             report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
@@ -87,17 +85,18 @@ point_result run_tests(const test_options& options, const environment& names, co
 
 }  // namespace
 
-point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
-                        const environment& names, const stop_signals& stop, progress_line& progress,
-                        hang_guard& guard) {
+point_result test_point(const std::vector<setting>& changes, const journal_point& point,
+                        const test_options& options, const environment& names,
+                        const stop_signals& stop, progress_line& progress, hang_guard& guard) {
     if (const int signal = stop.take())
         return {point_result::interrupted, outcome::fail, signal};
     if (!guard.trying(point))
         return {point_result::write_failed, outcome::fail, 0};
     int signal = 0;
-    const point_result got = write_locked(changes, &stop, &signal) ? run_tests(options, names, stop, progress, guard)
-                             : signal ? point_result{point_result::interrupted, outcome::fail, signal}
-                                      : point_result{point_result::write_failed, outcome::fail, 0};
+    const point_result got =
+        write_locked(changes, &stop, &signal) ? run_tests(options, names, stop, progress, guard)
+        : signal ? point_result{point_result::interrupted, outcome::fail, signal}
+                 : point_result{point_result::write_failed, outcome::fail, 0};
     if (got.what == point_result::measured)
         guard.measured(got.result);
     else
@@ -109,11 +108,8 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
     if (options.assume_yes)
         return true;
     switch (ask_consent(warning, stdin, isatty(STDIN_FILENO), stderr)) {
-    case consent::given:
-        return true;
-    case consent::refused:
-        report("%s cancelled; nothing written", what);
-        return false;
+    case consent::given: return true;
+    case consent::refused: report("%s cancelled; nothing written", what); return false;
     case consent::no_terminal:
         report("standard input is not a terminal; give -y to %s without asking", what);
         return false;
@@ -124,7 +120,8 @@ bool confirmed(const test_options& options, const std::string& warning, const ch
 bool command_ready(const test_options& options) {
     if (command_exists(options.command.front()))
         return true;
-    report("%s: no such command, or not executable; nothing written", options.command.front().c_str());
+    report("%s: no such command, or not executable; nothing written",
+           options.command.front().c_str());
     return false;
 }
 
@@ -144,7 +141,8 @@ bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FI
 bool open_profile(const test_options& options, whole_file* profile) {
     if (options.profile_path.empty() || profile->open(options.profile_path))
         return true;
-    report("cannot write %s: %s; nothing written", options.profile_path.c_str(), std::strerror(errno));
+    report("cannot write %s: %s; nothing written", options.profile_path.c_str(),
+           std::strerror(errno));
     return false;
 }
 
@@ -153,8 +151,9 @@ namespace {
 // A word as a shell would take it back; on one line, since it ends up in a comment.
 std::string shell_word(std::string word) {
     std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() && word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                                                "_-+=.,:/@%") == std::string::npos)
+    if (!word.empty() &&
+        word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                               "_-+=.,:/@%") == std::string::npos)
         return word;
     std::string quoted = "'";
     for (char c : word)

@@ -31,7 +31,8 @@ struct point_result {
 // it, so that the command may run padkit itself. Says what failed. With
 // STOP, a stop signal that arrives while it waits for the lock ends the
 // wait: false, with the signal in *signal (when given).
-bool write_locked(const std::vector<setting>& settings, const stop_signals* stop = nullptr, int* signal = nullptr);
+bool write_locked(const std::vector<setting>& settings, const stop_signals* stop = nullptr,
+                  int* signal = nullptr);
 
 // The values of the properties as the hardware holds them, under the lock;
 // says which cannot be read.
@@ -43,9 +44,9 @@ bool read_locked(const std::vector<property*>& props, std::vector<std::string>* 
 // journal has the point before the write and its result after the command
 // (a journal that cannot be written fails the write); its watchdog is kept
 // alive meanwhile.
-point_result test_point(const std::vector<setting>& changes, const journal_point& point, const test_options& options,
-                        const environment& names, const stop_signals& stop, progress_line& progress,
-                        hang_guard& guard);
+point_result test_point(const std::vector<setting>& changes, const journal_point& point,
+                        const test_options& options, const environment& names,
+                        const stop_signals& stop, progress_line& progress, hang_guard& guard);
 
 // Asks before the first write, unless -y was given: WARNING on standard
 // error, the question on a terminal. WHAT names the run in the refusal:

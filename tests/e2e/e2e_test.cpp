@@ -47,7 +47,7 @@ const std::string mmc = "mmc::rdqs", rdqs = "sys/kernel/debug/mmc0/rdqs", r_zero
 const std::string cpu = "cpu_regulator::microvolts", reg1 = "sys/class/regulator/regulator.1/";
 const std::string volts = reg1 + "microvolts", low = reg1 + "min_microvolts", high = reg1 + "max_microvolts";
 const std::string page = "37" + std::string(4094, ' '), past_page = page + " ";  // a kernel file holds a page
-const settings worked = {{"regs", "0x00540008 0x12345678\n"}};  // tx-vref 8
+const settings worked = {{"regs", "0x00540008 0x12345678\n"}};                   // tx-vref 8
 const std::string vref_top = "0x00540008 0x1237d678\n", vref_zero = "0x00540008 0x12305678\n";
 using namespace padkit_status;
 
@@ -189,9 +189,10 @@ TEST(padkit_sim, run_waits_for_the_lock) {
     flock(fd, LOCK_UN);
     close(fd);
     const result got = b.finish(pid);
-    EXPECT_EQ(got.out + std::to_string(got.status), "Not supported yet.\n" + std::to_string(shell_status(padkit_status::not_supported)));
-    EXPECT_EQ(got.err, "Waiting for the lock on " + (b.dir / "tmp/padkit.lock").string() +
-                           ", held by process " + std::to_string(getpid()) + ".\n");
+    EXPECT_EQ(got.out + std::to_string(got.status),
+              "Not supported yet.\n" + std::to_string(shell_status(padkit_status::not_supported)));
+    EXPECT_EQ(got.err, "Waiting for the lock on " + (b.dir / "tmp/padkit.lock").string() + ", held by process " +
+                           std::to_string(getpid()) + ".\n");
 }
 
 TEST(padkit_sim, board_directory_from_environment) {
@@ -211,10 +212,12 @@ TEST(padkit_sim, board_directory_from_environment) {
 
 // A request served whose output is lost fails: the file size limit refuses the first byte.
 TEST(padkit_sim, lost_output) {
+    // clang-format off
     const struct { const char* program; strings args; int status; } rows[] = {
         {PADKIT_SIM, {"-r", mmc}, shell_status(padkit_status::output_failed)},
         {PADKIT_TUNE_SIM, {"dump", mmc}, tune_status::not_done},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.program);
         sim_board b(row.program);

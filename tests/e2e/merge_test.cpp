@@ -16,15 +16,18 @@ const std::string dq3 = "tarnm-ddra-read0::dq3";
 std::string csv(int from, int to, int lo, int hi) {
     std::string text = "name,value,result\n";
     for (int value = from; value <= to; ++value)
-        text += dq3 + "," + (value > 0 ? "+" : "") + std::to_string(value) + (value >= lo && value <= hi ? ",pass\n" : ",fail\n");
+        text += dq3 + "," + (value > 0 ? "+" : "") + std::to_string(value) +
+                (value >= lo && value <= hi ? ",pass\n" : ",fail\n");
     return text;
 }
 
 const std::string a = csv(-3, 3, -2, 1), none = csv(-3, 3, 9, 9), later = csv(0, 5, 1, 4);
 const std::string good = "name,value,result\n" + dq3 + ",+1,pass\n", far = csv(5, 6, 5, 6);
 // Bad at line 3.
-const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pass\n", unknown = good + dq3 + ",+2,passed\n";
+const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pass\n",
+                  unknown = good + dq3 + ",+2,passed\n";
 
+// clang-format off
 const struct named_case {
     const char* name;
     run_case c;
@@ -37,6 +40,7 @@ const struct named_case {
     {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
     {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
 };
+// clang-format on
 
 }  // namespace
 
@@ -53,20 +57,33 @@ TEST(padkit_tune_merge, refusals_and_boards_without_a_window) {
 TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
     tune_board boards[3], fresh;
     const fs::path dir = fresh.scratch;
-    strings merge = {"merge", "--csv", (dir / "m.csv").string(), "--svg", (dir / "m.svg").string(), "--profile", (dir / "m.conf").string()};
+    strings merge = {"merge",
+                     "--csv",
+                     (dir / "m.csv").string(),
+                     "--svg",
+                     (dir / "m.svg").string(),
+                     "--profile",
+                     (dir / "m.conf").string()};
     for (int k = 0; k < 3; ++k) {
         const std::string file = (dir / ("b" + std::to_string(k + 1) + ".csv")).string();
-        const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(3 * k - 12) + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
-        ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status, tune_status::ok);
+        const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(3 * k - 12) +
+                                    " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
+        ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status,
+                  tune_status::ok);
         merge.push_back(file);
     }
     const result got = fresh.run(merge);
-    EXPECT_EQ(got.out, dq3 + "\n    -20  -15  -10  -5   0    +5   +10     +20\nb1  ........##########################.......\nb2  ...........##########################....\n"
-                             "b3  ..............##########################.\nb1: window -12..+13 (26 values), centre 0\nb2: window -9..+16 (26 values), centre +3 (setting 67)\n"
-                             "b3: window -6..+19 (26 values), centre +6 (setting 70)\n" + dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" +
-                             dq3 + ": centre +3: margin 9 below, 10 above (worst: b3 below, b1 above)\n");
+    EXPECT_EQ(got.out, dq3 +
+                           "\n    -20  -15  -10  -5   0    +5   +10     +20\nb1  "
+                           "........##########################.......\nb2  ...........##########################....\n"
+                           "b3  ..............##########################.\nb1: window -12..+13 (26 values), centre "
+                           "0\nb2: window -9..+16 (26 values), centre +3 (setting 67)\n"
+                           "b3: window -6..+19 (26 values), centre +6 (setting 70)\n" +
+                           dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" + dq3 +
+                           ": centre +3: margin 9 below, 10 above (worst: b3 below, b1 above)\n");
     EXPECT_EQ(got.status, tune_status::ok) << got.err;
-    EXPECT_NE(slurp(dir / "m.csv").find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos) << slurp(dir / "m.csv");
+    EXPECT_NE(slurp(dir / "m.csv").find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos)
+        << slurp(dir / "m.csv");
     EXPECT_EQ(fresh.run({"apply", (dir / "m.conf").string()}).status, tune_status::ok) << slurp(dir / "m.conf");
     EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
     const std::string svg = (dir / "m.svg").string();

@@ -15,7 +15,8 @@ namespace {
 // old: the board's settings; new: each of them changed (a number's lowest
 // bit flipped, a regulator 10 mV up; table fields left out). few_old and
 // few_new: the same for the groups outside the DDR PHY, quicker to apply.
-const std::string prelude = R"sh(T="$*"; t() { $T "$@"; }; bg() { exec env --default-signal=INT,QUIT $T "$@"; }; B=$PADKIT_SIM_DIR
+const std::string prelude =
+    R"sh(T="$*"; t() { $T "$@"; }; bg() { exec env --default-signal=INT,QUIT $T "$@"; }; B=$PADKIT_SIM_DIR
 changed() { awk 'function flip(n) { return n % 2 ? n - 1 : n + 1 }
     BEGIN { FS = " = " } /odt|drv/ { next } /regulator/ { print $1 " = " $2 + 10000; next }
     { s = $2; o = ""; while (match(s, /[0-9]+/)) { o = o substr(s, 1, RSTART - 1) flip(substr(s, RSTART, RLENGTH))
@@ -43,6 +44,7 @@ void check_script(const script_row& row) {
 const std::string p = "padkit-tune-sim: ", lost = p + "write standard output failed.\n";
 const std::string unreachable = p + "ehci0-phy::tx-vref: open /dev/zeb_mem failed.\n";
 
+// clang-format off
 const script_row rows[] = {
     // Findings 1, 2, 5 and 11: the writes are never cut short, statuses mean one thing.
     {"apply -v into head -1 applies everything", "t apply -v $B/new | head -1 >/dev/null; whole new new", "", lost, 0},
@@ -108,6 +110,7 @@ const script_row rows[] = {
     {"standard input twice, or closed", "t apply - - </dev/null; t apply - <&-", "",
      p + "standard input given twice; it can be read once\n" + p + "standard input is closed\n", tune_status::bad_input},
 };
+// clang-format on
 
 TEST(reliability, rows) {
     for (const script_row& row : rows)
@@ -122,17 +125,22 @@ TEST(reliability, rollback_restores_a_code_without_a_key) {
     tune_board b;
     b.change("regs", "0x00f38120 0x00000000\n");
     b.change("sys/class/regulator/regulator.1/microvolts", "1095000");
-    b.change("p", "tarnm-ddra::clkdrv = 40\ncpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
+    b.change("p",
+             "tarnm-ddra::clkdrv = 40\ncpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
     const std::string regulator = (b.dir / "sys/class/regulator/regulator.2").string();
-    b.launcher = {"unshare", "-m", "sh", "-c",
-                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"", regulator};
+    b.launcher = {"unshare",
+                  "-m",
+                  "sh",
+                  "-c",
+                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
+                  regulator};
     if (b.run({"--version"}).status != 0)
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, tune_status::left_changed);
     EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
-                           "cpu_regulator::microvolts: not restored to 1095000: wrote 1095000, reads back 1100000\n" + p +
-                           "tarnm-ddra::clkdrv: restored to code 0\n" + p +
+                           "cpu_regulator::microvolts: not restored to 1095000: wrote 1095000, reads back 1100000\n" +
+                           p + "tarnm-ddra::clkdrv: restored to code 0\n" + p +
                            "apply failed; left changed: cpu_regulator::microvolts\n");
     EXPECT_EQ(slurp(b.dir / "regs"), "0x00f38120 0x00000000\n");
 }

@@ -43,6 +43,7 @@ std::string chart(const std::vector<std::string>& rows) {
 const std::string rdqs_file = "sys/kernel/debug/mmc0/rdqs", core_file = "sys/class/regulator/regulator.2/microvolts";
 
 // A case that names no board file must leave both properties as they were.
+// clang-format off
 const named_case cases[] = {
     {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {},
      chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) +
@@ -99,6 +100,7 @@ const named_case cases[] = {
      tune_status::bad_input, ""}},
 
 };
+// clang-format on
 
 }  // namespace
 
@@ -119,7 +121,8 @@ TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
     const std::string dq3 = "tarnm-ddra-read0::dq3";
     tune_board kept, profiled;
     const strings shmoo = {dq3, "-3", "3", core, "880000", "920000", "--", "sh", "-c", dq_diamond};
-    strings keep = {"shmoo", "-y", "--keep", "centre"}, profile = {"shmoo", "-y", "--profile", (profiled.scratch / "p.conf").string()};
+    strings keep = {"shmoo", "-y", "--keep", "centre"},
+            profile = {"shmoo", "-y", "--profile", (profiled.scratch / "p.conf").string()};
     keep.insert(keep.end(), shmoo.begin(), shmoo.end());
     profile.insert(profile.end(), shmoo.begin(), shmoo.end());
     EXPECT_EQ(kept.run(keep).status, tune_status::ok);
@@ -146,7 +149,8 @@ TEST(padkit_tune_shmoo, csv_and_svg) {
     for (std::string::size_type at = 0; (at = shown.find("cell ", at)) != std::string::npos; at += 5)
         cells += 'c';
     EXPECT_EQ(cells.size(), 35u) << shown;
-    for (const std::string& item : strings{"name " + core, "name tarnm-ddra-read0::dq3", "axis -3", "axis +3", "axis 880000",
-                                    "axis 920000", "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass"})
+    for (const std::string& item :
+         strings{"name " + core, "name tarnm-ddra-read0::dq3", "axis -3", "axis +3", "axis 880000", "axis 920000",
+                 "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass"})
         EXPECT_NE(shown.find(item + "\n"), std::string::npos) << item << "\n" << shown;
 }

@@ -32,7 +32,10 @@ inline std::string slurp(const fs::path& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-struct result { std::string out, err, trace; int status; };
+struct result {
+    std::string out, err, trace;
+    int status;
+};
 
 // A status as the shell sees it: padkit's negative ones modulo 256.
 constexpr int shell_status(int status) { return status & 0xff; }
@@ -51,7 +54,10 @@ struct sim_board {
     fs::path scratch = mkdtemp((fs::temp_directory_path() / "padkit-e2e-XXXXXX").string().data());
     fs::path dir = scratch / "board";
 
-    ~sim_board() { std::error_code ec; fs::remove_all(scratch, ec); }
+    ~sim_board() {
+        std::error_code ec;
+        fs::remove_all(scratch, ec);
+    }
     pid_t start(const strings& args, const settings& env = {}) const {
         std::istringstream emulator(PADKIT_SIM_EMULATOR);
         strings words = launcher;
@@ -116,9 +122,9 @@ struct sim_board {
 struct run_case {
     strings args;  // <B> stands for the board directory, here and in err
     settings changes;
-    std::string out, err;  // ending in "...": what the output begins with
-    int status;  // as the program returns it
-    std::string trace = "-";  // "-": not checked
+    std::string out, err;                                         // ending in "...": what the output begins with
+    int status;                                                   // as the program returns it
+    std::string trace = "-";                                      // "-": not checked
     std::vector<std::pair<std::string, std::string>> files = {};  // board file, expected content
 };
 

@@ -15,7 +15,8 @@ namespace {
 
 // A test command passing for values in LO..HI; more windows with "||".
 std::string in(int lo, int hi) {
-    return "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(lo) + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(hi) + " ]";
+    return "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(lo) + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(hi) +
+           " ]";
 }
 
 const std::string mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", cpu = "cpu_regulator::microvolts";
@@ -23,7 +24,8 @@ const std::string dq = "tarnm-ddra-read0::dq";
 
 // Passes when the composite reads 5 everywhere but at the swept member, which holds the setting.
 const std::string members_apart =
-    PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" " + dq + " 2>/dev/null | tr -d '{}' | "
+    PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" " + dq +
+    " 2>/dev/null | tr -d '{}' | "
     "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_SETTING "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
 
@@ -34,6 +36,7 @@ strings sweep(strings args, const std::string& command) {
 }
 
 // A case that names no board file must leave the swept property as it was.
+// clang-format off
 const struct named_case {
     const char* name;
     run_case c;
@@ -82,6 +85,7 @@ const struct named_case {
     {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {}, "",
      "padkit-tune-sim: tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
 };
+// clang-format on
 
 }  // namespace
 
@@ -104,8 +108,8 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
     const std::string csv = (b.scratch / "sweep.csv").string(), svg = (b.scratch / "sweep.svg").string();
-    const std::string command = "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " +
-                                in(1, 2) + " && " + members_apart;
+    const std::string command =
+        "[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != " + dq + "00 ] || sleep 9; " + in(1, 2) + " && " + members_apart;
     const result got =
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
@@ -114,22 +118,25 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
-        expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " + cell +
-                        "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\ncentre " + cell + "+1: pass\n";
+        expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
+                        cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\ncentre " + cell +
+                        "+1: pass\n";
         summaries += "summary " + name + ": window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + name +
                      ": original -5: not on the axis\n";
     }
     EXPECT_EQ(slurp(csv), expected_csv);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
-    EXPECT_EQ(slurp(svg + ".txt"), expected_svg + "common " + dq + "0 = +1: pass .. " + dq + "7 = +2: pass 16\n" + summaries + "summary " + dq +
+    EXPECT_EQ(slurp(svg + ".txt"), expected_svg + "common " + dq + "0 = +1: pass .. " + dq + "7 = +2: pass 16\n" +
+                                       summaries + "summary " + dq +
                                        ": common window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + dq +
                                        ": centre +1: margin 0 below, 1 above (worst: " + dq + "0)\n");
 }
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
 TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
-    const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" +
-                                                dq3 + ": original +12: margin 22 below, 8 above\n";
+    const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" + dq3 +
+                                                ": original +12: margin 22 below, 8 above\n";
+    // clang-format off
     const struct {
         const char* name;
         std::string from, to, ending, labels;  // labels: of the SVG's axis
@@ -140,14 +147,14 @@ TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
         {"-63 63", "-63", "63", summary,
          "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         tune_board b;
         b.change("start", (dq3 + " = 76").c_str());
         b.run({"apply", (b.dir / "start").string()});
         const std::string svg = (b.scratch / "dq.svg").string();
-        const result got =
-            b.run(sweep({"-y", "--keep", "centre", "--svg", svg, dq3, row.from, row.to}, in(-10, 20)));
+        const result got = b.run(sweep({"-y", "--keep", "centre", "--svg", svg, dq3, row.from, row.to}, in(-10, 20)));
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
         EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
         const std::string labels_and_original = " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >";

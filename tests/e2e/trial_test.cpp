@@ -10,7 +10,9 @@ namespace {
 
 const std::string p = "padkit-tune-sim: ", lib = "<B>/var/lib/padkit/";
 std::string trying(const char* name, const char* count) { return p + "trying " + lib + name + ": try " + count + "\n"; }
-std::string failed(const char* name, const char* tries) { return p + "trial " + lib + name + " failed after " + tries + "; not applied\n"; }
+std::string failed(const char* name, const char* tries) {
+    return p + "trial " + lib + name + " failed after " + tries + "; not applied\n";
+}
 // mac-tx::delay (known-good 1) and mmc::rdqs (trial 9) on the board.
 const std::string fresh = "0 37", known_good = "1 37", tried = "1 9";
 
@@ -34,10 +36,12 @@ struct trial_board : tune_board {
     std::string state() const {
         const std::string out = (scratch / "out").string(), json = (scratch / "json").string();
         run({"trial", "--status", "--json"});
-        const std::string python = PYTHON3 " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
+        const std::string python =
+            PYTHON3
+            " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
             "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
-            "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], end=\"\")' " + out + " " +
-            (dir / "var/lib/padkit").string() + " " + (dir / "etc/padkit.d").string() + " >" + json;
+            "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], end=\"\")' " +
+            out + " " + (dir / "var/lib/padkit").string() + " " + (dir / "etc/padkit.d").string() + " >" + json;
         return std::system(python.c_str()) == 0 ? slurp(json) : "not JSON: " + slurp(out);
     }
     void live(const std::vector<step>& steps) {
@@ -48,7 +52,8 @@ struct trial_board : tune_board {
             for (const auto& [path, text] : s.changes)
                 change(path, text);
             strings args = s.args.empty() ? strings{"apply", "--system"} : s.args;
-            std::transform(args.begin(), args.end(), args.begin(), [this](const std::string& arg) { return on_board(arg); });
+            std::transform(args.begin(), args.end(), args.begin(),
+                           [this](const std::string& arg) { return on_board(arg); });
             const result got = run(args);
             EXPECT_EQ(got.err + std::to_string(got.status), on_board(s.err) + std::to_string(s.exit));
             const std::string dump = run({"dump", "mac-tx::delay", "mmc::rdqs"}).out;
@@ -63,6 +68,7 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 }  // namespace
 
 TEST(trial, blessed_after_its_first_try_is_known_good) {
+    // clang-format off
     trial_board().live({
         {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
         {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0",
@@ -74,9 +80,11 @@ TEST(trial, blessed_after_its_first_try_is_known_good) {
         {"next trial", {"trial", "--now", "<B>/t"}, tried, "50-board.conf trial-0002+2-1.conf ~trial-0001.conf | pending 2 1"},
         {"blessed at once", bless, tried, "50-board.conf ~trial-0001.conf ~trial-0002.conf | good None None"},
     });
+    // clang-format on
 }
 
 TEST(trial, never_blessed_or_failed_is_left_out) {
+    // clang-format off
     trial_board().live({
         {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None", p + "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", tune_status::bad_input},
         {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
@@ -97,4 +105,5 @@ TEST(trial, never_blessed_or_failed_is_left_out) {
          {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
         {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", failed("trial-0001+0-1.bad", "1 try")},
     });
+    // clang-format on
 }

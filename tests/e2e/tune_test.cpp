@@ -25,7 +25,8 @@ void randomize(const sim_board& b, std::mt19937& random) {
         if (kind == 'W')
             select = word;
         else if (address == "0x00f38120" || address == "0x00f18120")
-            regs << address << " 0x00" << "fbe8"[random() % 4] << "fbe8"[random() % 4] << "00"
+            regs << address << " 0x00"
+                 << "fbe8"[random() % 4] << "fbe8"[random() % 4] << "00"
                  << "fbe8"[random() % 4] << "6410"[random() % 4] << "\n";
         else
             regs << address << (previous == "W" ? "@" + select : "") << " 0x" << std::hex << random() << "\n";
@@ -101,7 +102,8 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
     b.change("p", profile.c_str());
     for (const char* command : {"apply", "diff"}) {
         const result got = b.run({command, b.on_board("<B>/p")});
-        EXPECT_EQ(got.out + got.err + got.trace + std::to_string(got.status), err + std::to_string(tune_status::bad_input))
+        EXPECT_EQ(got.out + got.err + got.trace + std::to_string(got.status),
+                  err + std::to_string(tune_status::bad_input))
             << command;
     }
     b.change("p", nullptr);
@@ -113,9 +115,13 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
 TEST(padkit_tune, failed_write_is_rolled_back) {
     tune_board b;
     const std::string before = b.run({"dump"}).out;
-    b.change("p", "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
-                  "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    b.launcher = {"unshare", "-m", "sh", "-c",
+    b.change("p",
+             "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
+             "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
+    b.launcher = {"unshare",
+                  "-m",
+                  "sh",
+                  "-c",
                   "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
                   (b.dir / regulator2).string()};
     if (b.run({"--version"}).status != 0)
@@ -124,9 +130,8 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
     EXPECT_EQ(got.status, tune_status::not_done);
     const std::string p = "padkit-tune-sim: ";
     EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
-                           "cpu_regulator::microvolts: restored to 1100000\n" + p +
-                           "mmc::rdqs: restored to 37\n" + p + "tarnm-ddrb-read3::dq5: restored to 0\n" +
-                           p + "mac-tx::delay: restored to 0\n" + p +
+                           "cpu_regulator::microvolts: restored to 1100000\n" + p + "mmc::rdqs: restored to 37\n" + p +
+                           "tarnm-ddrb-read3::dq5: restored to 0\n" + p + "mac-tx::delay: restored to 0\n" + p +
                            "apply failed; every property is as it was\n");
     b.launcher.clear();
     EXPECT_EQ(b.run({"dump"}).out, before);

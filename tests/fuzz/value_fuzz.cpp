@@ -20,10 +20,9 @@
 namespace {
 
 const char* const names[] = {  // the first input byte picks one: '0'..'7' in the seeds
-    "ehci0-phy::tx-vref", "tarnm-ddra0::scl", "tarnm-ddra::odt", "tarnm-ddra-read1::dq3",
-    "tarnm-ddra-write0::dq", "mmc::rdqs", "cpu_regulator::microvolts", "i2c0-delay::sda-delay"};
-const char* const files[] = {"/sys/kernel/debug/mmc0/rdqs",
-                             "/sys/class/regulator/regulator.1/microvolts"};
+    "ehci0-phy::tx-vref",    "tarnm-ddra0::scl", "tarnm-ddra::odt",           "tarnm-ddra-read1::dq3",
+    "tarnm-ddra-write0::dq", "mmc::rdqs",        "cpu_regulator::microvolts", "i2c0-delay::sda-delay"};
+const char* const files[] = {"/sys/kernel/debug/mmc0/rdqs", "/sys/class/regulator/regulator.1/microvolts"};
 
 std::string files_text() {
     std::string text;
@@ -72,7 +71,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     platform_register_properties();
     for (const char* name : members)
         property::register_property("fuzz", new recorder(name));
-    atexit([] { property_group::free_all(); property::free_all(); });
+    atexit([] {
+        property_group::free_all();
+        property::free_all();
+    });
     return 0;
 }
 

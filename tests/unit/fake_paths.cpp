@@ -17,9 +17,9 @@ char root[] = "/tmp/padkit-unit-XXXXXX";
 
 const char* test_root() {
     static const bool made = mkdtemp(root) && std::atexit([] {
-        std::error_code ec;
-        std::filesystem::remove_all(root, ec);
-    }) == 0;
+                                                  std::error_code ec;
+                                                  std::filesystem::remove_all(root, ec);
+                                              }) == 0;
     if (!made)
         std::abort();
     return root;
@@ -29,8 +29,7 @@ const char* test_root() {
 
 std::string system_path(const std::string& path) {
     if (path.empty() || path[0] != '/' || path.find("/..") != std::string::npos) {
-        std::fprintf(stderr, "a unit test opened %s, outside its temporary directory\n",
-                     path.c_str());
+        std::fprintf(stderr, "a unit test opened %s, outside its temporary directory\n", path.c_str());
         std::abort();
     }
     return test_root() + path;

@@ -33,6 +33,7 @@ bool ends(pid_t pid) {
 
 TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     const std::string pid_file = "/tmp/padkit-sweep-pid-" + std::to_string(getpid());
+    // clang-format off
     const struct {
         const char* name;
         std::vector<std::string> argv;
@@ -48,6 +49,7 @@ TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
         {"passed, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file}, 5, command_result::passed, 0},
         {"ignores SIGTERM", {"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         stop_signals stop;
@@ -78,6 +80,7 @@ TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnored) {
 }
 
 TEST(command_run, CommandExistsLikeExecvpWouldFindIt) {
+    // clang-format off
     const std::pair<const char*, bool> rows[] = {
         {"sh", true},
         {"/bin/sh", true},
@@ -85,6 +88,7 @@ TEST(command_run, CommandExistsLikeExecvpWouldFindIt) {
         {"/etc/passwd", false},
         {"/tmp", false},
     };
+    // clang-format on
     for (const auto& [command, exists] : rows)
         EXPECT_EQ(command_exists(command), exists) << command;  // the command is the row's name
 }

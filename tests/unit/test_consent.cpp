@@ -9,6 +9,7 @@
 #include "tune/sweep/consent.h"
 
 TEST(consent, OnlyYOrYesOnATerminalProceeds) {
+    // clang-format off
     const struct { const char* name; bool terminal; const char* input; consent answer; } rows[] = {
         {"y", true, "y\n", consent::given},
         {"YES in blanks", true, " YES \n", consent::given},
@@ -17,6 +18,7 @@ TEST(consent, OnlyYOrYesOnATerminalProceeds) {
         {"only the first line counts", true, "n\ny\n", consent::refused},
         {"no terminal", false, "y\n", consent::no_terminal},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         std::string input = row.input;

@@ -19,7 +19,9 @@ grid_results grid(const std::vector<std::string>& rows) {
     for (std::size_t y = 0; y < rows.size(); ++y)
         for (std::size_t x = 0; x < rows[y].size(); ++x)
             if (rows[y][x] != ' ')
-                results.cells[y][x] = rows[y][x] == '#' ? outcome::pass : rows[y][x] == '.' ? outcome::fail : outcome::timeout;
+                results.cells[y][x] = rows[y][x] == '#'   ? outcome::pass
+                                      : rows[y][x] == '.' ? outcome::fail
+                                                          : outcome::timeout;
     return results;
 }
 
@@ -27,6 +29,7 @@ grid_results grid(const std::vector<std::string>& rows) {
 
 TEST(grid, SafestPoint) {
     const std::optional<grid_point> none;
+    // clang-format off
     const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; int x, y, margin; } cases[] = {
         {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, none, 2, 2, 1},
         {"edge moves inward", {"###..", "###..", "###..", "###.."}, none, 1, 1, 1},
@@ -39,11 +42,14 @@ TEST(grid, SafestPoint) {
         {"tie to lower X", {"#.#"}, grid_point{1, 0}, 0, 0, 0},
         {"nearest by the larger distance", {"...#", ".#..", "....", "...."}, grid_point{3, 3}, 1, 1, 0},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const std::optional<safest_point> got = find_safest(grid(c.rows), c.near);
         ASSERT_TRUE(got) << c.name;
-        EXPECT_EQ(std::vector<int>({static_cast<int>(got->at.x), static_cast<int>(got->at.y), static_cast<int>(got->margin)}),
-                  std::vector<int>({c.x, c.y, c.margin})) << c.name;
+        EXPECT_EQ(
+            std::vector<int>({static_cast<int>(got->at.x), static_cast<int>(got->at.y), static_cast<int>(got->margin)}),
+            std::vector<int>({c.x, c.y, c.margin}))
+            << c.name;
     }
     EXPECT_FALSE(find_safest(grid({"..", "T."}), grid_point{0, 0})) << "no passing point";
 }

@@ -17,6 +17,7 @@ struct stub : property {
 
 // A composite's members are its own members' values, in order.
 TEST_F(unit_test, PropertySetSplitsChecksCountFirstAndNeverRollsBack) {
+    // clang-format off
     const struct { const char *name, *text, *refuser, *err, *after; } rows[] = {
         {"blanks and an empty last member", "{1, 2,}", "", "", "{1, 2,}"},
         {"inner braces are text", "{1,{2},3}", "", "", "{1,{2},3}"},
@@ -25,6 +26,7 @@ TEST_F(unit_test, PropertySetSplitsChecksCountFirstAndNeverRollsBack) {
         {"count checked first", "{,,,}", "", "4 != 3\n", "{a,b,c}"},
         {"empty list", "{}", "b", "1 != 3\n", "{a,b,c}"},
         {"a refusal stops, no rollback", "{1,2,3}", "b", "set failed\n", "{1,b,c}"}};
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         for (const char* name : {"a", "b", "c"})

@@ -39,6 +39,7 @@ struct catalogue : unit_test {
 // The sequence of a write is checked end to end. A read shows the staged
 // word without reading the hardware, and each commit writes every staged word again.
 TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
+    // clang-format off
     const struct { const char* name; uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
         {"+5 less 3 is +2", 0x45, "-3", 0x42},
         {"+5 less 5 is -0", 0x45, "-5", 0x00},
@@ -54,6 +55,7 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
         {"-3 less 61, past -63", 0x03, "-61", 0x3F, true},
         {"least long long", 0x03, "-9223372036854775808", 0x3F, true},
         {"largest long long", 0x45, "+9223372036854775807", 0x7F, true}};
+    // clang-format on
     const uint32_t data = 0xF181A0;
     const std::string dq0 = "tarnm-ddrb-write7::dq0", dq8 = "tarnm-ddrb-write7::dq8";
     for (const auto& row : rows) {
@@ -81,9 +83,8 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
 
 TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
     std::set<std::tuple<char, uint32_t, uint32_t>> want;
-    for (uint32_t address : {0x540008, 0x54001C, 0x540030, 0x540044, 0x140000, 0x190110, 0x190130,
-                             0x190150, 0x190170, 0x190190, 0x1901B0, 0x1901D0, 0x1901F0, 0x191010,
-                             0x191030, 0x191070, 0x191090})
+    for (uint32_t address : {0x540008, 0x54001C, 0x540030, 0x540044, 0x140000, 0x190110, 0x190130, 0x190150, 0x190170,
+                             0x190190, 0x1901B0, 0x1901D0, 0x1901F0, 0x191010, 0x191030, 0x191070, 0x191090})
         want.emplace('r', address, 0);
     // Lane N selects 8 N; DQ register N, field dqK selects 7 N | K << 8.
     for (const auto& [lanes, sel, block] : {std::tuple{4u, 0xF3812Cu, 0xF38000u}, {8u, 0xF1812Cu, 0xF18000u}}) {

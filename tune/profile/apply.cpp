@@ -91,7 +91,8 @@ int apply_command(int argc, char** argv) {
     return system && !dry_run && status == tune_status::ok ? apply_trial(verbose) : status;
 }
 
-int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run, bool verbose) {
+int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run,
+                   bool verbose) {
     if (files.empty())
         return tune_status::ok;
     std::vector<setting> settings;

@@ -10,6 +10,7 @@
 // run lock; -n prints the changes instead, -v prints them as well. Nothing
 // to do for no files. Files found by listing a system directory are read as
 // load_profiles reads them (profile.h). Returns apply's exit status.
-int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run, bool verbose);
+int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run,
+                   bool verbose);
 
 #endif

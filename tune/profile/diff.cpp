@@ -49,5 +49,7 @@ int diff_command(int argc, char** argv) {
     }
     if (json)
         std::fputs(differences.empty() ? "]\n" : "\n]\n", stdout);
-    return !unreadable.empty() ? tune_status::bad_input : differences.empty() ? tune_status::ok : tune_status::not_done;
+    return !unreadable.empty()   ? tune_status::bad_input
+           : differences.empty() ? tune_status::ok
+                                 : tune_status::not_done;
 }

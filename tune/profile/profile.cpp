@@ -99,7 +99,6 @@ std::string shown(const std::string& text, std::size_t at_most = std::string::np
     return out;
 }
 
-
 void add(std::vector<setting>* settings, property* prop, const std::string& value) {
     settings->erase(std::remove_if(settings->begin(), settings->end(),
                                    [prop](const setting& s) { return s.prop == prop; }),
@@ -211,7 +210,8 @@ bool system_profiles(std::vector<std::string>* files, bool quiet) {
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
         struct stat st {};
-        const bool found = fstatat(dirfd(listing), name.c_str(), &st, system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
+        const bool found = fstatat(dirfd(listing), name.c_str(), &st,
+                                   system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
         if (found && S_ISREG(st.st_mode))
             files->push_back(dir + "/" + name);
         else if (!quiet)

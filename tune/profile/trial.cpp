@@ -65,7 +65,8 @@ int apply_counted(trial t, bool verbose) {
 // Counts one try of a pending trial on disk: the count is there before
 // anything is written, so that a board hanging in the trial still uses it up.
 bool count_try(trial* t) {
-    const std::string counted = trial_dir() + "/" + pending_name(t->number, t->left - 1, t->done + 1);
+    const std::string counted =
+        trial_dir() + "/" + pending_name(t->number, t->left - 1, t->done + 1);
     if (!move_synced(t->path, counted))
         return false;
     t->path = counted;
@@ -92,7 +93,8 @@ int install(const std::string& file, int tries, bool now) {
     trial t;
     t.number = listing.highest + 1;
     if (t.number > 9999) {
-        report("no trial number left: remove the ~trial-*.conf files of %s", known_good_dir().c_str());
+        report("no trial number left: remove the ~trial-*.conf files of %s",
+               known_good_dir().c_str());
         return tune_status::not_done;
     }
     // --now tries it at once: that is its first try.

@@ -45,7 +45,7 @@ bool parse_trial(const std::string& name, trial* t) {
         !take(name, &at, &t->left) || !take(name, &at, "-") || !take(name, &at, &t->done))
         return false;
     const std::string rest = name.substr(at);
-    t->state = rest == ".conf" ? trial_state::pending
+    t->state = rest == ".conf"                  ? trial_state::pending
                : rest == ".bad" && t->left == 0 ? trial_state::bad
                                                 : trial_state::none;
     return t->state != trial_state::none;
@@ -60,7 +60,8 @@ bool parse_blessed(const std::string& name, trial* t) {
 // The names in DIR, or none when it is missing.
 bool list_dir(const std::string& dir, std::vector<std::string>* names) {
     std::error_code ec;
-    for (std::filesystem::directory_iterator entry(dir, ec), end; !ec && entry != end; entry.increment(ec))
+    for (std::filesystem::directory_iterator entry(dir, ec), end; !ec && entry != end;
+         entry.increment(ec))
         names->push_back(entry->path().filename());
     if (ec && ec != std::errc::no_such_file_or_directory) {
         report("%s: %s", dir.c_str(), ec.message().c_str());

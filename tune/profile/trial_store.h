@@ -21,11 +21,11 @@ struct trial {
     std::string path;  // none: empty
     int number = 0;    // G
     int left = 0;
-    int done = 0;      // good: unknown, 0
+    int done = 0;  // good: unknown, 0
 };
 
 struct trial_listing {
-    trial current;  // pending or bad; else the newest blessed one, good; else none
+    trial current;    // pending or bad; else the newest blessed one, good; else none
     int highest = 0;  // the highest G in use, blessed or not
     std::vector<std::string> trial_files;  // every pending or bad file, oldest first
 };

@@ -13,7 +13,8 @@ std::string value_axis::range_text(std::size_t one, std::size_t other) const {
 }
 
 std::size_t value_axis::position_of(long long value) const {
-    return static_cast<std::size_t>(std::find(values.begin(), values.end(), value) - values.begin());
+    return static_cast<std::size_t>(std::find(values.begin(), values.end(), value) -
+                                    values.begin());
 }
 
 value_axis value_axis::part(std::size_t first, std::size_t count) const {
@@ -28,7 +29,8 @@ bool apart(const label_place& one, const label_place& other) {
 }
 
 bool apart_from_all(const label_place& label, const std::vector<label_place>& labels) {
-    return std::all_of(labels.begin(), labels.end(), [&](const label_place& other) { return apart(label, other); });
+    return std::all_of(labels.begin(), labels.end(),
+                       [&](const label_place& other) { return apart(label, other); });
 }
 
 // The grid steps 1, 2, 5, 10, 20, 50, ... by their index.

@@ -25,8 +25,8 @@ struct value_axis {
 
 // Where a label is drawn, in characters from the first position's left edge.
 struct label_place {
-    std::size_t at;      // the position it names
-    double from, to;     // its left and right edge
+    std::size_t at;   // the position it names
+    double from, to;  // its left and right edge
 };
 
 // The labels of an axis whose positions are cell_width characters apart: the

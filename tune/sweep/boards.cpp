@@ -8,7 +8,8 @@
 
 #include "tune/sweep/chart.h"
 
-sweep_results line_up(const std::string& name, bool is_signed, const std::vector<board_cells>& boards) {
+sweep_results line_up(const std::string& name, bool is_signed,
+                      const std::vector<board_cells>& boards) {
     sweep_results merged;
     merged.group = name;
     merged.axis.is_signed = is_signed;
@@ -18,7 +19,8 @@ sweep_results line_up(const std::string& name, bool is_signed, const std::vector
         for (std::size_t at = 0; at < boards[board].values.size(); ++at)
             positions[board][boards[board].values[at]] = at;
     const auto everywhere = [&](long long value) {
-        return std::all_of(positions.begin(), positions.end(), [&](const auto& board) { return board.count(value); });
+        return std::all_of(positions.begin(), positions.end(),
+                           [&](const auto& board) { return board.count(value); });
     };
     if (!boards.empty())
         std::copy_if(boards.front().values.begin(), boards.front().values.end(),
@@ -36,11 +38,12 @@ void print_merged_csv(std::FILE* out, const std::vector<sweep_results>& merged) 
     for (const sweep_results& property : merged) {
         const std::vector<outcome> common = common_results(property.rows);
         for (std::size_t at = 0; at < property.axis.size(); ++at) {
-            const auto passing = std::count_if(property.rows.begin(), property.rows.end(), [at](const sweep_row& row) {
-                return row.results[at] == outcome::pass;
-            });
-            std::fprintf(out, "%s,%s,%zu,%zu,%s\n", property.group.c_str(), property.axis.text_at(at).c_str(),
-                         static_cast<std::size_t>(passing), property.rows.size(), outcome_name(common[at]));
+            const auto passing = std::count_if(
+                property.rows.begin(), property.rows.end(),
+                [at](const sweep_row& row) { return row.results[at] == outcome::pass; });
+            std::fprintf(out, "%s,%s,%zu,%zu,%s\n", property.group.c_str(),
+                         property.axis.text_at(at).c_str(), static_cast<std::size_t>(passing),
+                         property.rows.size(), outcome_name(common[at]));
         }
     }
 }

@@ -20,7 +20,8 @@ struct board_cells {
 // The boards as the rows of one sweep whose group is the property: on the
 // values that every board measured, in the first board's order. Rows carry
 // no settings and no original.
-sweep_results line_up(const std::string& name, bool is_signed, const std::vector<board_cells>& boards);
+sweep_results line_up(const std::string& name, bool is_signed,
+                      const std::vector<board_cells>& boards);
 
 // "name,value,boards_passing,boards,result" and a line per value of each
 // lined-up sweep; the result is pass when every board passed.

@@ -10,7 +10,8 @@ std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t
 }
 
 std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting) {
-    return axis.text_at(at) + (setting == std::to_string(axis.values[at]) ? "" : " (setting " + setting + ")");
+    return axis.text_at(at) +
+           (setting == std::to_string(axis.values[at]) ? "" : " (setting " + setting + ")");
 }
 
 namespace {
@@ -20,7 +21,8 @@ std::string count_text(std::size_t count) {
 }
 
 std::string margin_text(const margins& margin) {
-    return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) + " above";
+    return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) +
+           " above";
 }
 
 std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
@@ -32,8 +34,9 @@ std::string window_line(const sweep_row& row, const value_axis& axis) {
     if (window.count == 0)
         return row.name + ": no passing value";
     const std::size_t centre = window_centre(window, axis.values);
-    return row.name + ": window " + axis.range_text(window.first, window.last()) + " (" + count_text(window.count) +
-           ")" + centre_text(axis, centre, setting_at(row, axis, centre));
+    return row.name + ": window " + axis.range_text(window.first, window.last()) + " (" +
+           count_text(window.count) + ")" +
+           centre_text(axis, centre, setting_at(row, axis, centre));
 }
 
 // Empty when the row has no original on its axis, or it was not measured.
@@ -60,8 +63,9 @@ std::string common_line(const sweep_results& results) {
     for (const sweep_row& row : results.rows)
         if (setting_at(row, results.axis, centre) != setting)
             setting = std::to_string(results.axis.values[centre]);  // no one setting to name
-    return results.group + ": common window " + results.axis.range_text(window.first, window.last()) + " (" +
-           count_text(window.count) + ")" + centre_text(results.axis, centre, setting);
+    return results.group + ": common window " +
+           results.axis.range_text(window.first, window.last()) + " (" + count_text(window.count) +
+           ")" + centre_text(results.axis, centre, setting);
 }
 
 // "GROUP: centre C: margin B below, A above (worst: ROW)": on each side the
@@ -71,15 +75,16 @@ std::string worst_margin_line(const sweep_results& results) {
     margins worst{results.axis.size(), results.axis.size()};
     std::string below, above;
     for (const sweep_row& row : results.rows) {
-        const margins margin = margins_in(window_at(row.results, centre), centre, results.axis.values);
+        const margins margin =
+            margins_in(window_at(row.results, centre), centre, results.axis.values);
         if (margin.below < worst.below)
             worst.below = margin.below, below = row.name;
         if (margin.above < worst.above)
             worst.above = margin.above, above = row.name;
     }
     const std::string rows = below == above ? below : below + " below, " + above + " above";
-    return results.group + ": centre " + results.axis.text_at(centre) + ": " + margin_text(worst) + " (worst: " +
-           rows + ")";
+    return results.group + ": centre " + results.axis.text_at(centre) + ": " + margin_text(worst) +
+           " (worst: " + rows + ")";
 }
 
 // By outcome: the chart's mark and the name in files.
@@ -88,7 +93,8 @@ const struct {
     const char* name;
 } outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}, {'H', "hang"}};
 
-std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first, std::size_t count) {
+std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first,
+                  std::size_t count) {
     const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
     std::string marks;
     for (std::size_t at = first; at < first + count && at < row.results.size(); ++at) {
@@ -150,11 +156,13 @@ void print_chart(std::FILE* out, const sweep_results& results, std::size_t colum
         const std::size_t count = std::min(block, values - first);
         if (first > 0)
             std::fputc('\n', out);
-        std::fprintf(out, "%*s%s\n", static_cast<int>(indent), "", label_line(results.axis.part(first, count)).c_str());
+        std::fprintf(out, "%*s%s\n", static_cast<int>(indent), "",
+                     label_line(results.axis.part(first, count)).c_str());
         for (const sweep_row& row : results.rows) {
             const std::string marks = cells(row, results.axis, first, count);
             // A row interrupted before these values has no cells to line up.
-            std::fprintf(out, "%-*s%s\n", marks.empty() ? 0 : static_cast<int>(indent), row.name.c_str(), marks.c_str());
+            std::fprintf(out, "%-*s%s\n", marks.empty() ? 0 : static_cast<int>(indent),
+                         row.name.c_str(), marks.c_str());
         }
     }
     for (const std::string& line : summary_lines(results))
@@ -168,7 +176,8 @@ std::size_t terminal_columns(int fd) {
 
 void print_csv_header(std::FILE* out) { std::fputs("name,value,result\n", out); }
 
-void print_csv_line(std::FILE* out, const std::string& name, const std::string& value, outcome result) {
+void print_csv_line(std::FILE* out, const std::string& name, const std::string& value,
+                    outcome result) {
     std::fprintf(out, "%s,%s,%s\n", name.c_str(), value.c_str(), outcome_name(result));
 }
 
@@ -177,9 +186,10 @@ void print_profile(std::FILE* out, const sweep_results& results, const std::stri
     std::vector<std::string> centres;
     for (const sweep_row& row : results.rows) {
         const sweep_window window = widest_window(row.results);
-        centres.push_back(window.count == 0
-                              ? ""
-                              : setting_at(row, results.axis, window_centre(window, results.axis.values)));
+        centres.push_back(
+            window.count == 0
+                ? ""
+                : setting_at(row, results.axis, window_centre(window, results.axis.values)));
     }
     const bool every_window = std::find(centres.begin(), centres.end(), "") == centres.end();
     if (!results.group.empty() && every_window) {

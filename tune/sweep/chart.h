@@ -38,7 +38,8 @@ std::size_t terminal_columns(int fd);
 // The CSV file is written as the sweep goes: "name,value,result", then one
 // line per measured cell.
 void print_csv_header(std::FILE* out);
-void print_csv_line(std::FILE* out, const std::string& name, const std::string& value, outcome result);
+void print_csv_line(std::FILE* out, const std::string& name, const std::string& value,
+                    outcome result);
 
 // The header, then "NAME = SETTING" at the centre of each row's widest window,
 // or "# NAME: no passing value"; a group as "GROUP = {S,...}" when every row

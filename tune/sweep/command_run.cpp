@@ -52,8 +52,8 @@ bool wait_for_end(pid_t pid, steady::time_point until) {
 }
 
 steady::time_point end_of_grace() {
-    return steady::now() +
-           std::chrono::duration_cast<steady::duration>(std::chrono::duration<double>(kill_grace_seconds));
+    return steady::now() + std::chrono::duration_cast<steady::duration>(
+                               std::chrono::duration<double>(kill_grace_seconds));
 }
 
 // The children of this process: as a subreaper it adopts what the command
@@ -67,15 +67,16 @@ std::vector<pid_t> adopted() {
     while (const dirent* entry = readdir(proc)) {
         if (entry->d_name[0] < '1' || entry->d_name[0] > '9')
             continue;
-        std::FILE* stat = std::fopen(("/proc/" + std::string(entry->d_name) + "/stat").c_str(), "re");
+        std::FILE* stat =
+            std::fopen(("/proc/" + std::string(entry->d_name) + "/stat").c_str(), "re");
         if (!stat)
             continue;
         // "pid (comm) state ppid ...": the name may hold blanks and parentheses.
         char line[512];
         const char* close = std::fgets(line, sizeof line, stat) ? std::strrchr(line, ')') : nullptr;
         int pid = 0, parent = 0;
-        if (close && std::sscanf(line, "%d", &pid) == 1 && std::sscanf(close + 1, " %*c %d", &parent) == 1 &&
-            parent == self)
+        if (close && std::sscanf(line, "%d", &pid) == 1 &&
+            std::sscanf(close + 1, " %*c %d", &parent) == 1 && parent == self)
             children.push_back(pid);
         std::fclose(stat);
     }
@@ -113,8 +114,8 @@ int end_group(pid_t pid) {
     return status;
 }
 
-[[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra, const stop_signals& stop,
-                             int error_pipe) {
+[[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra,
+                             const stop_signals& stop, int error_pipe) {
     setpgid(0, 0);
     for (const auto& [name, value] : extra)
         setenv(name.c_str(), value.c_str(), 1);
@@ -161,7 +162,8 @@ command_result run_command(const std::vector<std::string>& argv, const environme
     // Both sides set the group, so that it exists whichever runs first.
     setpgid(pid, pid);
     int exec_error = 0;
-    const bool exec_failed = read(error_pipe[0], &exec_error, sizeof exec_error) == sizeof exec_error;
+    const bool exec_failed =
+        read(error_pipe[0], &exec_error, sizeof exec_error) == sizeof exec_error;
     close(error_pipe[0]);
     if (exec_failed) {
         waitpid(pid, nullptr, 0);
@@ -176,7 +178,8 @@ command_result run_command(const std::vector<std::string>& argv, const environme
             end_group(pid);
             return {command_result::timed_out, 0};
         }
-        const timespec nap = as_timespec(std::min<steady::duration>(deadline - now, std::chrono::seconds(1)));
+        const timespec nap =
+            as_timespec(std::min<steady::duration>(deadline - now, std::chrono::seconds(1)));
         const int arrived = sigtimedwait(&wake, nullptr, &nap);
         if (arrived > 0 && arrived != SIGCHLD) {
             end_group(pid);
@@ -187,14 +190,16 @@ command_result run_command(const std::vector<std::string>& argv, const environme
     }
     // What it left running in its group would overlap the next value.
     const int status = end_group(pid);
-    return {WIFEXITED(status) && WEXITSTATUS(status) == 0 ? command_result::passed : command_result::failed,
+    return {WIFEXITED(status) && WEXITSTATUS(status) == 0 ? command_result::passed
+                                                          : command_result::failed,
             0};
 }
 
 bool command_exists(const std::string& command) {
     auto executable = [](const std::string& path) {
         struct stat info {};
-        return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
+        return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
+               access(path.c_str(), X_OK) == 0;
     };
     if (command.find('/') != std::string::npos)
         return executable(command);

@@ -4,7 +4,8 @@
 #include <cctype>
 #include <cstdlib>
 
-consent ask_consent(const std::string& warning, std::FILE* in, bool in_is_terminal, std::FILE* err) {
+consent ask_consent(const std::string& warning, std::FILE* in, bool in_is_terminal,
+                    std::FILE* err) {
     std::fprintf(err, "%s\n", warning.c_str());
     if (!in_is_terminal)
         return consent::no_terminal;

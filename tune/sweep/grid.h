@@ -51,6 +51,7 @@ std::optional<std::size_t> margin_at(const grid_results& results, grid_point at)
 // The passing point of the largest margin. Of equal ones, the nearest to
 // NEAR (the larger of the two distances in grid steps), then the lower Y,
 // then the lower X. Nothing when no point passes.
-std::optional<safest_point> find_safest(const grid_results& results, std::optional<grid_point> near);
+std::optional<safest_point> find_safest(const grid_results& results,
+                                        std::optional<grid_point> near);
 
 #endif

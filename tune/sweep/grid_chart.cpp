@@ -7,7 +7,8 @@
 
 namespace {
 
-char mark_at(const grid_results& results, const std::optional<safest_point>& safest, grid_point at) {
+char mark_at(const grid_results& results, const std::optional<safest_point>& safest,
+             grid_point at) {
     const std::optional<outcome>& cell = results.cells[at.y][at.x];
     if (safest && safest->at == at)
         return '@';
@@ -24,8 +25,8 @@ std::string point_text(const grid_results& results, grid_point at) {
 
 }  // namespace
 
-void print_grid_chart(std::FILE* out, const grid_results& results, const std::optional<safest_point>& safest,
-                      std::size_t width) {
+void print_grid_chart(std::FILE* out, const grid_results& results,
+                      const std::optional<safest_point>& safest, std::size_t width) {
     const std::size_t columns = results.x.values.size();
     if (columns == 0 || results.y.values.empty())
         return;
@@ -35,7 +36,8 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
     const int indent = static_cast<int>(label_width) + 2;
     const std::size_t per_block = cells_per_line(width, static_cast<std::size_t>(indent), columns);
 
-    std::fprintf(out, "%s (rows) against %s (columns)\n", results.y.name.c_str(), results.x.name.c_str());
+    std::fprintf(out, "%s (rows) against %s (columns)\n", results.y.name.c_str(),
+                 results.x.name.c_str());
     for (std::size_t first = 0; first < columns; first += per_block) {
         const std::size_t last = std::min(columns, first + per_block) - 1;
         const std::string labels = label_line(results.x.part(first, last - first + 1));
@@ -46,7 +48,8 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
             std::string cells;
             for (std::size_t x = first; x <= last; ++x)
                 cells += mark_at(results, safest, {x, y});
-            std::fprintf(out, "%*s  %s\n", static_cast<int>(label_width), results.y.text_at(y).c_str(), cells.c_str());
+            std::fprintf(out, "%*s  %s\n", static_cast<int>(label_width),
+                         results.y.text_at(y).c_str(), cells.c_str());
         }
         std::fprintf(out, "%*s%s\n", indent, "", labels.c_str());
     }
@@ -54,17 +57,21 @@ void print_grid_chart(std::FILE* out, const grid_results& results, const std::op
     bool hung = false;
     for (const auto& row : results.cells)
         hung = hung || std::find(row.begin(), row.end(), outcome::hang) != row.end();
-    std::fprintf(out, "# pass  . fail  T time-out  %sO original passing  X original not passing  @ safest point\n",
+    std::fprintf(out,
+                 "# pass  . fail  T time-out  %sO original passing  X original not passing  @ "
+                 "safest point\n",
                  hung ? "H hang  " : "");
 }
 
-std::vector<std::string> grid_summary(const grid_results& results, const std::optional<safest_point>& safest) {
+std::vector<std::string> grid_summary(const grid_results& results,
+                                      const std::optional<safest_point>& safest) {
     const std::size_t passing = results.passing_count(),
                       points = results.x.values.size() * results.y.values.size();
     std::vector<std::string> lines = {std::to_string(passing) + " of " + std::to_string(points) +
                                       (points == 1 ? " point passes" : " points pass")};
     if (safest)
-        lines.push_back("safest point " + point_text(results, safest->at) + " (margin " + steps(safest->margin) + ")");
+        lines.push_back("safest point " + point_text(results, safest->at) + " (margin " +
+                        steps(safest->margin) + ")");
     else
         lines.push_back("no passing point");
     const std::string original = "original X=" + results.original_x + ", Y=" + results.original_y;
@@ -79,9 +86,12 @@ std::vector<std::string> grid_summary(const grid_results& results, const std::op
     return lines;
 }
 
-void print_grid_csv_header(std::FILE* out) { std::fprintf(out, "x_name,x_value,y_name,y_value,result\n"); }
+void print_grid_csv_header(std::FILE* out) {
+    std::fprintf(out, "x_name,x_value,y_name,y_value,result\n");
+}
 
 void print_grid_csv_point(std::FILE* out, const grid_results& results, grid_point at) {
     std::fprintf(out, "%s,%s,%s,%s,%s\n", results.x.name.c_str(), results.x.text_at(at.x).c_str(),
-                 results.y.name.c_str(), results.y.text_at(at.y).c_str(), outcome_name(*results.cells[at.y][at.x]));
+                 results.y.name.c_str(), results.y.text_at(at.y).c_str(),
+                 outcome_name(*results.cells[at.y][at.x]));
 }

@@ -18,13 +18,14 @@
 // then the legend (naming the hang where there is one). Wider than WIDTH
 // (0: no limit), the grid is cut into blocks of columns, each with its own
 // X labels.
-void print_grid_chart(std::FILE* out, const grid_results& results, const std::optional<safest_point>& safest,
-                      std::size_t width);
+void print_grid_chart(std::FILE* out, const grid_results& results,
+                      const std::optional<safest_point>& safest, std::size_t width);
 
 // How many points pass, the safest point and its margin, the original point
 // and its margin, or that it does not pass, was not measured or is not on
 // the grid.
-std::vector<std::string> grid_summary(const grid_results& results, const std::optional<safest_point>& safest);
+std::vector<std::string> grid_summary(const grid_results& results,
+                                      const std::optional<safest_point>& safest);
 
 // "x_name,x_value,y_name,y_value,result", then a line per measured point.
 void print_grid_csv_header(std::FILE* out);

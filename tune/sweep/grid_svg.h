@@ -12,6 +12,7 @@
 // and Y upwards, tick labels (class "axis") on both axes, both property
 // names (class "name"), a frame on the original point and a dot on the
 // safest one, and the legend.
-void print_grid_svg(std::FILE* out, const grid_results& results, const std::optional<safest_point>& safest);
+void print_grid_svg(std::FILE* out, const grid_results& results,
+                    const std::optional<safest_point>& safest);
 
 #endif

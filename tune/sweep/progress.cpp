@@ -15,20 +15,23 @@ std::string duration_text(long long seconds) {
 
 }  // namespace
 
-std::string progress_text(const std::string& what, const char* unit, std::size_t index, std::size_t count,
-                          long long elapsed_seconds) {
-    std::string text = what + " (" + unit + " " + std::to_string(index) + " of " + std::to_string(count) + "), " +
-                       duration_text(elapsed_seconds) + " elapsed";
+std::string progress_text(const std::string& what, const char* unit, std::size_t index,
+                          std::size_t count, long long elapsed_seconds) {
+    std::string text = what + " (" + unit + " " + std::to_string(index) + " of " +
+                       std::to_string(count) + "), " + duration_text(elapsed_seconds) + " elapsed";
     const long long done = static_cast<long long>(index) - 1;
     if (done > 0)
-        text += ", about " + duration_text(elapsed_seconds * (static_cast<long long>(count) - done) / done) + " left";
+        text += ", about " +
+                duration_text(elapsed_seconds * (static_cast<long long>(count) - done) / done) +
+                " left";
     return text;
 }
 
 progress_line::progress_line(std::FILE* out, bool on_terminal, const char* unit)
     : out(out), on_terminal(on_terminal), unit(unit), start(std::chrono::steady_clock::now()) {}
 
-void progress_line::show(const std::string& shown, std::size_t shown_index, std::size_t shown_count) {
+void progress_line::show(const std::string& shown, std::size_t shown_index,
+                         std::size_t shown_count) {
     what = shown;
     index = shown_index;
     count = shown_count;
@@ -40,9 +43,11 @@ void progress_line::refresh() {
         return;
     const auto elapsed = std::chrono::steady_clock::now() - start;
     const std::string text =
-        progress_text(what, unit, index, count, std::chrono::duration_cast<std::chrono::seconds>(elapsed).count());
+        progress_text(what, unit, index, count,
+                      std::chrono::duration_cast<std::chrono::seconds>(elapsed).count());
     // Spaces cover what is left of a longer line before.
-    std::fprintf(out, "\r%s%*s", text.c_str(), static_cast<int>(width > text.size() ? width - text.size() : 0), "");
+    std::fprintf(out, "\r%s%*s", text.c_str(),
+                 static_cast<int>(width > text.size() ? width - text.size() : 0), "");
     std::fflush(out);
     width = text.size();
 }

@@ -11,8 +11,8 @@
 
 // "WHAT (UNIT I of N), M:SS elapsed" and, once a step is done, ", about M:SS
 // left" at the pace so far; hours are added when needed.
-std::string progress_text(const std::string& what, const char* unit, std::size_t index, std::size_t count,
-                          long long elapsed_seconds);
+std::string progress_text(const std::string& what, const char* unit, std::size_t index,
+                          std::size_t count, long long elapsed_seconds);
 
 class progress_line {
 public:

@@ -13,9 +13,10 @@
 std::string svg_escaped(const std::string& text);
 
 // The colours of the outcomes (CSS), and the legend that names them.
-#define SVG_OUTCOME_STYLE ".pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#424242}"
-#define SVG_OUTCOME_LEGEND                                                                                   \
-    "<tspan class=\"pass\">\u25a0</tspan> pass <tspan class=\"fail\">\u25a0</tspan> fail "                    \
+#define SVG_OUTCOME_STYLE \
+    ".pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#424242}"
+#define SVG_OUTCOME_LEGEND                                                                 \
+    "<tspan class=\"pass\">\u25a0</tspan> pass <tspan class=\"fail\">\u25a0</tspan> fail " \
     "<tspan class=\"timeout\">\u25a0</tspan> time-out <tspan class=\"hang\">\u25a0</tspan> hang"
 
 // The sweeps one below the other, each with the axis labels of the chart,

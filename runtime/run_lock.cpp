@@ -50,8 +50,9 @@ long lock_holder(int fd) {
 namespace {
 
 // Waits for the lock. With a set of signals, blocked by the caller, one of
-// them that arrives ends the wait: it is taken off the pending set and given.
-bool wait_for_lock(const sigset_t* stop, int* signal) {
+// them that arrives ends the wait: it is taken off the pending set and given;
+// WHILE_WAITING is called at each poll.
+bool wait_for_lock(const sigset_t* stop, int* signal, const std::function<void()>* while_waiting) {
     if (!stop)
         return flock(fd_flock, LOCK_EX) == 0;
     // flock cannot wait for a signal without a race: poll both instead.
@@ -64,11 +65,13 @@ bool wait_for_lock(const sigset_t* stop, int* signal) {
             *signal = arrived;
             return false;
         }
+        if (*while_waiting)
+            (*while_waiting)();
     }
     return true;
 }
 
-bool take(const sigset_t* stop, int* signal) {
+bool take(const sigset_t* stop, int* signal, const std::function<void()>* while_waiting) {
     if (fd_flock < 0) {
         // O_NOFOLLOW: a link planted in a shared /tmp must not make root open its target.
         lock_path = system_path("/tmp/padkit.lock");
@@ -88,7 +91,7 @@ bool take(const sigset_t* stop, int* signal) {
             say("Waiting for the lock on %s, held by process %ld.", lock_path.c_str(), holder);
         else
             say("Waiting for the lock on %s, held by another process.", lock_path.c_str());
-        if (wait_for_lock(stop, signal))
+        if (wait_for_lock(stop, signal, while_waiting))
             return true;
         if (*signal)
             return false;
@@ -101,12 +104,12 @@ bool take(const sigset_t* stop, int* signal) {
 
 bool take_run_lock() {
     int signal = 0;
-    return take(nullptr, &signal);
+    return take(nullptr, &signal, nullptr);
 }
 
-bool take_run_lock(const sigset_t& stop, int* signal) {
+bool take_run_lock(const sigset_t& stop, int* signal, const std::function<void()>& while_waiting) {
     *signal = 0;
-    return take(&stop, signal);
+    return take(&stop, signal, &while_waiting);
 }
 
 void release_run_lock() {

@@ -228,7 +228,7 @@ private:
         if (!changed)
             return;
         for (const shmoo_axis* axis : {&x, &y})
-            if (!write_locked({{axis->prop, axis->original}})) {
+            if (!write_locked({{axis->prop, axis->original}}, guard.watchdog)) {
                 report("%s: left changed; it was %s", axis->prop->name.c_str(),
                        axis->original.c_str());
                 left_changed = true;
@@ -237,7 +237,8 @@ private:
 
     void keep(const safest_point& safest) {
         if (!write_locked(
-                {{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}})) {
+                {{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}},
+                guard.watchdog)) {
             put_back();
             return;
         }

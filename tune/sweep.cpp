@@ -131,7 +131,7 @@ private:
     }
 
     void put_back(std::size_t row) {
-        if (!write_locked({{plan.rows[row], originals[row]}}, &stop)) {
+        if (!write_locked({{plan.rows[row], originals[row]}}, guard.watchdog, &stop)) {
             report("%s: left changed; it was %s", plan.rows[row]->name.c_str(),
                    originals[row].c_str());
             left_changed = true;
@@ -139,7 +139,7 @@ private:
     }
 
     void keep_centre(std::size_t row, std::size_t centre) {
-        if (write_locked({{plan.rows[row], plan.settings[row][centre]}}, &stop))
+        if (write_locked({{plan.rows[row], plan.settings[row][centre]}}, guard.watchdog, &stop))
             report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
                    value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else

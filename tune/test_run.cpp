@@ -15,11 +15,15 @@
 
 namespace {
 
-// Takes the lock; with STOP, a stop signal that arrives while it waits ends
-// the wait, and is given in *signal.
-bool lock(const stop_signals* stop, int* signal) {
+// Takes the lock, the watchdog kept alive while it waits; with STOP, a stop
+// signal that arrives while it waits ends the wait, and is given in *signal.
+// Without, no signal ends it, but it is polled all the same for the watchdog.
+bool lock(watchdog_keeper& watchdog, const stop_signals* stop, int* signal) {
+    sigset_t none;
+    sigemptyset(&none);
     int arrived = 0;
-    const bool taken = stop ? take_run_lock(stop->set(), &arrived) : take_run_lock();
+    const bool taken =
+        take_run_lock(stop ? stop->set() : none, &arrived, [&] { watchdog.keep_alive(); });
     if (signal)
         *signal = arrived;
     return taken;
@@ -27,8 +31,9 @@ bool lock(const stop_signals* stop, int* signal) {
 
 }  // namespace
 
-bool write_locked(const std::vector<setting>& settings, const stop_signals* stop, int* signal) {
-    if (!lock(stop, signal))
+bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdog,
+                  const stop_signals* stop, int* signal) {
+    if (!lock(watchdog, stop, signal))
         return false;
     for (const setting& change : settings) {
         std::string problem;
@@ -93,10 +98,11 @@ point_result test_point(const std::vector<setting>& changes, const journal_point
     if (!guard.trying(point))
         return {point_result::write_failed, outcome::fail, 0};
     int signal = 0;
-    const point_result got =
-        write_locked(changes, &stop, &signal) ? run_tests(options, names, stop, progress, guard)
-        : signal ? point_result{point_result::interrupted, outcome::fail, signal}
-                 : point_result{point_result::write_failed, outcome::fail, 0};
+    const point_result got = write_locked(changes, guard.watchdog, &stop, &signal)
+                                 ? run_tests(options, names, stop, progress, guard)
+                             : signal
+                                 ? point_result{point_result::interrupted, outcome::fail, signal}
+                                 : point_result{point_result::write_failed, outcome::fail, 0};
     if (got.what == point_result::measured)
         guard.measured(got.result);
     else

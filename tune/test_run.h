@@ -28,11 +28,12 @@ struct point_result {
 };
 
 // Takes the lock, writes the settings in order, each read back, and releases
-// it, so that the command may run padkit itself. Says what failed. With
-// STOP, a stop signal that arrives while it waits for the lock ends the
-// wait: false, with the signal in *signal (when given).
-bool write_locked(const std::vector<setting>& settings, const stop_signals* stop = nullptr,
-                  int* signal = nullptr);
+// it, so that the command may run padkit itself. Says what failed. The
+// watchdog is kept alive while it waits for the lock. With STOP, a stop
+// signal that arrives meanwhile ends the wait: false, with the signal in
+// *signal (when given).
+bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdog,
+                  const stop_signals* stop = nullptr, int* signal = nullptr);
 
 // The values of the properties as the hardware holds them, under the lock;
 // says which cannot be read.

@@ -70,6 +70,14 @@ const script_row rows[] = {
           for i in 1 2 3 4 5 6 7 8 9 10; do grep -c Waiting $B/err | grep -q 2 && echo reacted && break; sleep 0.1; done"
         wait $sweep; echo $?; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); grep -v Waiting $B/err)sh",
      "reacted\n130\n37\n" + p + "interrupted by Interrupt; every swept property restored\n", "", 0},
+    {"a journalled sweep waiting for the lock keeps the watchdog alive; SIGINT leaves a resumable stop",
+     R"sh(w=$B/wd; : >$w; bg sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 31 -- sh -c \
+          "[ \$PADKIT_SWEEP_VALUE = 31 ] || { touch $B/started; sleep 0.5; }" >/dev/null 2>$B/err & sweep=$!
+        until [ -e $B/started ]; do sleep 0.01; done
+        flock $B/tmp/padkit.lock sh -c "until grep -q Waiting $B/err; do sleep 0.01; done; a=\$(wc -c <$w); sleep 1.5
+          [ \$(wc -c <$w) -gt \$a ] && echo kept alive; kill -INT $sweep; until grep -c Waiting $B/err | grep -q 2; do sleep 0.01; done"
+        wait $sweep; echo $? $(cat $B/sys/kernel/debug/mmc0/rdqs) $(tail -n 1 $B/j); t resume $B/j >/dev/null; echo $? $(tail -n 1 $B/j))sh",
+     "kept alive\n130 37 stop\n0 end\n", "", 0},
     {"what the command leaves in a session of its own ends before the next value",
      R"sh(t sweep -y mac-tx::delay 0 1 -- sh -c '[ -e $0.pid ] && kill -0 $(cat $0.pid) 2>/dev/null && exit 1
         setsid sleep 30 & echo $! >$0.pid' $B/daemon; kill -0 $(cat $B/daemon.pid) 2>/dev/null && echo left running; true)sh",

@@ -17,7 +17,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "tune/commands.h"
-#include "tune/profile/shown_text.h"
+#include "tune/profile/input_text.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/svg.h"
@@ -52,27 +52,15 @@ std::string board_name(const std::string& path) {
     return shown(name);
 }
 
-bool read_bounded(const std::string& path, std::string* text) {
+bool read_csv(const std::string& path, std::string* text) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         report("%s: %s", shown(path).c_str(), std::strerror(errno));
         return false;
     }
-    char buffer[65536];
-    bool good = true;
-    for (ssize_t got; good && (got = read(fd, buffer, sizeof buffer)) != 0;) {
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            report("%s: %s", shown(path).c_str(), std::strerror(errno));
-        else
-            text->append(buffer, static_cast<std::size_t>(got));
-        good = got > 0 && text->size() <= max_csv_size;
-        if (text->size() > max_csv_size)
-            report("%s: larger than 16 MiB; refused", shown(path).c_str());
-    }
+    const bool read = read_bounded(fd, shown(path), max_csv_size, text);
     close(fd);
-    return good;
+    return read;
 }
 
 bool on_axis(property* prop, long long value) {
@@ -130,7 +118,7 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
 // Reads a sweep's CSV; stops at the first bad line, which is reported as FILE:LINE.
 bool read_board(const std::string& path, board_file* file) {
     std::string text;
-    if (!read_bounded(path, &text))
+    if (!read_csv(path, &text))
         return false;
     file->path = shown(path);
     file->board = board_name(path);

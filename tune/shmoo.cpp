@@ -262,50 +262,29 @@ private:
                 files_written = false;
             }
         }
-        files_written = write_profile(safest) && files_written;
+        files_written =
+            write_profile(profile, options.profile_path, ended == point_result::measured, "shmoo",
+                          [&](std::FILE* out) { print_profile(out, safest); }) &&
+            files_written;
         print_grid_chart(stdout, results, safest, terminal_columns(STDOUT_FILENO));
         for (const std::string& line : grid_summary(results, safest))
             std::printf("%s\n", line.c_str());
         std::fflush(stdout);
-        if (ended == point_result::interrupted) {
-            report("interrupted by %s; %s", strsignal(stop_signal),
-                   left_changed ? "not everything restored" : "both settings restored");
-            if (!left_changed)
-                stop_signals::die_of(stop_signal);
-        }
-        if (left_changed)
-            return tune_status::left_changed;
-        if (ended == point_result::not_started)
-            return tune_status::bad_input;
-        return ended == point_result::write_failed || !safest || !files_written || guard.failed()
-                   ? tune_status::not_done
-                   : tune_status::ok;
+        return end_status(ended, stop_signal, left_changed,
+                          safest && files_written && !guard.failed(), "both settings restored");
     }
 
-    // Only a shmoo that measured every point gives a profile: both settings
-    // at the safest point.
-    bool write_profile(const std::optional<safest_point>& safest) {
-        if (!profile)
-            return true;
-        if (ended != point_result::measured) {
-            profile->discard();
-            report("%s: not written; the shmoo did not finish", options.profile_path.c_str());
-            return false;
-        }
-        std::fputs(profile_header.c_str(), profile->stream());
+    // Both settings at the safest point.
+    void print_profile(std::FILE* out, const std::optional<safest_point>& safest) const {
+        std::fputs(profile_header.c_str(), out);
         if (safest)
-            std::fprintf(profile->stream(), "%s = %s\n%s = %s\n", x.prop->name.c_str(),
+            std::fprintf(out, "%s = %s\n%s = %s\n", x.prop->name.c_str(),
                          x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(),
                          y.setting_at(safest->at.y).c_str());
         else
-            std::fprintf(profile->stream(), "# %s, %s: no passing point\n", x.prop->name.c_str(),
+            std::fprintf(out, "# %s, %s: no passing point\n", x.prop->name.c_str(),
                          y.prop->name.c_str());
-        if (profile->commit())
-            return true;
-        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
-        return false;
     }
-
     const shmoo_options& options;
     shmoo_axis x, y;
     std::FILE* csv;

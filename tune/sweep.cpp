@@ -155,39 +155,15 @@ private:
             print_svg(svg, {results}, "padkit-tune sweep");
             file_written(svg, options.svg_path, &svg_written);
         }
-        const bool profile_written = write_profile();
+        const bool profile_written =
+            write_profile(profile, options.profile_path, ended == point_result::measured, "sweep",
+                          [this](std::FILE* out) { print_profile(out, results, profile_header); });
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         std::fflush(stdout);
-        if (ended == point_result::interrupted) {
-            report("interrupted by %s; %s", strsignal(stop_signal),
-                   left_changed ? "not everything restored" : "every swept property restored");
-            if (!left_changed)
-                stop_signals::die_of(stop_signal);
-        }
-        if (left_changed)
-            return tune_status::left_changed;
-        if (ended == point_result::not_started)
-            return tune_status::bad_input;
-        return ended == point_result::write_failed || !every_window || !csv_written ||
-                       !svg_written || !profile_written || guard.failed()
-                   ? tune_status::not_done
-                   : tune_status::ok;
-    }
-
-    // Only a sweep that measured every value gives a profile.
-    bool write_profile() {
-        if (!profile)
-            return true;
-        if (ended != point_result::measured) {
-            profile->discard();
-            report("%s: not written; the sweep did not finish", options.profile_path.c_str());
-            return false;
-        }
-        print_profile(profile->stream(), results, profile_header);
-        if (profile->commit())
-            return true;
-        report("cannot write %s: %s", options.profile_path.c_str(), std::strerror(errno));
-        return false;
+        return end_status(
+            ended, stop_signal, left_changed,
+            every_window && csv_written && svg_written && profile_written && !guard.failed(),
+            "every swept property restored");
     }
 
     // Flushes the file; the first time it could not be written, says so

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "tune/profile/board_io.h"
@@ -179,4 +180,35 @@ std::string profile_header(int argc, char** argv) {
     if (localtime_r(&now, &local))
         std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
     return line + "\n# " + when + "\n";
+}
+
+bool write_profile(whole_file* profile, const std::string& path, bool finished, const char* what,
+                   const std::function<void(std::FILE*)>& print) {
+    if (!profile)
+        return true;
+    if (!finished) {
+        profile->discard();
+        report("%s: not written; the %s did not finish", path.c_str(), what);
+        return false;
+    }
+    print(profile->stream());
+    if (profile->commit())
+        return true;
+    report("cannot write %s: %s", path.c_str(), std::strerror(errno));
+    return false;
+}
+
+int end_status(point_result::kind ended, int signal, bool left_changed, bool found,
+               const char* restored) {
+    if (ended == point_result::interrupted) {
+        report("interrupted by %s; %s", strsignal(signal),
+               left_changed ? "not everything restored" : restored);
+        if (!left_changed)
+            stop_signals::die_of(signal);
+    }
+    if (left_changed)
+        return tune_status::left_changed;
+    if (ended == point_result::not_started)
+        return tune_status::bad_input;
+    return ended == point_result::write_failed || !found ? tune_status::not_done : tune_status::ok;
 }

@@ -6,6 +6,7 @@
 #define PADKIT_TEST_RUN_H
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -67,6 +68,18 @@ bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FI
 // Opens the --profile file, if one is named, to be written whole at the end.
 // Says why it cannot.
 bool open_profile(const test_options& options, whole_file* profile);
+
+// Writes the --profile file (when one is open) at the end of a run: PRINT
+// gives its content. A run that did not measure every point (FINISHED
+// false) writes none, and says so naming WHAT ran. False when none was written.
+bool write_profile(whole_file* profile, const std::string& path, bool finished, const char* what,
+                   const std::function<void(std::FILE*)>& print);
+
+// The exit status of a run whose files and output are written; FOUND: it
+// found what it looked for and wrote every file. An interrupted run that
+// restored everything says so, naming what it RESTORED, and ends by its signal.
+int end_status(point_result::kind ended, int signal, bool left_changed, bool found,
+               const char* restored);
 
 // The comment lines that say where a profile comes from: the command line,
 // quoted as a shell would take it back, and the time.

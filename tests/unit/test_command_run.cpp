@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -32,7 +33,9 @@ bool ends(pid_t pid) {
 }  // namespace
 
 TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
-    const std::string pid_file = "/tmp/padkit-sweep-pid-" + std::to_string(getpid());
+    char dir[] = "/tmp/padkit-command-run-XXXXXX";
+    ASSERT_TRUE(mkdtemp(dir));
+    const std::string pid_file = std::string(dir) + "/pid";
     // clang-format off
     const struct {
         const char* name;
@@ -66,6 +69,7 @@ TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
         }
         std::remove(pid_file.c_str());
     }
+    rmdir(dir);
 }
 
 TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnored) {

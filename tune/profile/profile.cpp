@@ -17,6 +17,7 @@
 #include "properties/strict_value.h"
 #include "runtime/report.h"
 #include "runtime/standard_streams.h"
+#include "tune/profile/input_text.h"
 
 namespace {
 
@@ -32,32 +33,13 @@ constexpr int max_listed_problems = 100;
 constexpr std::size_t max_word_size = 256;
 constexpr std::size_t shown_word_size = 40;
 
-// The whole content of the descriptor, up to the bound.
-bool read_bounded(int fd, const std::string& path, std::string* text) {
-    char buffer[4096];
-    for (ssize_t got; (got = read(fd, buffer, sizeof buffer)) != 0;) {
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0) {
-            report("%s: %s", path.c_str(), std::strerror(errno));
-            return false;
-        }
-        text->append(buffer, static_cast<std::size_t>(got));
-        if (text->size() > max_profile_size) {
-            report("%s: larger than 1 MiB; refused", path.c_str());
-            return false;
-        }
-    }
-    return true;
-}
-
 // A file of the system directory is opened without blocking (a FIFO put in
 // its place must not stop the boot) and read only when it is a regular
 // file; *skipped says when it is not.
 bool read_file(const std::string& path, bool system_file, std::string* text, bool* skipped) {
     if (path == standard_input) {
         if (!standard_input_was_closed())
-            return read_bounded(STDIN_FILENO, "(standard input)", text);
+            return read_bounded(STDIN_FILENO, "(standard input)", max_profile_size, text);
         report("standard input is closed");
         return false;
     }
@@ -72,31 +54,11 @@ bool read_file(const std::string& path, bool system_file, std::string* text, boo
         return false;
     }
     *skipped = system_file && !S_ISREG(st.st_mode);
-    const bool read = *skipped || read_bounded(fd, path, text);
+    const bool read = *skipped || read_bounded(fd, path, max_profile_size, text);
     if (*skipped)
         report("%s: not a regular file; skipped", path.c_str());
     close(fd);
     return read;
-}
-
-// Input as a message shows it: control characters escaped, a long text cut.
-std::string shown(const std::string& text, std::size_t at_most = std::string::npos) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (out.size() >= at_most) {
-            out += "...";
-            break;
-        }
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c < 0x20 || c == 0x7f) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\x%02x", c);
-            out += escaped;
-        } else {
-            out += text[i];
-        }
-    }
-    return out;
 }
 
 void add(std::vector<setting>* settings, property* prop, const std::string& value) {

@@ -130,12 +130,21 @@ private:
             add(step, got.result);
     }
 
+    // A first stop signal while it waits for the lock ends the sweep once the
+    // row is back; a second one leaves the row changed.
     void put_back(std::size_t row) {
-        if (!write_locked({{plan.rows[row], originals[row]}}, guard.watchdog, &stop)) {
-            report("%s: left changed; it was %s", plan.rows[row]->name.c_str(),
-                   originals[row].c_str());
-            left_changed = true;
+        const std::vector<setting> original = {{plan.rows[row], originals[row]}};
+        int signal = 0;
+        if (write_locked(original, guard.watchdog, &stop, &signal))
+            return;
+        if (signal != 0 && ended != point_result::interrupted) {
+            ended = point_result::interrupted;
+            stop_signal = signal;
+            if (write_locked(original, guard.watchdog, &stop))
+                return;
         }
+        report("%s: left changed; it was %s", plan.rows[row]->name.c_str(), originals[row].c_str());
+        left_changed = true;
     }
 
     void keep_centre(std::size_t row, std::size_t centre) {

@@ -27,6 +27,19 @@ whole() { t diff $B/$1 >/dev/null 2>&1 || t diff $B/$2 >/dev/null 2>&1 || echo m
 pause() { sleep "$(awk "BEGIN { srand($$ + $1); printf \"%.3f\", rand() * $2 }")"; }
 )sh";
 
+// A sweep of RANGE whose command at 30 lets another run take the lock, then
+// SIGINT while the sweep waits for it; the other run lets go once the
+// sweep waits again, to put back.
+std::string interrupted_wait(const std::string& range) {
+    return "bg sweep -y mmc::rdqs " + range +
+           R"sh( -- sh -c "[ \$PADKIT_SWEEP_VALUE = 31 ] || { touch $B/started; sleep 0.5; }" \
+          >/dev/null 2>$B/err & sweep=$!
+        until [ -e $B/started ]; do sleep 0.01; done
+        flock $B/tmp/padkit.lock sh -c "until grep -q Waiting $B/err; do sleep 0.01; done; kill -INT $sweep
+          for i in 1 2 3 4 5 6 7 8 9 10; do grep -c Waiting $B/err | grep -q 2 && echo reacted && break; sleep 0.1; done"
+        wait $sweep; echo $?; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); grep -v Waiting $B/err)sh";
+}
+
 struct script_row {
     const char* name;
     std::string script;
@@ -63,13 +76,9 @@ const script_row rows[] = {
     {"-h and --version need no board", "PADKIT_SIM_DIR=$B.x t -h >/dev/null; ls -d $B.x 2>/dev/null; "
      "env -u PADKIT_SIM_DIR -u HOME -u XDG_STATE_HOME $T --version", "padkit-tune-sim " PADKIT_VERSION "\n", "", 0},
     // Findings 3, 9 and 10: waits that answer, orphans ended, results kept.
-    {"SIGINT ends a wait for the lock, the value restored",
-     R"sh(bg sweep -y mmc::rdqs 30 31 -- sh -c "[ \$PADKIT_SWEEP_VALUE = 31 ] || { touch $B/started; sleep 0.5; }" \
-          >/dev/null 2>$B/err & sweep=$!
-        until [ -e $B/started ]; do sleep 0.01; done
-        flock $B/tmp/padkit.lock sh -c "until grep -q Waiting $B/err; do sleep 0.01; done; kill -INT $sweep
-          for i in 1 2 3 4 5 6 7 8 9 10; do grep -c Waiting $B/err | grep -q 2 && echo reacted && break; sleep 0.1; done"
-        wait $sweep; echo $?; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); grep -v Waiting $B/err)sh",
+    {"SIGINT ends a wait for the lock, the value restored", interrupted_wait("30 31"),
+     "reacted\n130\n37\n" + p + "interrupted by Interrupt; every swept property restored\n", "", 0},
+    {"SIGINT while a row waits to be put back: put back, then ended", interrupted_wait("30 30"),
      "reacted\n130\n37\n" + p + "interrupted by Interrupt; every swept property restored\n", "", 0},
     {"a journalled sweep waiting for the lock keeps the watchdog alive; SIGINT leaves a resumable stop",
      R"sh(w=$B/wd; : >$w; bg sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 31 -- sh -c \

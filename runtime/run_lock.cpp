@@ -45,10 +45,6 @@ long lock_holder(int fd) {
     return holder > 0 ? holder : 0;
 }
 
-}  // namespace
-
-namespace {
-
 // Waits for the lock. With a set of signals, blocked by the caller, one of
 // them that arrives ends the wait: it is taken off the pending set and given;
 // WHILE_WAITING is called at each poll.

@@ -28,10 +28,7 @@ const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pa
                   unknown = good + dq3 + ",+2,passed\n";
 
 // clang-format off
-const struct named_case {
-    const char* name;
-    run_case c;
-} cases[] = {
+const named_case cases[] = {
     {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
     {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"}, {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}}, dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" + dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" + dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n", "padkit-tune-sim: " + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", tune_status::ok}},
     {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
@@ -56,37 +53,30 @@ TEST(padkit_tune_merge, refusals_and_boards_without_a_window) {
 // profile of the common centre applied to a fourth board leaves the code of +3 there.
 TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
     tune_board boards[3], fresh;
-    const fs::path dir = fresh.scratch;
-    strings merge = {"merge",
-                     "--csv",
-                     (dir / "m.csv").string(),
-                     "--svg",
-                     (dir / "m.svg").string(),
-                     "--profile",
-                     (dir / "m.conf").string()};
+    const auto in_dir = [&](const std::string& name) { return (fresh.scratch / name).string(); };
+    strings merge = {"merge", "--csv", in_dir("m.csv"), "--svg", in_dir("m.svg"), "--profile", in_dir("m.conf")};
+    std::string chart = dq3 + "\n    -20  -15  -10  -5   0    +5   +10     +20\n", windows;
     for (int k = 0; k < 3; ++k) {
-        const std::string file = (dir / ("b" + std::to_string(k + 1) + ".csv")).string();
-        const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + std::to_string(3 * k - 12) +
-                                    " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
-        ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status,
-                  tune_status::ok);
-        merge.push_back(file);
+        const std::string board = "b" + std::to_string(k + 1), lo = std::to_string(3 * k - 12);
+        const std::string command =
+            "[ $PADKIT_SWEEP_VALUE -ge " + lo + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
+        merge.push_back(in_dir(board + ".csv"));
+        ASSERT_EQ(
+            boards[k].run({"sweep", "-y", "--csv", merge.back(), dq3, "-20", "20", "--", "sh", "-c", command}).status,
+            tune_status::ok);
+        chart += board + "  " + std::string(8 + 3 * k, '.') + std::string(26, '#') + std::string(7 - 3 * k, '.') + "\n";
+        windows += board + ": window " + lo + "..+" + std::to_string(3 * k + 13) + " (26 values), centre " +
+                   (k ? "+" + std::to_string(3 * k) + " (setting " + std::to_string(64 + 3 * k) + ")\n" : "0\n");
     }
     const result got = fresh.run(merge);
-    EXPECT_EQ(got.out, dq3 +
-                           "\n    -20  -15  -10  -5   0    +5   +10     +20\nb1  "
-                           "........##########################.......\nb2  ...........##########################....\n"
-                           "b3  ..............##########################.\nb1: window -12..+13 (26 values), centre "
-                           "0\nb2: window -9..+16 (26 values), centre +3 (setting 67)\n"
-                           "b3: window -6..+19 (26 values), centre +6 (setting 70)\n" +
-                           dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" + dq3 +
+    EXPECT_EQ(got.out, chart + windows + dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" + dq3 +
                            ": centre +3: margin 9 below, 10 above (worst: b3 below, b1 above)\n");
     EXPECT_EQ(got.status, tune_status::ok) << got.err;
-    EXPECT_NE(slurp(dir / "m.csv").find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos)
-        << slurp(dir / "m.csv");
-    EXPECT_EQ(fresh.run({"apply", (dir / "m.conf").string()}).status, tune_status::ok) << slurp(dir / "m.conf");
+    const std::string csv = slurp(in_dir("m.csv"));
+    EXPECT_NE(csv.find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos) << csv;
+    EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, tune_status::ok) << slurp(in_dir("m.conf"));
     EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
-    const std::string svg = (dir / "m.svg").string();
+    const std::string svg = in_dir("m.svg");
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " | grep -e '^common' -e '^name' >" + svg + ".txt").c_str()), 0);
     EXPECT_EQ(slurp(svg + ".txt"), "name b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n");
 }

@@ -19,8 +19,8 @@ std::string in(int lo, int hi) {
            " ]";
 }
 
-const std::string mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", cpu = "cpu_regulator::microvolts";
-const std::string dq = "tarnm-ddra-read0::dq";
+const std::string mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", cpu = "cpu_regulator::microvolts",
+                  dq = "tarnm-ddra-read0::dq";
 
 // Passes when the composite reads 5 everywhere but at the swept member, which holds the setting.
 const std::string members_apart =
@@ -35,55 +35,26 @@ strings sweep(strings args, const std::string& command) {
     return args;
 }
 
-// A case that names no board file must leave the swept property as it was.
+// A case that names no board file leaves the swept property as it was.
 // clang-format off
-const struct named_case {
-    const char* name;
-    run_case c;
-} cases[] = {
-    {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {},
-     "           30   35   40  45\nmmc::rdqs  ..###..O####....\nmmc::rdqs: window 37..41 (5 values), centre 39\n"
-     "mmc::rdqs: original 37: margin 0 below, 4 above\n", "", 0}},
-    {"falling, two equal windows", {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {},
-     "           39  35  30\nmmc::rdqs  ..O##.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\n"
-     "mmc::rdqs: original 37: margin 2 below, 0 above\n", "", 0}},
+const named_case cases[] = {
+    {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {}, "           30   35   40  45\nmmc::rdqs  ..###..O####....\nmmc::rdqs: window 37..41 (5 values), centre 39\nmmc::rdqs: original 37: margin 0 below, 4 above\n", "", 0}},
+    {"falling, two equal windows", {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {}, "           39  35  30\nmmc::rdqs  ..O##.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\nmmc::rdqs: original 37: margin 2 below, 0 above\n", "", 0}},
     // Every run must pass: here the second one passes at 2 only.
-    {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"},
-           "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || "
-           "{ rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {},
-     "               0  3\nmac-tx::delay  X.#.\nmac-tx::delay: window 2..2 (1 value), centre 2\n"
-     "mac-tx::delay: original 0: outside the window\n", "", 0}},
-    {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {},
-     "           30   35   40  45\nmmc::rdqs  ...####O###.....\nmmc::rdqs: window 33..40 (8 values), centre 36\n"
-     "mmc::rdqs: original 37: margin 4 below, 3 above\n",
-     "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
-    {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {},
-     "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
-    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
-     "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\n"
-     "tarnm-ddra::odt: original 60: margin 1 below, 0 above\n", "", 0}},
-    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
-     "                           1040000 1000000\ncpu_regulator::microvolts  .##\n"
-     "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n"
-     "cpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
-    {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {},
-     "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
-    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"),
-     {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n",
-     "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
+    {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"}, "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || { rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {}, "               0  3\nmac-tx::delay  X.#.\nmac-tx::delay: window 2..2 (1 value), centre 2\nmac-tx::delay: original 0: outside the window\n", "", 0}},
+    {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {}, "           30   35   40  45\nmmc::rdqs  ...####O###.....\nmmc::rdqs: window 33..40 (8 values), centre 36\nmmc::rdqs: original 37: margin 4 below, 3 above\n", "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
+    {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {}, "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {}, "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\ntarnm-ddra::odt: original 60: margin 1 below, 0 above\n", "", 0}},
+    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {}, "                           1040000 1000000\ncpu_regulator::microvolts  .##\ncpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\ncpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
+    {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {}, "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n", "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
     // Refused before anything is written.
-    {"no consent", {sweep({mmc, "30", "40"}, "true"), {}, "",
-     "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
-    {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "",
-     "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""}},
-    {"below the file's range", {sweep({"-y", mmc, "1", "40"}, "true"), {}, "",
-     "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""}},
-    {"no key between", {sweep({"-y", odt, "1", "30"}, "true"), {}, "",
-     "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""}},
-    {"DQ codes are no delays", {sweep({"-y", dq + "3", "0", "127"}, "true"), {}, "",
-     "padkit-tune-sim: tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
-    {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {}, "",
-     "padkit-tune-sim: tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
+    {"no consent", {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
+    {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "", "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""}},
+    {"below the file's range", {sweep({"-y", mmc, "1", "40"}, "true"), {}, "", "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""}},
+    {"no key between", {sweep({"-y", odt, "1", "30"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""}},
+    {"DQ codes are no delays", {sweep({"-y", dq + "3", "0", "127"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
+    {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
 };
 // clang-format on
 
@@ -137,15 +108,9 @@ TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
     const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" + dq3 +
                                                 ": original +12: margin 22 below, 8 above\n";
     // clang-format off
-    const struct {
-        const char* name;
-        std::string from, to, ending, labels;  // labels: of the SVG's axis
-    } rows[] = {
-        {"-20 20", "-20", "20",
-         "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + summary,
-         "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
-        {"-63 63", "-63", "63", summary,
-         "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
+    const struct { const char* name; std::string from, to, ending, axis_labels; } rows[] = {
+        {"-20 20", "-20", "20", "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + summary, "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
+        {"-63 63", "-63", "63", summary, "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -157,9 +122,9 @@ TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
         const result got = b.run(sweep({"-y", "--keep", "centre", "--svg", svg, dq3, row.from, row.to}, in(-10, 20)));
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
         EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
-        const std::string labels_and_original = " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >";
-        std::system((SVG_SHOWS " " + svg + labels_and_original + svg + ".txt").c_str());
-        EXPECT_EQ(slurp(svg + ".txt"), row.labels + dq3 + " = +12: pass ");
+        std::system(
+            (SVG_SHOWS " " + svg + " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt").c_str());
+        EXPECT_EQ(slurp(svg + ".txt"), row.axis_labels + dq3 + " = +12: pass ");
     }
 }
 
@@ -184,9 +149,7 @@ TEST(padkit_tune_sweep, composite_common_window_and_profile) {
 // On an 80-column terminal 128 values are wrapped into blocks no wider than it, and every cell is kept.
 TEST(padkit_tune_sweep, chart_wrapped_to_the_terminal) {
     tune_board b;
-    winsize size{};
-    size.ws_col = 80;
-    size.ws_row = 24;
+    winsize size{24, 80, 0, 0};
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid == 0) {
@@ -195,8 +158,8 @@ TEST(padkit_tune_sweep, chart_wrapped_to_the_terminal) {
         std::istringstream emulator(PADKIT_SIM_EMULATOR);
         strings words(std::istream_iterator<std::string>(emulator), {});
         words.push_back(PADKIT_TUNE_SIM);
-        for (const std::string& word : sweep({"-y", mmc, "2", "129"}, in(40, 90)))
-            words.push_back(word);
+        const strings args = sweep({"-y", mmc, "2", "129"}, in(40, 90));
+        words.insert(words.end(), args.begin(), args.end());
         std::vector<char*> argv;
         for (std::string& word : words)
             argv.push_back(word.data());

@@ -2,6 +2,7 @@
 // The shmoo's safest point at the grid's edges, around holes and on ties.
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -30,7 +31,7 @@ grid_results grid(const std::vector<std::string>& rows) {
 TEST(grid, SafestPoint) {
     const std::optional<grid_point> none;
     // clang-format off
-    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; int x, y, margin; } cases[] = {
+    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; std::size_t x, y, margin; } cases[] = {
         {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, none, 2, 2, 1},
         {"edge moves inward", {"###..", "###..", "###..", "###.."}, none, 1, 1, 1},
         {"whole grid, tie to lower", {"####", "####", "####", "####"}, none, 1, 1, 1},
@@ -46,10 +47,7 @@ TEST(grid, SafestPoint) {
     for (const auto& c : cases) {
         const std::optional<safest_point> got = find_safest(grid(c.rows), c.near);
         ASSERT_TRUE(got) << c.name;
-        EXPECT_EQ(
-            std::vector<int>({static_cast<int>(got->at.x), static_cast<int>(got->at.y), static_cast<int>(got->margin)}),
-            std::vector<int>({c.x, c.y, c.margin}))
-            << c.name;
+        EXPECT_EQ(std::tie(got->at.x, got->at.y, got->margin), std::tie(c.x, c.y, c.margin)) << c.name;
     }
     EXPECT_FALSE(find_safest(grid({"..", "T."}), grid_point{0, 0})) << "no passing point";
 }

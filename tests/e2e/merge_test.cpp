@@ -2,10 +2,6 @@
 // padkit-tune-sim merge end to end: the sweeps of several boards lined up per property.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <string>
-
-#include "runtime/exit_status.h"
 #include "tests/e2e/sim_board.h"
 
 namespace {
@@ -57,15 +53,14 @@ TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
     strings merge = {"merge", "--csv", in_dir("m.csv"), "--svg", in_dir("m.svg"), "--profile", in_dir("m.conf")};
     std::string chart = dq3 + "\n    -20  -15  -10  -5   0    +5   +10     +20\n", windows;
     for (int k = 0; k < 3; ++k) {
-        const std::string board = "b" + std::to_string(k + 1), lo = std::to_string(3 * k - 12);
-        const std::string command =
-            "[ $PADKIT_SWEEP_VALUE -ge " + lo + " -a $PADKIT_SWEEP_VALUE -le " + std::to_string(3 * k + 13) + " ]";
-        merge.push_back(in_dir(board + ".csv"));
-        ASSERT_EQ(
-            boards[k].run({"sweep", "-y", "--csv", merge.back(), dq3, "-20", "20", "--", "sh", "-c", command}).status,
-            tune_status::ok);
+        const std::string board = "b" + std::to_string(k + 1), lo = std::to_string(3 * k - 12),
+                          hi = std::to_string(3 * k + 13), file = in_dir(board + ".csv");
+        const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + lo + " -a $PADKIT_SWEEP_VALUE -le " + hi + " ]";
+        ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status,
+                  tune_status::ok);
+        merge.push_back(file);
         chart += board + "  " + std::string(8 + 3 * k, '.') + std::string(26, '#') + std::string(7 - 3 * k, '.') + "\n";
-        windows += board + ": window " + lo + "..+" + std::to_string(3 * k + 13) + " (26 values), centre " +
+        windows += board + ": window " + lo + "..+" + hi + " (26 values), centre " +
                    (k ? "+" + std::to_string(3 * k) + " (setting " + std::to_string(64 + 3 * k) + ")\n" : "0\n");
     }
     const result got = fresh.run(merge);

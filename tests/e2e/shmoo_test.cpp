@@ -5,11 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <string>
-#include <vector>
 
-#include "runtime/exit_status.h"
 #include "tests/e2e/sim_board.h"
 
 namespace {

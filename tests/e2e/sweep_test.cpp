@@ -5,9 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <string>
-#include <vector>
 
 #include "tests/e2e/sim_board.h"
 
@@ -155,16 +152,9 @@ TEST(padkit_tune_sweep, chart_wrapped_to_the_terminal) {
     if (pid == 0) {
         setenv("PADKIT_SIM_DIR", b.dir.c_str(), 1);
         dup2(open((b.scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        std::istringstream emulator(PADKIT_SIM_EMULATOR);
-        strings words(std::istream_iterator<std::string>(emulator), {});
-        words.push_back(PADKIT_TUNE_SIM);
-        const strings args = sweep({"-y", mmc, "2", "129"}, in(40, 90));
-        words.insert(words.end(), args.begin(), args.end());
-        std::vector<char*> argv;
-        for (std::string& word : words)
-            argv.push_back(word.data());
-        argv.push_back(nullptr);
-        execvp(argv[0], argv.data());
+        const std::string run =
+            PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'";
+        execl("/bin/sh", "sh", "-c", run.c_str(), nullptr);
         _exit(127);
     }
     std::string shown, cells, expected;

@@ -19,26 +19,23 @@ grid_results grid(const std::vector<std::string>& rows) {
     grid_results results(x, y);
     for (std::size_t y = 0; y < rows.size(); ++y)
         for (std::size_t x = 0; x < rows[y].size(); ++x)
-            if (rows[y][x] != ' ')
-                results.cells[y][x] = rows[y][x] == '#'   ? outcome::pass
-                                      : rows[y][x] == '.' ? outcome::fail
-                                                          : outcome::timeout;
+            if (const char mark = rows[y][x]; mark != ' ')
+                results.cells[y][x] = mark == '#' ? outcome::pass : mark == '.' ? outcome::fail : outcome::timeout;
     return results;
 }
 
 }  // namespace
 
 TEST(grid, SafestPoint) {
-    const std::optional<grid_point> none;
     // clang-format off
     const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; std::size_t x, y, margin; } cases[] = {
-        {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, none, 2, 2, 1},
-        {"edge moves inward", {"###..", "###..", "###..", "###.."}, none, 1, 1, 1},
-        {"whole grid, tie to lower", {"####", "####", "####", "####"}, none, 1, 1, 1},
+        {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, std::nullopt, 2, 2, 1},
+        {"edge moves inward", {"###..", "###..", "###..", "###.."}, std::nullopt, 1, 1, 1},
+        {"whole grid, tie to lower", {"####", "####", "####", "####"}, std::nullopt, 1, 1, 1},
         {"whole grid, tie to nearest", {"####", "####", "####", "####"}, grid_point{3, 3}, 2, 2, 1},
-        {"hole", {"#######", "#.#####", "#######", "#######", "#######", "#######", "#######"}, none, 4, 2, 2},
-        {"lone point", {"...", ".#T", "..."}, none, 1, 1, 0},
-        {"not measured is not passing", {"###", "###", "## "}, none, 0, 0, 0},
+        {"hole", {"#######", "#.#####", "#######", "#######", "#######", "#######", "#######"}, std::nullopt, 4, 2, 2},
+        {"lone point", {"...", ".#T", "..."}, std::nullopt, 1, 1, 0},
+        {"not measured is not passing", {"###", "###", "## "}, std::nullopt, 0, 0, 0},
         {"tie to lower Y", {"#", ".", "#"}, grid_point{0, 1}, 0, 0, 0},
         {"tie to lower X", {"#.#"}, grid_point{1, 0}, 0, 0, 0},
         {"nearest by the larger distance", {"...#", ".#..", "....", "...."}, grid_point{3, 3}, 1, 1, 0},

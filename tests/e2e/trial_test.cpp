@@ -39,7 +39,7 @@ struct trial_board : tune_board {
             " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
             "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
             "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], end=\"\")' " +
-            out + " " + (dir / "var/lib/padkit").string() + " " + (dir / "etc/padkit.d").string() + " >" + json;
+            out + on_board(" <B>/var/lib/padkit <B>/etc/padkit.d >") + json;
         return std::system(python.c_str()) == 0 ? slurp(json) : "not JSON: " + slurp(out);
     }
     void live(const std::vector<step>& steps) {

@@ -5,24 +5,21 @@
 set -u
 src=$1 version=$2 tune=$3 fails=0
 shift 3
-command -v ansible-playbook >/dev/null || "$src/scripts/need-packages" ansible ||
-    { echo "skipped: no ansible"; exit 77; }
+command -v ansible-playbook >/dev/null || "$src/scripts/need-packages" ansible || { echo "skipped: no ansible"; exit 77; }
 tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/collections/ansible_collections/padkit" "$tmp/etc"
 ln -s "$src/ansible" "$tmp/collections/ansible_collections/padkit/board"
 export ANSIBLE_COLLECTIONS_PATH="$tmp/collections" ANSIBLE_HOME="$tmp/home" \
     ANSIBLE_REMOTE_TEMP="$tmp/home/tmp" ANSIBLE_NOCOLOR=1 PADKIT_SIM_DIR="$tmp/board"
 # The module takes one program: a cross-built one goes through its emulator.
-[ $# -eq 0 ] || { printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" &&
-    chmod +x "$tmp/tune" && tune=$tmp/tune; }
+[ $# -eq 0 ] || { printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" && chmod +x "$tmp/tune" && tune=$tmp/tune; }
 dest=$tmp/etc/50-board.conf
 
 fail() { echo "FAIL $1"; fails=1; }
 failed() { fail "$1"; cat "$tmp/out"; }
 # play NAME RECAP OPTION...: a run of board.yml ends with RECAP (changed=N failed=M).
 play() {
-    name=$1 recap=$2
-    shift 2
+    name=$1 recap=$2 && shift 2
     ansible-playbook -i localhost, "$src/tests/ansible/board.yml" \
         -e "{\"binary\": \"$tune\", \"dest\": \"$dest\"}" "$@" >"$tmp/out" 2>&1
     [ "$(grep -o 'changed=[0-9]*\|failed=[0-9]*' "$tmp/out" | xargs)" = "$recap" ] || failed "$name: $recap"

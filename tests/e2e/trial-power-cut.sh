@@ -4,8 +4,7 @@
 # fsync in turn leave the state before or after, untorn, and no trial applied with its try uncounted.
 # Usage: trial-power-cut.sh SOURCE_DIR PADKIT_TUNE_SIM [EMULATOR ...]; exit 77: skipped.
 set -u
-src=$1 tune=$2
-shift 2
+src=$1 tune=$2 && shift 2
 [ $# = 0 ] || { echo "skipped: strace cannot trace a program run by $1"; exit 77; }
 "$src/scripts/need-packages" strace || exit 1
 # LeakSanitizer refuses to run under ptrace; a sanitized build runs here without it.

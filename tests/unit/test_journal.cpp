@@ -27,8 +27,7 @@ std::string shown(const journal_contents& c) {
 TEST(journal, ReaderAtItsEdges) {
     // clang-format off
     const struct { const char* name; std::string text, expected; } rows[] = {
-        {"steps", head + "try \"x\" \"1\"\nresult pass\ntry \"x\" \"2\"\nstop\ntry \"x\" \"2\"\nresult timeout\n",
-         "1:pass 2:timeout 137"},
+        {"steps", head + "try \"x\" \"1\"\nresult pass\ntry \"x\" \"2\"\nstop\ntry \"x\" \"2\"\nresult timeout\n", "1:pass 2:timeout 137"},
         {"in flight", head + "try \"x\" \"1\"\nresult fail\ntry \"x\" \"2\"\n", "1:fail 2:hang in-flight 105"},
         {"torn last line", head + "try \"x\" \"1\"\nresult pa", "1:hang in-flight 81"},
         {"hang recorded", head + "try \"x\" \"1\"\nresult hang\nend\n", "1:hang ended 97"},
@@ -36,7 +35,6 @@ TEST(journal, ReaderAtItsEdges) {
         {"kept and ended", head + "try \"x\" \"1\"\nresult pass\nkeep\nend\n", "1:pass keeping ended 102"},
         {"try after keep", head + "keep\ntry \"x\" \"1\"\n", "no: 6: a record after the keep"},
         {"keep in flight", head + "try \"x\" \"1\"\nkeep\n", "no: 6: the keep while a try has no result"},
-        {"empty", "", "no: 1: the header is incomplete"},
         {"not a journal", "hello\n", "no: 1: not a padkit-tune journal"},
         {"other version", "journal \"0.9\"\n", "no: 1: written by padkit-tune \"0.9\"; this is 1.0"},
         {"header order", "journal \"1.0\"\ncommand \"sweep\"\n", "no: 2: expected the directory record"},
@@ -50,15 +48,13 @@ TEST(journal, ReaderAtItsEdges) {
         {"two tries", head + "try \"x\" \"1\"\ntry \"x\" \"2\"\n", "no: 6: a try while the one before has no result"},
         {"after the end", head + "end\ntry \"x\" \"1\"\n", "no: 6: a record after the end"},
         {"end in flight", head + "try \"x\" \"1\"\nend\n", "no: 6: the end while a try has no result"},
-        {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n",
-         "no: 7: an original after the first try"},
+        {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n", "no: 7: an original after the first try"},
     };
     // clang-format on
     for (const auto& row : rows) {
-        journal_contents contents;
+        journal_contents c;
         std::string problem;
-        const bool read = parse_journal(row.text, "1.0", &contents, &problem);
-        EXPECT_EQ(read ? shown(contents) : "no: " + problem, row.expected) << row.name;
+        EXPECT_EQ(parse_journal(row.text, "1.0", &c, &problem) ? shown(c) : "no: " + problem, row.expected) << row.name;
     }
 }
 
@@ -78,7 +74,6 @@ TEST(journal, WrittenAndReadBackByteForByte) {
     ASSERT_TRUE(again.resume(path, "1.0", &contents));
     EXPECT_EQ(contents.header.command, header.command);
     EXPECT_EQ(contents.header.directory, header.directory);
-    EXPECT_EQ(contents.steps.front().point, (journal_point{"x", "1 2"}));
     EXPECT_EQ(shown(contents), "1 2:pass 3:hang in-flight 151");
     EXPECT_FALSE(journal_file().resume(path, "1.0", &contents)) << "one run at a time";
 }

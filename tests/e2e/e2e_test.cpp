@@ -21,12 +21,10 @@ std::string get(const std::string& name, const std::string& value) {
 std::string set(const std::string& name, const std::string& value, bool done = true) {
     return "PADKIT: set " + name + " := " + value + (done ? "\n" : " failed.\n");
 }
-// The warning of a relative change of a register field that its range clamps.
 std::string clamped(const std::string& delta, int current, int top, int to) {
     return "warning! applying " + delta + " to current value " + std::to_string(current) + " is out of range (0 ~ " +
            std::to_string(top) + "). adjusted to " + std::to_string(to) + "\n";
 }
-// The warning of an eMMC delay limited to its range, then the set line.
 std::string limited(int current, const std::string& value, int bound) {
     return "apply current value " + std::to_string(current) + " to " + value + "is limited to " +
            std::to_string(bound) + "\n" + set("mmc::rdqs", value);
@@ -51,7 +49,6 @@ const settings worked = {{"regs", "0x00540008 0x12345678\n"}};                  
 const std::string vref_top = "0x00540008 0x1237d678\n", vref_zero = "0x00540008 0x12305678\n";
 using namespace padkit_status;
 
-// A row to a line:
 // clang-format off
 const named_case rows[] = {
     {"no arguments", {{}, {}, usage_text, "", usage, ""}},
@@ -74,14 +71,12 @@ const named_case rows[] = {
     {"field +, past its top", {{vref, "+8"}, worked, "", clamped("8", 8, 15, 15) + set(vref, "+8"), ok, "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"}},
     {"field -, onto zero", {{vref, "-8"}, worked, "", set(vref, "-8"), ok, "-", {{"regs", vref_zero}}}},
     {"field -, past zero", {{vref, "-9"}, worked, "", clamped("-9", 8, 15, 0) + set(vref, "-9"), ok, "-", {{"regs", vref_zero}}}},
-    // Mapped fields take keys of their table only.
     {"mapped, no key", {{clk, "35"}, {}, "", set(clk, "35", false), set_failed, ""}},
     {"mapped +, past the field", {{odt, "+1"}, {}, "", clamped("1", 60, 15, 15) + set(odt, "+1", false), set_failed, "R 0x00f38120 0x00bb00b4\n"}},  // 61 clamps to code 15, no key
     {"mapped, code without key", {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", get_failed, "R 0x00f38120 0x00000005\n"}},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
     {"DQ at its top", {{dq3, "127"}, {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}}, "", set(dq3, "127"), ok, "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\nW 0x00f38194 0x000012ff\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n", {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n0x00f38194@0x00000307 0x0000127f\n"}}}},
     {"composite read", {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n", get(dqs, "{0,69,0,0,0,0,0,0}"), ok, "-"}},
-    // The eMMC delay, 2 to 255, in the file and as written.
     {"eMMC at its top", {{mmc, "255"}, {}, "", set(mmc, "255"), ok, "", {{rdqs, "255"}}}},
     {"eMMC past its top", {{mmc, "256"}, {}, "", limited(37, "256", 255), ok, "", {{rdqs, "255"}}}},
     {"eMMC at its bottom", {{mmc, "2"}, {}, "", set(mmc, "2"), ok, "", {{rdqs, "2"}}}},
@@ -130,8 +125,7 @@ TEST(padkit_sim, table) {
     }
 }
 
-// Two runs start on a missing board at once: one of them creates it, and
-// neither sees half a board or leaves anything behind.
+// Two runs on a missing board at once: one creates it, neither sees half a board or leaves anything behind.
 TEST(padkit_sim, fresh_board) {
     sim_board first(PADKIT_SIM), second(PADKIT_SIM);
     second.dir = first.dir;

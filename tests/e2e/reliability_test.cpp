@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-// padkit-tune-sim under pipes, signals, held locks and odd boards: nothing
-// half-applied, nothing read as a value, no result lost. Each row is a shell
-// script; t runs padkit-tune-sim, "bg ... &" runs it in the background with
-// SIGINT and SIGQUIT not ignored, $B is the board.
+// padkit-tune-sim under pipes, signals, held locks and odd boards: nothing half-applied, nothing read as a
+// value, no result lost. Each row is a shell script; t runs padkit-tune-sim, "bg ... &" runs it in the
+// background with SIGINT and SIGQUIT not ignored, $B is the board.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,9 +11,8 @@
 
 namespace {
 
-// old: the board's settings; new: each of them changed (a number's lowest
-// bit flipped, a regulator 10 mV up; table fields left out). few_old and
-// few_new: the same for the groups outside the DDR PHY, quicker to apply.
+// old: the board's settings; new: each changed (a number's lowest bit flipped, a regulator 10 mV up; table
+// fields left out). few_old and few_new: the same outside the DDR PHY, quicker to apply.
 const std::string prelude =
     R"sh(T="$*"; t() { $T "$@"; }; bg() { exec env --default-signal=INT,QUIT $T "$@"; }; B=$PADKIT_SIM_DIR
 changed() { awk 'function flip(n) { return n % 2 ? n - 1 : n + 1 }
@@ -27,9 +25,8 @@ whole() { t diff $B/$1 >/dev/null 2>&1 || t diff $B/$2 >/dev/null 2>&1 || echo m
 pause() { sleep "$(awk "BEGIN { srand($$ + $1); printf \"%.3f\", rand() * $2 }")"; }
 )sh";
 
-// A sweep of RANGE whose command at 30 lets another run take the lock, then
-// SIGINT while the sweep waits for it; the other run lets go once the
-// sweep waits again, to put back.
+// A sweep of RANGE whose command at 30 lets another run take the lock, then SIGINT while the sweep waits for
+// it; the other run lets go once the sweep waits again, to put back.
 std::string interrupted_wait(const std::string& range) {
     return "bg sweep -y mmc::rdqs " + range +
            R"sh( -- sh -c "[ \$PADKIT_SWEEP_VALUE = 31 ] || { touch $B/started; sleep 0.5; }" >/dev/null 2>$B/err & sweep=$!; until [ -e $B/started ]; do sleep 0.01; done; flock $B/tmp/padkit.lock sh -c "until grep -q Waiting $B/err; do sleep 0.01; done; kill -INT $sweep; for i in 1 2 3 4 5 6 7 8 9 10; do grep -c Waiting $B/err | grep -q 2 && echo reacted && break; sleep 0.1; done"; wait $sweep; echo $?; echo $(cat $B/sys/kernel/debug/mmc0/rdqs); grep -v Waiting $B/err)sh";
@@ -88,10 +85,8 @@ TEST(reliability, rows) {
             check_script(row);
 }
 
-// Finding 7: a regulator made read-only in a private mount namespace refuses
-// its write; the drive strength goes back to its code without a key, while
-// the voltage found off the 10 mV step cannot be put back (the next step up
-// is written instead).
+// Finding 7: a read-only regulator refuses its write; the drive strength goes back to its code without a key,
+// the voltage found off the 10 mV step cannot be put back (the next step up is written instead).
 TEST(reliability, rollback_restores_a_code_without_a_key) {
     tune_board b;
     b.change("regs", "0x00f38120 0x00000000\n");

@@ -14,8 +14,7 @@ namespace {
 
 const std::string regulator2 = "sys/class/regulator/regulator.2";
 
-// Random words in every register a dump reads, a random eMMC delay and
-// random voltages; drive strength and ODT codes stay in their tables.
+// Random registers, eMMC delay and voltages; drive strength and ODT codes stay in their tables.
 void randomize(const sim_board& b, std::mt19937& random) {
     std::istringstream trace(b.run({"dump"}).trace);
     std::ostringstream regs;
@@ -57,8 +56,7 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
     }
 }
 
-// One profile with good lines and a bad line of each kind, each reported as
-// FILE:LINE:; "" marks a line that is fine.
+// One profile with a bad line of each kind, each reported as FILE:LINE:; "" marks a good line.
 // clang-format off
 const std::pair<std::string, std::string> profile_lines[] = {
     {"; ok", ""},
@@ -110,8 +108,7 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
     EXPECT_EQ(b.files(), before);
 }
 
-// A regulator made read-only in a private mount namespace refuses the last
-// write: everything written before it is put back, last first.
+// A regulator read-only in a private mount namespace refuses the last write: the rest is put back, last first.
 TEST(padkit_tune, failed_write_is_rolled_back) {
     tune_board b;
     const std::string before = b.run({"dump"}).out;
@@ -137,7 +134,6 @@ const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu = "cpu_regulator::mic
 const std::string cpu_volts = "sys/class/regulator/regulator.1/microvolts";
 using namespace tune_status;
 
-// A row to a line:
 // clang-format off
 const named_case cli_rows[] = {
     {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},

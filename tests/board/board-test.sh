@@ -12,8 +12,7 @@ if [ -z "${PADKIT_BOARD_NS:-}" ]; then
     unshare -m --propagation private true 2>/dev/null || skip "unshare -m refused here"
     PADKIT_BOARD_NS=1 exec unshare -m --propagation private bash "$0" "$@"
 fi
-# The source tree may lie under /tmp, which the fake board covers: what the
-# cases need from it is taken first.
+# The source tree may lie under /tmp, which the fake board covers: take what the cases need first.
 case $case in plain | tune) "$(dirname "$0")/../../scripts/need-packages" strace || exit 1 ;; esac
 . "$(dirname "$0")/fake-board.sh"
 fake_board "$bin" || skip "mounting the fake board refused"
@@ -30,7 +29,6 @@ plain)
     run ehci0-phy::tx-vref; expect "0|8|PADKIT: get ehci0-phy::tx-vref := 8"
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
     word 0x540008 1234d678
-    # The device is opened for reading and writing, uncached.
     strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null
     what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
     what="lock file type and mode"; expect "regular empty file 644" "$(stat -c '%F %a' /tmp/padkit.lock)" ;;
@@ -44,15 +42,12 @@ streams)  # a closed output must not become the lock file; a full one fails the 
     "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
     expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed." ;;
 tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as zero
-    # Loops are shorter under an emulator, where every run is slow.
-    rounds=50 signals=100; [ $# -gt 2 ] && rounds=10 signals=20
+    rounds=50 signals=100; [ $# -gt 2 ] && rounds=10 signals=20  # an emulator is slow
     t=("${padkit[@]}") groups=(ehci i2c mac mmc regulator)
     "${t[@]}" dump "${groups[@]}" >/dev/.old
-    # Every value changed: fields to 1, files a step further.
     sed -e 's/= 0$/= 1/' -e 's/= 37$/= 38/' -e 's/00000$/10000/' /dev/.old >/dev/.new
     what="every value changes"; expect "$(grep -c = /dev/.new)" "$("${t[@]}" apply -n /dev/.new | wc -l)"
-    # The DDR PHY settings (aliased on this board, so left unchecked) first,
-    # so that -v fills a pipe's buffer before the others are written.
+    # The DDR PHY settings (aliased here, so unchecked) first: -v fills a pipe's buffer before the others.
     { "${t[@]}" dump tarnm-ddr | sed '/odt/!s/\b0\b/1/g'; cat /dev/.new; } >/dev/.loud
     board_is() { "${t[@]}" diff "/dev/.$1" >/dev/null 2>&1; }
     for ((i = 0; i < rounds; ++i)); do
@@ -60,12 +55,10 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
         board_is new || { what="apply -v | head -1, round $i"; expect new mixed; break; }
         "${t[@]}" apply /dev/.old
     done
-    # Job control, so that a background run does not start with SIGQUIT ignored;
-    # a pause of a random number of milliseconds from MIN for SPAN.
+    # Job control: a background run starts with SIGQUIT not ignored. pause MIN SPAN: random milliseconds.
     set -m; mkfifo /dev/.pause; exec 9<>/dev/.pause
     pause() { read -rt "0.$(printf %03d $(($1 + RANDOM % $2)))" -u 9; }
-    # Natively every open of a driver file takes 1.5 ms longer, so that a
-    # random moment often falls into the writes; an emulator is slow anyway.
+    # Natively every driver file open takes 1.5 ms longer so a random moment often falls into the writes.
     slow=() window=(0 10); [ $# -le 2 ] && slow=(strace -qq -o /dev/null -e trace=openat
         -e inject=openat:delay_enter=1500) window=(20 80)
     for sig in QUIT USR1 ALRM; do
@@ -82,12 +75,10 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
             [ $fails = 0 ] || break 2
         done
     done
-    # A rollback said whole through a reader that goes away: with no room for
-    # the eMMC delay, every register written before it is put back.
+    # A rollback into a reader that goes away: with no room for the eMMC delay, every register is put back.
     grep -v -e mmc -e regulator /dev/.old >/dev/.registers
     "${t[@]}" apply /dev/.old; (trap '' XFSZ; ulimit -f 0; exec "${t[@]}" apply /dev/.new) 2>&1 | head -1 >/dev/null
     what="rollback into head -1"; board_is registers || expect old mixed
-    # Without the memory device nothing reads as 0, and nothing is applied.
     umount /dev/zeb_mem && rm /dev/zeb_mem
     out=$("${t[@]}" dump ehci0-phy::tx-vref 2>&1); got="$?|$out" what="dump without the device"
     expect "1|.${bin##*/}: ehci0-phy::tx-vref: open /dev/zeb_mem failed."$'\n''# ehci0-phy::tx-vref: unreadable'

@@ -21,12 +21,10 @@ std::string get(const std::string& name, const std::string& value) {
 std::string set(const std::string& name, const std::string& value, bool done = true) {
     return "PADKIT: set " + name + " := " + value + (done ? "\n" : " failed.\n");
 }
-// The warning of a relative change of a register field that its range clamps.
 std::string clamped(const std::string& delta, int current, int top, int to) {
     return "warning! applying " + delta + " to current value " + std::to_string(current) + " is out of range (0 ~ " +
            std::to_string(top) + "). adjusted to " + std::to_string(to) + "\n";
 }
-// The warning of an eMMC delay limited to its range, then the set line.
 std::string limited(int current, const std::string& value, int bound) {
     return "apply current value " + std::to_string(current) + " to " + value + "is limited to " +
            std::to_string(bound) + "\n" + set("mmc::rdqs", value);
@@ -51,7 +49,6 @@ const settings worked = {{"regs", "0x00540008 0x12345678\n"}};                  
 const std::string vref_top = "0x00540008 0x1237d678\n", vref_zero = "0x00540008 0x12305678\n";
 using namespace padkit_status;
 
-// A row to a line:
 // clang-format off
 const named_case rows[] = {
     {"no arguments", {{}, {}, usage_text, "", usage, ""}},
@@ -66,32 +63,20 @@ const named_case rows[] = {
     {"empty value", {{vref, ""}, {}, "", set(vref, "", false), set_failed, ""}},
     // Characters after a number are ignored, a number is cut to the word, a text without one is refused.
     {"trailing characters", {{vref, "12abc"}, worked, "", set(vref, "12abc"), ok, "-", {{"regs", "0x00540008 0x12365678\n"}}}},
-    {"cut to the word", {{"tarnm-ddrb2::scl", "4294967297"}, {{"regs", ""}}, "", set("tarnm-ddrb2::scl", "4294967297"), ok,
-                         "-", {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0x00000001\n"}}}},
+    {"cut to the word", {{"tarnm-ddrb2::scl", "4294967297"}, {{"regs", ""}}, "", set("tarnm-ddrb2::scl", "4294967297"), ok, "-", {{"regs", "0x00f1812c 0x00000010\n0x00f1813c@0x00000010 0x00000001\n"}}}},
     {"-x, no hex digit", {{"-x", vref, "z"}, {}, "", "failed to parse value z\n" + set(vref, "z", false), set_failed, ""}},
     {"lock not opened", {{"-i"}, {{"tmp/padkit.lock", nullptr}, {"tmp/padkit.lock", "->../regs"}}, "", no_lock, lock_failed, ""}},
     // A relative change is clamped to the field; the value is read back after the write.
     {"field +, onto its top", {{vref, "+7"}, worked, "", set(vref, "+7"), ok, "-", {{"regs", vref_top}}}},
-    {"field +, past its top", {{vref, "+8"}, worked, "", clamped("8", 8, 15, 15) + set(vref, "+8"), ok,
-                               "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"}},
+    {"field +, past its top", {{vref, "+8"}, worked, "", clamped("8", 8, 15, 15) + set(vref, "+8"), ok, "R 0x00540008 0x12345678\nW 0x00540008 0x1237d678\nR 0x00540008 0x1237d678\n"}},
     {"field -, onto zero", {{vref, "-8"}, worked, "", set(vref, "-8"), ok, "-", {{"regs", vref_zero}}}},
     {"field -, past zero", {{vref, "-9"}, worked, "", clamped("-9", 8, 15, 0) + set(vref, "-9"), ok, "-", {{"regs", vref_zero}}}},
-    // Mapped fields take keys of their table only.
     {"mapped, no key", {{clk, "35"}, {}, "", set(clk, "35", false), set_failed, ""}},
-    {"mapped +, past the field", {{odt, "+1"}, {}, "", clamped("1", 60, 15, 15) + set(odt, "+1", false), set_failed,
-                                  "R 0x00f38120 0x00bb00b4\n"}},  // 61 clamps to code 15, no key
-    {"mapped, code without key", {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n",
-                                  get_failed, "R 0x00f38120 0x00000005\n"}},
+    {"mapped +, past the field", {{odt, "+1"}, {}, "", clamped("1", 60, 15, 15) + set(odt, "+1", false), set_failed, "R 0x00f38120 0x00bb00b4\n"}},  // 61 clamps to code 15, no key
+    {"mapped, code without key", {{odt}, {{"regs", "0x00f38120 0x00000005\n"}}, "\n", "PADKIT: get " + odt + "failed.\n", get_failed, "R 0x00f38120 0x00000005\n"}},
     // DQ delays and lanes sit behind the PHY select register; the board clears the update bit.
-    {"DQ at its top", {{dq3, "127"}, {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}}, "",
-                       set(dq3, "127"), ok,
-                       "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\n"
-                       "W 0x00f38194 0x000012ff\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n",
-                       {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n"
-                                 "0x00f38194@0x00000307 0x0000127f\n"}}}},
-    {"composite read", {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n",
-                        get(dqs, "{0,69,0,0,0,0,0,0}"), ok, "-"}},
-    // The eMMC delay, 2 to 255, in the file and as written.
+    {"DQ at its top", {{dq3, "127"}, {{"regs", "0x00f38194@0x00000307 0x00001234\n0x00f38194@0x7 0xaaaa0000\n"}}, "", set(dq3, "127"), ok, "W 0x00f3812c 0x00000307\nR 0x00f38194 0x00001234\nW 0x00f3812c 0x00000307\nW 0x00f38194 0x000012ff\nW 0x00f3812c 0x00000007\nR 0x00f38194 0xaaaa0000\n", {{"regs", "0x00f3812c 0x00000007\n0x00f38194@0x00000007 0xaaaa0000\n0x00f38194@0x00000307 0x0000127f\n"}}}},
+    {"composite read", {{dqs}, {{"regs", "0x00f38194@0x100 0x45\n"}}, "{0,69,0,0,0,0,0,0}\n", get(dqs, "{0,69,0,0,0,0,0,0}"), ok, "-"}},
     {"eMMC at its top", {{mmc, "255"}, {}, "", set(mmc, "255"), ok, "", {{rdqs, "255"}}}},
     {"eMMC past its top", {{mmc, "256"}, {}, "", limited(37, "256", 255), ok, "", {{rdqs, "255"}}}},
     {"eMMC at its bottom", {{mmc, "2"}, {}, "", set(mmc, "2"), ok, "", {{rdqs, "2"}}}},
@@ -100,52 +85,32 @@ const named_case rows[] = {
     {"eMMC bottom in file, + onto top", {{mmc, "+253"}, {{rdqs, "2"}}, "", set(mmc, "+253"), ok, "", {{rdqs, "255"}}}},
     {"eMMC +, past its top", {{mmc, "+1"}, {{rdqs, "255"}}, "", limited(255, "+1", 255), ok, "", {{rdqs, "255"}}}},
     {"eMMC -, past its bottom", {{mmc, "-1"}, {{rdqs, "2"}}, "", limited(2, "-1", 2), ok, "", {{rdqs, "2"}}}},
-    {"eMMC past its top in file", {{mmc}, {{rdqs, "256"}}, "\n",
-                                   "current value 256 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n",
-                                   get_failed, ""}},
-    {"eMMC +, no number", {{mmc, "+ "}, {}, "", "failed to parse value + \n" + set(mmc, "+ ", false), set_failed, "",
-                           {{rdqs, "37\n"}}}},
+    {"eMMC past its top in file", {{mmc}, {{rdqs, "256"}}, "\n", "current value 256 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n", get_failed, ""}},
+    {"eMMC +, no number", {{mmc, "+ "}, {}, "", "failed to parse value + \n" + set(mmc, "+ ", false), set_failed, "", {{rdqs, "37\n"}}}},
     {"eMMC file of a page", {{mmc, "+1"}, {{rdqs, page.c_str()}}, "", set(mmc, "+1"), ok, "", {{rdqs, "38"}}}},
-    {"eMMC file past a page", {{mmc}, {{rdqs, past_page.c_str()}}, "\n",
-                               "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n",
-                               get_failed, ""}},
+    {"eMMC file past a page", {{mmc}, {{rdqs, past_page.c_str()}}, "\n", "current value 0 is not valid, valid range = 2 ~ 255\nPADKIT: get mmc::rdqsfailed.\n", get_failed, ""}},
     // The regulator: 93% to 107% of the voltage found, within the limits of its files, in steps of 10 mV.
     {"percent at bottom", {{cpu, "93%"}, {}, "", set(cpu, "93%"), ok, "", {{volts, "1030000"}}}},
-    {"percent past bottom", {{cpu, "92.99%"}, {}, "", "percentage 92.99%: out of range\n" + set(cpu, "92.99%", false),
-                             set_failed, ""}},
+    {"percent past bottom", {{cpu, "92.99%"}, {}, "", "percentage 92.99%: out of range\n" + set(cpu, "92.99%", false), set_failed, ""}},
     {"percent at top", {{cpu, "107%"}, {{high, "2147483647"}}, "", set(cpu, "107%"), ok, "", {{volts, "1180000"}}}},
-    {"percent past top", {{cpu, "107.01%"}, {}, "", "percentage 107.01%: out of range\n" + set(cpu, "107.01%", false),
-                          set_failed, ""}},
+    {"percent past top", {{cpu, "107.01%"}, {}, "", "percentage 107.01%: out of range\n" + set(cpu, "107.01%", false), set_failed, ""}},
     {"volts at lowest limit", {{cpu, "800000"}, {}, "", set(cpu, "800000"), ok, "", {{volts, "800000"}}}},
-    {"volts past lowest limit", {{cpu, "790000"}, {}, "", "790000mv: out of range(800000-1300000)\n" +
-                                 set(cpu, "790000", false), set_failed, ""}},
-    {"volts at highest limit, limits equal", {{cpu, "1300000"}, {{low, "1300000"}}, "", set(cpu, "1300000"), ok, "",
-                                              {{volts, "1300000"}}}},
-    {"volts past highest limit", {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" +
-                                  set(cpu, "1300001", false), set_failed, ""}},
+    {"volts past lowest limit", {{cpu, "790000"}, {}, "", "790000mv: out of range(800000-1300000)\n" + set(cpu, "790000", false), set_failed, ""}},
+    {"volts at highest limit, limits equal", {{cpu, "1300000"}, {{low, "1300000"}}, "", set(cpu, "1300000"), ok, "", {{volts, "1300000"}}}},
+    {"volts past highest limit", {{cpu, "1300001"}, {}, "", "1310000mv: out of range(800000-1300000)\n" + set(cpu, "1300001", false), set_failed, ""}},
     // Limits beyond what the driver takes (an int from 0), or crossed, make the regulator unusable.
     {"limit file past an int", {{cpu}, {{high, "2147483648"}}, "\n", "PADKIT: get " + cpu + "failed.\n", get_failed, ""}},
     {"voltage file at zero", {{cpu}, {{volts, "0"}}, "0\n", get(cpu, "0"), ok, ""}},
     {"voltage file below zero", {{cpu}, {{volts, "-1"}}, "\n", "PADKIT: get " + cpu + "failed.\n", get_failed, ""}},
-    {"limits crossed", {{cpu, "900000"}, {{low, "1300001"}}, "", set(cpu, "900000", false), set_failed, "",
-                        {{volts, "1100000\n"}}}},
+    {"limits crossed", {{cpu, "900000"}, {{low, "1300001"}}, "", set(cpu, "900000", false), set_failed, "", {{volts, "1100000\n"}}}},
     // Without a usable regs the board has no memory device; the trace still shows each access.
-    {"no regs", {{vref, "9"}, {{"regs", nullptr}}, "", no_mem + no_mem + no_mem + set(vref, "9"), ok,
-                 "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"}},
-    {"bad regs entry", {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n",
-                        "<B>/regs:2: bad register entry\n" + no_mem + get(vref, "0"), ok, r_zero}},
+    {"no regs", {{vref, "9"}, {{"regs", nullptr}}, "", no_mem + no_mem + no_mem + set(vref, "9"), ok, "R 0x00540008 0x00000000\nW 0x00540008 0x00048000\nR 0x00540008 0x00000000\n"}},
+    {"bad regs entry", {{vref}, {{"regs", "# fits?\n0x00540008@0x1 0x123456789\n"}}, "0\n", "<B>/regs:2: bad register entry\n" + no_mem + get(vref, "0"), ok, r_zero}},
     // A rewrite keeps the user's comments with their entries and clears what a killed run left.
-    {"regs rewritten", {{vref, "9", "extra"},
-                        {{"regs", "# tuned\n\n0x00540030 0x2 #\n0x00540030 0x1\n# a\n 0X00540008\t0X12345678 # by hand\n# end"},
-                         {".regs-Ab12Cd", "half"}},
-                        "", set(vref, "9"), ok, "-",
-                        {{"regs", "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n"},
-                         {".regs-Ab12Cd", "<missing>"}}}},
+    {"regs rewritten", {{vref, "9", "extra"}, {{"regs", "# tuned\n\n0x00540030 0x2 #\n0x00540030 0x1\n# a\n 0X00540008\t0X12345678 # by hand\n# end"}, {".regs-Ab12Cd", "half"}}, "", set(vref, "9"), ok, "-", {{"regs", "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n"}, {".regs-Ab12Cd", "<missing>"}}}},
     // Links in the board are not followed: root must not read or replace what they name.
-    {"eMMC file a link", {{mmc, "100"}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "",
-                          "open <B>/" + rdqs + " failed.\n" + set(mmc, "100", false), set_failed, "", {{"secret", "7"}}}},
-    {"regs a link", {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n",
-                     no_mem + get(vref, "0"), ok, r_zero}},
+    {"eMMC file a link", {{mmc, "100"}, {{"secret", "7"}, {rdqs, nullptr}, {rdqs, "->../../../../secret"}}, "", "open <B>/" + rdqs + " failed.\n" + set(mmc, "100", false), set_failed, "", {{"secret", "7"}}}},
+    {"regs a link", {{vref}, {{"secret", "0x00540008 0x12345678\n"}, {"regs", nullptr}, {"regs", "->secret"}}, "0\n", no_mem + get(vref, "0"), ok, r_zero}},
 };
 // clang-format on
 
@@ -160,8 +125,7 @@ TEST(padkit_sim, table) {
     }
 }
 
-// Two runs start on a missing board at once: one of them creates it, and
-// neither sees half a board or leaves anything behind.
+// Two runs on a missing board at once: one creates it, neither sees half a board or leaves anything behind.
 TEST(padkit_sim, fresh_board) {
     sim_board first(PADKIT_SIM), second(PADKIT_SIM);
     second.dir = first.dir;

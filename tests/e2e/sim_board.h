@@ -45,8 +45,7 @@ static_assert(shell_status(padkit_status::lock_failed) == 255 && shell_status(pa
                   tune_status::not_done == 1 && tune_status::bad_input == 2 && tune_status::left_changed == 3,
               "the statuses the manual pages document");
 
-// A scratch directory for one run's output, and a board in it that does not
-// exist until a run creates it.
+// A scratch directory for one run's output, and a board in it that a run creates.
 struct sim_board {
     explicit sim_board(std::string program) : program(std::move(program)) {}
     std::string program;
@@ -84,7 +83,6 @@ struct sim_board {
         execvp(argv[0], argv.data());
         _exit(127);
     }
-    // The status as the shell sees it.
     result finish(pid_t pid) const {
         int status = 0;
         waitpid(pid, &status, 0);
@@ -151,7 +149,6 @@ inline void check(const sim_board& b, const run_case& c) {
         EXPECT_EQ(fs::exists(b.dir / path) ? slurp(b.dir / path) : "<missing>", content) << path;
 }
 
-// A case with the short name a failure prints.
 struct named_case {
     const char* name;
     run_case c;
@@ -162,8 +159,7 @@ inline void check(const sim_board& b, const named_case& c) {
     check(b, c.c);
 }
 
-// padkit-tune-sim on a board created by a run of padkit-sim that touches
-// nothing (padkit-tune-sim's -h creates no board).
+// padkit-tune-sim on a board created by padkit-sim -h (padkit-tune-sim's -h creates none).
 struct tune_board : sim_board {
     tune_board() : sim_board(PADKIT_SIM) {
         run({"-h"});

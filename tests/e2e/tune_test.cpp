@@ -14,8 +14,7 @@ namespace {
 
 const std::string regulator2 = "sys/class/regulator/regulator.2";
 
-// Random words in every register a dump reads, a random eMMC delay and
-// random voltages; drive strength and ODT codes stay in their tables.
+// Random registers, eMMC delay and voltages; drive strength and ODT codes stay in their tables.
 void randomize(const sim_board& b, std::mt19937& random) {
     std::istringstream trace(b.run({"dump"}).trace);
     std::ostringstream regs;
@@ -57,8 +56,8 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
     }
 }
 
-// One profile with good lines and a bad line of each kind, each reported as
-// FILE:LINE:; "" marks a line that is fine.
+// One profile with a bad line of each kind, each reported as FILE:LINE:; "" marks a good line.
+// clang-format off
 const std::pair<std::string, std::string> profile_lines[] = {
     {"; ok", ""},
     {"mac-tx::delay = 3", ""},
@@ -72,11 +71,9 @@ const std::pair<std::string, std::string> profile_lines[] = {
     {"mmc::rdqs = 256", "mmc::rdqs: 256 is not in 2..255"},
     {"mmc::rdqs = 1", "mmc::rdqs: 1 is not in 2..255"},
     {"", ""},
-    {"core_regulator::microvolts = 1000001",
-     "core_regulator::microvolts: 1000001 is not in the regulator's limits 800000..1000000"},
+    {"core_regulator::microvolts = 1000001", "core_regulator::microvolts: 1000001 is not in the regulator's limits 800000..1000000"},
     {"core_regulator::microvolts = 800000", ""},
-    {"core_regulator::microvolts = 799999",
-     "core_regulator::microvolts: 799999 is not in the regulator's limits 800000..1000000"},
+    {"core_regulator::microvolts = 799999", "core_regulator::microvolts: 799999 is not in the regulator's limits 800000..1000000"},
     {"core_regulator::microvolts = 905000", "core_regulator::microvolts: 905000 is not a multiple of 10000 microvolts"},
     {"cpu_regulator::microvolts = 95%", "cpu_regulator::microvolts: '95%' is not a decimal or 0x hexadecimal number"},
     {"tarnm-ddrb-read3::dq = { 1,2,3,4,5,6,7,127 }", ""},
@@ -88,6 +85,7 @@ const std::pair<std::string, std::string> profile_lines[] = {
     {"= 1", "missing name"},
     {"mac-tx::delay =", "mac-tx::delay: missing value"},
 };
+// clang-format on
 
 TEST(padkit_tune, bad_profile_writes_nothing) {
     tune_board b;
@@ -110,20 +108,15 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
     EXPECT_EQ(b.files(), before);
 }
 
-// A regulator made read-only in a private mount namespace refuses the last
-// write: everything written before it is put back, last first.
+// A regulator read-only in a private mount namespace refuses the last write: the rest is put back, last first.
 TEST(padkit_tune, failed_write_is_rolled_back) {
     tune_board b;
     const std::string before = b.run({"dump"}).out;
     b.change("p",
              "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
              "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    b.launcher = {"unshare",
-                  "-m",
-                  "sh",
-                  "-c",
-                  "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"",
-                  (b.dir / regulator2).string()};
+    const char* read_only = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
+    b.launcher = {"unshare", "-m", "sh", "-c", read_only, (b.dir / regulator2).string()};
     if (b.run({"--version"}).status != 0)
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
@@ -141,52 +134,26 @@ const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu = "cpu_regulator::mic
 const std::string cpu_volts = "sys/class/regulator/regulator.1/microvolts";
 using namespace tune_status;
 
-// A row to a line:
 // clang-format off
 const named_case cli_rows[] = {
     {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
-    {"version", {{"--version"}, {}, "padkit-tune-sim " PADKIT_VERSION "\n", "", ok}},
-    {"sweep, no arguments", {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...",
-                             bad_input}},
+    {"sweep, no arguments", {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...", bad_input}},
     {"unknown option", {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:...", bad_input}},
     {"dump, unknown name", {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", bad_input}},
     {"apply, no file", {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", bad_input}},
     {"diff, missing file", {{"diff", "<B>/nope"}, {}, "", "padkit-tune-sim: <B>/nope: No such file or directory\n", bad_input}},
-    {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
-                                     {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}},
-                                     "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
-                                     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n",
-                                     "padkit-tune-sim: mmc::rdqs: current value 1 is not valid, valid range = 2 ~ 255\n",
-                                     not_done}},
-    {"dump -x, one unreadable", {{"dump", "-x", "mac-tx::delay", "mmc"}, {{rdqs, nullptr}, {"regs", "0x140000 0x300\n"}},
-                                 "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n",
-                                 "padkit-tune-sim: mmc::rdqs: open <B>/" + rdqs + " failed.\n",
-                                 not_done}},
+    {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"}, {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}}, "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n", "padkit-tune-sim: mmc::rdqs: current value 1 is not valid, valid range = 2 ~ 255\n", not_done}},
+    {"dump -x, one unreadable", {{"dump", "-x", "mac-tx::delay", "mmc"}, {{rdqs, nullptr}, {"regs", "0x140000 0x300\n"}}, "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "padkit-tune-sim: mmc::rdqs: open <B>/" + rdqs + " failed.\n", not_done}},
     // A later member wins over its composite; equal values are not shown.
-    {"diff, member after composite",
-     {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
-      "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
-    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
-                     "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
-    {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
-                                "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\n"
-                                "padkit-tune-sim: mmc::rdqs: unreadable\n", bad_input}},
-    {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}},
-                  "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok,
-                  "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{rdqs, "37\n"}}}},
-    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "",
-                                 "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\n"
-                                 "padkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
-    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...",
-                                   "padkit-tune-sim: " + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
-    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"},
-                                   {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000...",
-                                   left_changed}},
+    {"diff, member after composite", {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}}, "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
+    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}}, "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
+    {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "", "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable\n", bad_input}},
+    {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}}, "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok, "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{rdqs, "37\n"}}}},
+    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "", "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
+    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
+    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000...", left_changed}},
     {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
-    {"apply --system -v", {{"apply", "--system", "-v"},
-                           {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"},
-                            {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}},
-                           "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
+    {"apply --system -v", {{"apply", "--system", "-v"}, {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"}, {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}}, "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
 };
 // clang-format on
 

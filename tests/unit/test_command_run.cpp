@@ -18,7 +18,6 @@
 
 namespace {
 
-// Whether the process is gone (or only waiting to be reaped), within a while.
 bool ends(pid_t pid) {
     for (int tries = 0; tries < 100; ++tries) {
         std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
@@ -37,18 +36,11 @@ TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     ASSERT_TRUE(mkdtemp(dir));
     const std::string pid_file = std::string(dir) + "/pid";
     // clang-format off
-    const struct {
-        const char* name;
-        std::vector<std::string> argv;
-        double timeout;
-        command_result::kind what;
-        int detail;
-    } rows[] = {
+    const struct { const char* name; std::vector<std::string> argv; double timeout; command_result::kind what; int detail; } rows[] = {
         {"killed", {"sh", "-c", "kill -KILL $$"}, 5, command_result::failed, 0},
         {"not found", {"/nonexistent/command"}, 5, command_result::not_started, ENOENT},
         // A background sleep shares the group: it ends with the command.
-        {"timed out, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2,
-         command_result::timed_out, 0},
+        {"timed out, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2, command_result::timed_out, 0},
         {"passed, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file}, 5, command_result::passed, 0},
         {"ignores SIGTERM", {"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
     };

@@ -13,7 +13,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "properties/message.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "properties/property.h"
 #include "tests/unit/fake_hw.h"
 

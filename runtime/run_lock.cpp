@@ -14,7 +14,7 @@
 #include <string>
 
 #include "paths/system_paths.h"
-#include "properties/message.h"
+#include "runtime/message.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "properties/message.h"
 #include "properties/property.h"
 #include "runtime/end_of_run.h"
 #include "runtime/exit_status.h"
+#include "runtime/message.h"
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
@@ -117,5 +117,7 @@ int padkit_tune_main(int argc, char** argv) {
     // its writes: lost output is noted and the work finished.
     ignore_broken_pipe();
     platform_register_properties();
-    return end_of_run(serve(argc, argv), {true, tune_status::output_lost});
+    const int status = serve(argc, argv);
+    free_registered_properties();
+    return end_of_run(status, {true, tune_status::output_lost});
 }

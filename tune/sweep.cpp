@@ -21,6 +21,7 @@
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
 #include "tune/test_run.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "properties/property.h"
 #include "properties/strict_value.h"
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
@@ -21,11 +22,12 @@
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/outcome.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep/whole_file.h"
+#include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_run.h"
 #include "tune/usage/usage.h"
 
 namespace {

@@ -38,8 +38,7 @@ int main(int argc, char** argv) {
         else
             out << line << '\n';
     }
-    property_group::free_all();
-    property::free_all();
+    free_registered_properties();
     out.close();
     return in.eof() && out ? 0 : 1;
 }

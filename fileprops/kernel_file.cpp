@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "properties/message.h"
 
 namespace {

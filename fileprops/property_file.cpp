@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "properties/message.h"
 #include "properties/strict_value.h"
+#include "runtime/message.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "properties/message.h"
 #include "properties/strict_value.h"
+#include "runtime/message.h"
 
 namespace {
 

@@ -2,52 +2,20 @@
 #include "properties/message.h"
 
 #include <cstdarg>
-#include <cstdio>
-#include <string>
+
+#include "runtime/message.h"
 
 namespace {
 
-void plain(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
-
-message_sink sink = plain;
 unsigned long failures = 0;
 
-void hand_on(const char* format, va_list args) {
-    char text[512];
-    va_list again;
-    va_copy(again, args);
-    const int size = std::vsnprintf(text, sizeof text, format, args);
-    if (size < 0) {
-        va_end(again);
-        return;
-    }
-    if (static_cast<std::size_t>(size) < sizeof text) {
-        sink(std::string(text, static_cast<std::size_t>(size)));
-    } else {
-        std::string line(static_cast<std::size_t>(size) + 1, '\0');
-        std::vsnprintf(&line[0], line.size(), format, again);
-        line.pop_back();
-        sink(line);
-    }
-    va_end(again);
-}
-
 }  // namespace
-
-void set_message_sink(message_sink replacement) { sink = replacement ? replacement : plain; }
-
-void say(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    hand_on(format, args);
-    va_end(args);
-}
 
 void say_failed(const char* format, ...) {
     ++failures;
     va_list args;
     va_start(args, format);
-    hand_on(format, args);
+    vsay(format, args);
     va_end(args);
 }
 

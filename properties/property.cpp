@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "properties/message.h"
 #include "properties/strict_value.h"
+#include "runtime/message.h"
 
 int property::number_mode = 0;
 
@@ -114,6 +114,11 @@ void property_group::free_all() {
     for (auto& entry : property_groups())
         delete entry.second;
     property_groups().clear();
+}
+
+void free_registered_properties() {
+    property_group::free_all();
+    property::free_all();
 }
 
 property_set::property_set(const std::string& name, std::list<std::string> members)

@@ -100,6 +100,9 @@ public:
     static void free_all();
 };
 
+// Frees every registered group and property, at the end of a run.
+void free_registered_properties();
+
 class property_group {
 public:
     using group_map = std::map<std::string, property_group*>;

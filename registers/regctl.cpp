@@ -12,6 +12,7 @@
 #include "properties/message.h"
 #include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
+#include "runtime/message.h"
 
 namespace {
 

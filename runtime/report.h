@@ -13,7 +13,7 @@ const char* program_name();
 void report(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // While an object of this class lives, the lines of the layers below (see
-// properties/message.h) concern this setting.
+// runtime/message.h) concern this setting.
 class about_setting {
 public:
     explicit about_setting(const std::string& name);

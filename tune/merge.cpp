@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "properties/property.h"
 #include "properties/strict_value.h"
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
@@ -20,11 +21,14 @@
 #include "tune/profile/input_text.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep/whole_file.h"
+#include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_run.h"
+#include "tune/usage/usage.h"
 
 namespace {
 
@@ -67,13 +71,6 @@ bool on_axis(property* prop, long long value) {
     const std::vector<long long> keys = prop->table_keys();
     return keys.empty() ? prop->axis().holds(value)
                         : std::binary_search(keys.begin(), keys.end(), value);
-}
-
-bool parse_outcome(const std::string& text, outcome* result) {
-    for (outcome each : {outcome::pass, outcome::fail, outcome::timeout, outcome::hang})
-        if (text == outcome_name(each))
-            return *result = each, true;
-    return false;
 }
 
 // One line "NAME,VALUE,RESULT" into the file's cells; false with *problem for a bad one.

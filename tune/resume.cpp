@@ -13,6 +13,7 @@
 #include "runtime/report.h"
 #include "tune/commands.h"
 #include "tune/test_run.h"
+#include "tune/usage/usage.h"
 
 bool arm_watchdog(const test_options& options, hang_guard& guard) {
     return options.watchdog_path.empty() || guard.watchdog.open(options.watchdog_path);

@@ -20,10 +20,12 @@
 #include "tune/sweep/chart.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
 #include "tune/test_run.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

@@ -16,11 +16,13 @@
 #include "tune/commands.h"
 #include "tune/resume.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
 #include "tune/test_run.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

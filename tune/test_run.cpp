@@ -3,10 +3,8 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
@@ -151,35 +149,6 @@ bool open_profile(const test_options& options, whole_file* profile) {
     report("cannot write %s: %s; nothing written", options.profile_path.c_str(),
            std::strerror(errno));
     return false;
-}
-
-namespace {
-
-// A word as a shell would take it back; on one line, since it ends up in a comment.
-std::string shell_word(std::string word) {
-    std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() &&
-        word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                               "_-+=.,:/@%") == std::string::npos)
-        return word;
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-}  // namespace
-
-std::string profile_header(int argc, char** argv) {
-    std::string line = std::string("# ") + program_name();
-    for (int i = 0; i < argc; ++i)
-        line += " " + shell_word(argv[i]);
-    char when[64] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (localtime_r(&now, &local))
-        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
-    return line + "\n# " + when + "\n";
 }
 
 bool write_profile(whole_file* profile, const std::string& path, bool finished, const char* what,

@@ -81,8 +81,4 @@ bool write_profile(whole_file* profile, const std::string& path, bool finished, 
 int end_status(point_result::kind ended, int signal, bool left_changed, bool found,
                const char* restored);
 
-// The comment lines that say where a profile comes from: the command line,
-// quoted as a shell would take it back, and the time.
-std::string profile_header(int argc, char** argv);
-
 #endif

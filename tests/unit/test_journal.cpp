@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/journal.h"
 

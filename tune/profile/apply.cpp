@@ -11,11 +11,12 @@
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
-#include "tune/commands.h"
 #include "tune/profile/apply.h"
 #include "tune/profile/board_io.h"
+#include "tune/profile/commands.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

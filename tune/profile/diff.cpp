@@ -10,10 +10,11 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/commands.h"
 #include "tune/profile/board_io.h"
+#include "tune/profile/commands.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
+#include "tune/usage/usage.h"
 
 int diff_command(int argc, char** argv) {
     static const option options[] = {

@@ -13,9 +13,10 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/commands.h"
 #include "tune/profile/board_io.h"
+#include "tune/profile/commands.h"
 #include "tune/profile/json.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "properties/strict_value.h"
 #include "runtime/report.h"
 #include "runtime/standard_streams.h"

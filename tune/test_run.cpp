@@ -11,7 +11,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/sweep/consent.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
 #include "tune/profile/apply.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial.h"
 

@@ -11,7 +11,7 @@
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "tune/commands.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
 

@@ -9,7 +9,13 @@
 #include <vector>
 
 #include "properties/property.h"
-#include "tune/profile/profile.h"
+
+// One field to be given one value: a composite in a profile stands for one
+// setting per member.
+struct setting {
+    property* prop;
+    std::string value;  // as check() gives it: decimal
+};
 
 // The property's value as the hardware holds it now, in the form save()
 // gives: what get() shows, unless get() has no name for it. A value made of

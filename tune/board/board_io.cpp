@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 
 #include <string>
 #include <vector>

@@ -10,7 +10,6 @@ namespace {
 void plain(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 message_sink sink = plain;
-unsigned long failures = 0;
 
 void hand_on(const char* format, va_list args) {
     char text[512];
@@ -42,15 +41,3 @@ void say(const char* format, ...) {
     hand_on(format, args);
     va_end(args);
 }
-
-void say_failed(const char* format, ...) {
-    ++failures;
-    va_list args;
-    va_start(args, format);
-    hand_on(format, args);
-    va_end(args);
-}
-
-void note_failed_access() { ++failures; }
-
-unsigned long failed_accesses() { return failures; }

@@ -130,7 +130,9 @@ TEST_F(catalogue, EveryPropertyTakesItsDomainByCheckAndBySetAndNothingElse) {
              {std::pair{"/microvolts", "1100000"}, {"/min_microvolts", "800000"}, {"/max_microvolts", "1300000"}})
             put_board_file(regulator + std::string(file), microvolts);
     int composites = 0;
-    for (const auto& [name, prop] : property::properties()) {
+    for (const auto& entry : property::properties()) {
+        const std::string name(entry.first);
+        property* prop = entry.second;  // a lambda takes it: C++17 captures no structured binding
         prop->refresh();
         const value_domain d = prop->domain();
         ASSERT_TRUE(d.unknown.empty()) << name;
@@ -142,7 +144,7 @@ TEST_F(catalogue, EveryPropertyTakesItsDomainByCheckAndBySetAndNothingElse) {
         }
         for (const auto& [value, held] : samples(d)) {
             const std::string text = std::to_string(value);
-            SCOPED_TRACE(std::string(name) + " = " + text);
+            SCOPED_TRACE(name + " = " + text);
             long long code = -1, now = -1;
             std::string problem, shown;
             EXPECT_EQ(d.code_of(text, &code, &problem), held) << problem;

@@ -74,7 +74,6 @@ const char* hand_written_regs =
 const std::string rewritten_regs = "# a\n0x00540008 0x1234d678 # by hand\n# tuned\n0x00540030 0x00000001 #\n# end\n";
 using namespace padkit_status;
 
-// Rows longer than a line put the expectations (output, error, status, trace, files) on the second.
 // clang-format off
 const named_case rows[] = {
     {"no arguments", {{}, {}, usage_text, "", usage, ""}},

@@ -62,7 +62,6 @@ const std::string no_vref = vref + "open /dev/zeb_mem failed.\n" + vref + "unrea
 std::string skipped(const char* name) { return p + "<B>/etc/padkit.d/" + name + ": not a regular file; skipped\n"; }
 using namespace tune_status;
 
-// Rows longer than a line have the script on lines of its own, then the expected output, error and status.
 // clang-format off
 const script_row rows[] = {
     // The writes are never cut short, statuses mean one thing.
@@ -150,9 +149,7 @@ TEST(PadkitTuneReliability, RollbackRestoresACodeWithoutAKey) {
     b.change("sys/class/regulator/regulator.1/microvolts", "1095000");
     b.change("p",
              "tarnm-ddra::clkdrv = 40\ncpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    const char* read_only = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
-    b.launcher = {"unshare", "-m", "sh", "-c", read_only, (b.dir / "sys/class/regulator/regulator.2").string()};
-    if (b.run({"--version"}).status != 0)
+    if (!read_only(b, b.dir / "sys/class/regulator/regulator.2"))
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, left_changed);

@@ -32,8 +32,7 @@ strings sweep(strings args, const std::string& command) {
     return args;
 }
 
-// A case that names no board file leaves the swept property as it was. Each expected output is the chart, its
-// axis above the row of marks, then the summary.
+// A case that names no board file leaves the swept property as it was.
 // clang-format off
 const named_case cases[] = {
     {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {},

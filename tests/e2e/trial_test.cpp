@@ -60,7 +60,6 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 
 }  // namespace
 
-// Rows longer than a line put what the step prints and returns, and the board's changes, on the second.
 TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
     // clang-format off
     trial_board().live({

@@ -117,9 +117,7 @@ TEST(PadkitTune, FailedWriteIsRolledBack) {
     b.change("p",
              "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
              "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    const char* read_only = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
-    b.launcher = {"unshare", "-m", "sh", "-c", read_only, (b.dir / regulator2).string()};
-    if (b.run({"--version"}).status != 0)
+    if (!read_only(b, b.dir / regulator2))
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, tune_status::not_done);
@@ -141,7 +139,6 @@ const std::string dumped_json =
     "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n";
 using namespace tune_status;
 
-// Rows longer than a line put the expectations (output, error, status, trace, files) on the second.
 // clang-format off
 const named_case cli_rows[] = {
     {"no subcommand", {{}, {}, "", p + "no subcommand\nusage: padkit-tune-sim dump...", bad_input}},

@@ -13,8 +13,8 @@ namespace {
 
 // old: the board's settings; new: each changed (a number's lowest bit flipped, a regulator 10 mV up; table
 // fields left out). few_old and few_new: the same outside the DDR PHY, quicker to apply. waited "WORDS" 'SCRIPT':
-// a sweep -y WORDS whose command, but at 31, lets another process take the lock; that one runs SCRIPT once the
-// sweep waits for the lock ($sweep: its process), then lets go; then the sweep's status.
+// sweep -y WORDS, whose command at every value but 31 gives another process time to take the lock; that process
+// runs SCRIPT once the sweep waits for it ($sweep: the sweep's pid), then lets go. Its status is the sweep's.
 const std::string prelude =
     R"sh(T="$*"; t() { $T "$@"; }; bg() { exec env --default-signal=INT,QUIT $T "$@"; }; B=$PADKIT_SIM_DIR
 changed() { awk 'function flip(n) { return n % 2 ? n - 1 : n + 1 }

@@ -29,7 +29,7 @@ void forget_caches() {
     fake_hw::reset();
 }
 
-struct catalogue : unit_test {
+struct TarnmRegisters : unit_test {
     void SetUp() override {
         forget_caches();
         // Built once per process: they must outlive each test's registry.
@@ -42,7 +42,7 @@ struct catalogue : unit_test {
 };
 
 // A read shows the staged word without reading the hardware; each commit writes every staged word again.
-TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
+TEST_F(TarnmRegisters, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     // clang-format off
     const struct { const char* name; uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
         {"+5 less 5 is -0", 0x45, "-5", 0x00},
@@ -82,7 +82,7 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     EXPECT_TRUE(fake_hw::log.empty());
 }
 
-TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
+TEST_F(TarnmRegisters, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
     std::set<std::tuple<char, uint32_t, uint32_t>> want;
     for (uint32_t address : {0x540008, 0x54001C, 0x540030, 0x540044, 0x140000, 0x190110, 0x190130, 0x190150, 0x190170,
                              0x190190, 0x1901B0, 0x1901D0, 0x1901F0, 0x191010, 0x191030, 0x191070, 0x191090})

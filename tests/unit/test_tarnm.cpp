@@ -123,7 +123,7 @@ std::vector<std::pair<long long, bool>> samples(const value_domain& d) {
 
 // A profile's check and padkit's set take exactly the domain's values, with the code read back; the code written
 // back is what get shows.
-TEST_F(catalogue, EveryPropertyTakesItsDomainByCheckAndBySetAndNothingElse) {
+TEST_F(TarnmRegisters, EveryPropertyTakesItsDomainByCheckAndBySetAndNothingElse) {
     put_board_file("/sys/kernel/debug/mmc0/rdqs", "37");
     for (const char* regulator : {"/sys/class/regulator/regulator.1", "/sys/class/regulator/regulator.2"})
         for (const auto& [file, microvolts] :

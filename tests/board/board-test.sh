@@ -82,7 +82,11 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
     umount /dev/zeb_mem && rm /dev/zeb_mem
     out=$("${t[@]}" dump ehci0-phy::tx-vref 2>&1); got="$?|$out" what="dump without the device"
     expect "1|.${bin##*/}: ehci0-phy::tx-vref: open /dev/zeb_mem failed."$'\n''# ehci0-phy::tx-vref: unreadable'
-    "${t[@]}" apply /dev/.new >/dev/null 2>&1; got=$? what="apply without the device"; expect 1 ;;
+    "${t[@]}" apply /dev/.new >/dev/null 2>&1; got=$? what="apply without the device"; expect 1
+    # A result file that names a device is written through: the device stays one.
+    rdqs=/sys/kernel/debug/mmc0/rdqs && echo 37 >$rdqs && mknod /dev/.device c 1 3
+    "${t[@]}" sweep -y --profile /dev/.device mmc::rdqs 30 31 -- true >/dev/null 2>&1
+    got="$?|$(stat -c %F /dev/.device)" what="--profile naming a device"; expect "0|character special file" ;;
 budget)  # instructions of a whole run, deterministic unlike its wall time
     command -v valgrind >/dev/null || skip "valgrind is not installed"
     for args in "-h" "ehci0-phy::tx-vref" "ehci0-phy::tx-vref 9"; do

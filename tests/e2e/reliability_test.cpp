@@ -76,6 +76,8 @@ const script_row rows[] = {
     {"control characters escaped, a long value cut", R"sh(printf 'mac-tx::delay = \033[31m\001\nmmc::rdqs = %0300d\n' 1 | t apply -)sh", "", p + "(standard input):1: mac-tx::delay: '\\x1b[31m\\x01' is not a decimal or 0x hexadecimal number\n" + p + "(standard input):2: '" + std::string(40, '0') + "...' is too long\n", tune_status::bad_input},
     {"after 100 bad lines the rest are counted", "yes x | head -n 103 | t apply - 2>&1 | tail -n 2", p + "(standard input):100: expected NAME = VALUE\n" + p + "3 more bad lines not listed\n", "", 0},
     {"standard input twice, or closed", "t apply - - </dev/null; t apply - <&-", "", p + "standard input given twice; it can be read once\n" + p + "standard input is closed\n", tune_status::bad_input},
+    // Result files, the watchdog, the test command's output and trials under attack.
+    {"a result file naming a device or standard output writes through it; a directory is refused", R"sh(mknod $B/null c 1 3; ln -s /proc/self/fd/1 $B/out; t sweep -y --profile $B/null mmc::rdqs 30 31 -- true >/dev/null; t sweep -y --profile $B/out mmc::rdqs 30 31 -- true >$B/o; grep -x 'mmc::rdqs = 30' $B/o; t sweep -y --profile $B mmc::rdqs 30 31 -- true; echo $?; [ -c $B/null ] && [ -L $B/out ] && echo kept)sh", "mmc::rdqs = 30\n2\nkept\n", p + "cannot write <B>: Is a directory; nothing written\n", 0},
 };
 // clang-format on
 

@@ -78,6 +78,7 @@ const script_row rows[] = {
     {"standard input twice, or closed", "t apply - - </dev/null; t apply - <&-", "", p + "standard input given twice; it can be read once\n" + p + "standard input is closed\n", tune_status::bad_input},
     // Result files, the watchdog, the test command's output and trials under attack.
     {"a result file naming a device or standard output writes through it; a directory is refused", R"sh(mknod $B/null c 1 3; ln -s /proc/self/fd/1 $B/out; t sweep -y --profile $B/null mmc::rdqs 30 31 -- true >/dev/null; t sweep -y --profile $B/out mmc::rdqs 30 31 -- true >$B/o; grep -x 'mmc::rdqs = 30' $B/o; t sweep -y --profile $B mmc::rdqs 30 31 -- true; echo $?; [ -c $B/null ] && [ -L $B/out ] && echo kept)sh", "mmc::rdqs = 30\n2\nkept\n", p + "cannot write <B>: Is a directory; nothing written\n", 0},
+    {"empty file names are refused", R"sh(for o in --journal --csv --svg --profile --watchdog; do t sweep -y $o '' mmc::rdqs 30 31 -- true 2>$B/e; echo $? $(head -n 1 $B/e); done; for o in --csv --svg --profile; do t merge $o '' $B/x.csv 2>$B/e; echo $? $(head -n 1 $B/e); done)sh", "2 " + p + "--journal: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n2 " + p + "--watchdog: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n", "", 0},
 };
 // clang-format on
 

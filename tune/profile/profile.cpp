@@ -129,9 +129,7 @@ bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* 
             good = false;
             continue;
         }
-        // A byte order mark, as some editors write one, is no part of a name.
-        const std::string mark = "\xef\xbb\xbf";
-        std::string::size_type start = text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+        std::string::size_type start = after_byte_order_mark(text);
         const std::string name = file == standard_input ? "(standard input)" : shown(file);
         for (int number = 1; start < text.size(); ++number) {
             std::string::size_type end = text.find('\n', start);

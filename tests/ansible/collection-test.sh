@@ -48,7 +48,8 @@ read_only() { echo "mount --bind $1 $1 && mount -o remount,bind,ro $1 $1"; }
 if "$tmp/ns" "$(read_only "$tmp/etc")" true 2>/dev/null; then
     # A regulator made read-only refuses its write.
     ro=$tmp/board/sys/class/regulator/regulator.2/microvolts
-    printf '#!/bin/sh\nexec "%s" "%s" "%s" "$@"\n' "$tmp/ns" "$(read_only "$ro")" "$tune" >"$tmp/ro" && chmod +x "$tmp/ro"
+    printf '#!/bin/sh\nexec "%s" "%s" "%s" "$@"\n' "$tmp/ns" "$(read_only "$ro")" "$tune" >"$tmp/ro"
+    chmod +x "$tmp/ro"
     play rolled-back "changed=0 failed=1" -e "{\"binary\": \"$tmp/ro\",
         \"profile\": \"ehci0-phy::tx-vref = 10\\ncore_regulator::microvolts = 1000000\\n\"}"
     shows "put back what it had written" "ehci0-phy::tx-vref: restored to 9"

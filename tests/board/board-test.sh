@@ -97,7 +97,8 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
         strace -o /dev/null -e trace="$call" true 2>/dev/null || continue
         for ((n = 1, status = 137; status == 137; ++n)); do
             rm -f /var/lib/padkit/* /etc/padkit.d/* && echo 37 >$rdqs && "${t[@]}" trial /dev/.trial
-            { strace -f -o /dev/null --inject="$call:signal=KILL:when=$n" "${t[@]}" apply --system >/dev/null; } 2>/dev/null
+            kill_at="$call:signal=KILL:when=$n"
+            { strace -f -o /dev/null --inject="$kill_at" "${t[@]}" apply --system >/dev/null; } 2>/dev/null
             status=$? what="apply --system killed at $call $n, then bless"
             "${t[@]}" bless >/dev/null 2>&1 && [ "$(cat $rdqs)" != 9 ] && expect "not blessed" blessed
         done

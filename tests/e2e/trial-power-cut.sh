@@ -55,7 +55,9 @@ cut() {
             status=$? now=$(state) was="$* killed at $call $n"
             [ "$now" = "$before" ] || [ "$now" = "$after" ] || fail "$was: $now; before: $before; after: $after"
             ! applied || [ "$now" = "$after" ] || fail "$was: the trial applied, its try not counted"
-            case $* in *"apply --system") ! "$tune" bless >/dev/null 2>&1 || applied || fail "$was: blessed, not applied" ;; esac
+            case $* in
+            *"apply --system") ! "$tune" bless >/dev/null 2>&1 || applied || fail "$was: blessed, not applied" ;;
+            esac
             n=$((n + 1))
         done
         [ "$status $now" = "0 $after" ] || fail "$* at its end: status $status, $now"

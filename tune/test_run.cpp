@@ -134,7 +134,7 @@ bool command_ready(const test_options& options) {
 bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
     if (path.empty())
         return true;
-    file->reset(std::fopen(path.c_str(), "we"));
+    file->reset(open_in_place(path));
     if (*file && header)
         header(file->get());
     if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "memtest/patterns.h"
 
@@ -26,14 +27,14 @@ uint64_t onto_bus(uint64_t word, unsigned width) {
 
 }  // namespace
 
-void write_pattern(volatile uint64_t* buffer, std::size_t from, std::size_t to, const pattern& p,
-                   unsigned width) {
+void write_pattern(volatile uint64_t* buffer, std::size_t from, std::size_t to,
+                   const std::vector<uint64_t>& period) {
     for (std::size_t i = from; i < to; ++i)
-        buffer[i] = pattern_word(p, i, width);
+        buffer[i] = period[i % period_words];
 }
 
 void compare_pattern(const volatile uint64_t* buffer, std::size_t from, std::size_t to,
-                     const pattern& p, unsigned width, const bus_faults& faults,
+                     const std::vector<uint64_t>& period, unsigned width, const bus_faults& faults,
                      comparison* found) {
     const uint64_t low = in_every_beat(faults.stuck_at_0, width);
     const uint64_t high = in_every_beat(faults.stuck_at_1, width);
@@ -41,7 +42,7 @@ void compare_pattern(const volatile uint64_t* buffer, std::size_t from, std::siz
     uint64_t differing = 0;
     for (std::size_t i = from; i < to; ++i) {
         const uint64_t seen = ((buffer[i] & ~low) | high) ^ flipped;
-        const uint64_t wrong = seen ^ pattern_word(p, i, width);
+        const uint64_t wrong = seen ^ period[i % period_words];
         differing |= wrong;
         found->wrong_words += wrong != 0;
     }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "memtest/patterns.h"
 
@@ -22,13 +23,15 @@ struct comparison {
     std::size_t words = 0, wrong_words = 0;
 };
 
-// Writes the pattern's words FROM to TO (not included) into the buffer.
-void write_pattern(volatile uint64_t* buffer, std::size_t from, std::size_t to, const pattern& p,
-                   unsigned width);
+// Writes words FROM to TO (not included) of a pattern, given by its period
+// (pattern_period), into the buffer.
+void write_pattern(volatile uint64_t* buffer, std::size_t from, std::size_t to,
+                   const std::vector<uint64_t>& period);
 
-// Reads the words FROM to TO back through the faults and adds what they show
-// to *found.
+// Reads the words FROM to TO back through the faults of a bus of WIDTH bits
+// and adds what they show to *found.
 void compare_pattern(const volatile uint64_t* buffer, std::size_t from, std::size_t to,
-                     const pattern& p, unsigned width, const bus_faults& faults, comparison* found);
+                     const std::vector<uint64_t>& period, unsigned width, const bus_faults& faults,
+                     comparison* found);
 
 #endif

@@ -106,16 +106,17 @@ public:
         int signal = 0;
         for (std::size_t step = 0; step < steps && !signal; ++step) {
             const std::size_t chosen = step % options.patterns.size();
-            const pattern& p = *options.patterns[chosen];
-            progress.show(p.name, step + 1, steps);
+            progress.show(options.patterns[chosen]->name, step + 1, steps);
+            const std::vector<uint64_t> period =
+                pattern_period(*options.patterns[chosen], options.width);
             // Written whole before any is read: the words come back from the
             // memory, not from the caches.
             signal = over_buffer(stop, [&](std::size_t from, std::size_t to) {
-                write_pattern(buffer.words, from, to, p, options.width);
+                write_pattern(buffer.words, from, to, period);
             });
             if (!signal)
                 signal = over_buffer(stop, [&](std::size_t from, std::size_t to) {
-                    compare_pattern(buffer.words, from, to, p, options.width, faults,
+                    compare_pattern(buffer.words, from, to, period, options.width, faults,
                                     &found[chosen]);
                 });
             done = signal ? step : step + 1;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -22,10 +23,9 @@ uint64_t neighbours(uint64_t n, unsigned width) {
     return n / 2 % 2 ? others | victim : others;
 }
 
-// splitmix64 of the beat's index: the same data at every pass, no state to
-// carry from writing to checking.
+// splitmix64 of the beat's index in the period.
 uint64_t pseudo_random(uint64_t n, unsigned width) {
-    uint64_t z = (n + 1) * 0x9e3779b97f4a7c15ull;
+    uint64_t z = (n % (period_words * 64 / width) + 1) * 0x9e3779b97f4a7c15ull;
     z = (z ^ z >> 30) * 0xbf58476d1ce4e5b9ull;
     z = (z ^ z >> 27) * 0x94d049bb133111ebull;
     return (z ^ z >> 31) & bus_bits(width);
@@ -52,10 +52,11 @@ const pattern* find_pattern(const std::string& name) {
 
 uint64_t bus_bits(unsigned width) { return width >= 64 ? ~0ull : (1ull << width) - 1; }
 
-uint64_t pattern_word(const pattern& p, uint64_t index, unsigned width) {
+std::vector<uint64_t> pattern_period(const pattern& p, unsigned width) {
     const unsigned beats = 64 / width;
-    uint64_t word = 0;
-    for (unsigned i = 0; i < beats; ++i)
-        word |= p.beat(index * beats + i, width) << (width * i);
-    return word;
+    std::vector<uint64_t> words(period_words);
+    for (std::size_t index = 0; index < period_words; ++index)
+        for (unsigned i = 0; i < beats; ++i)
+            words[index] |= p.beat(index * beats + i, width) << (width * i);
+    return words;
 }

@@ -11,10 +11,11 @@
 namespace {
 
 uint64_t failing_bits(const pattern& p, unsigned width, const bus_faults& faults) {
-    std::vector<uint64_t> buffer(512);
-    write_pattern(buffer.data(), 0, buffer.size(), p, width);
+    const std::vector<uint64_t> period = pattern_period(p, width);
+    std::vector<uint64_t> buffer(period_words + 5);
+    write_pattern(buffer.data(), 0, buffer.size(), period);
     comparison found;
-    compare_pattern(buffer.data(), 0, buffer.size(), p, width, faults, &found);
+    compare_pattern(buffer.data(), 0, buffer.size(), period, width, faults, &found);
     return found.failing;
 }
 

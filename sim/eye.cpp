@@ -37,7 +37,7 @@ struct eye_file {
 // Each edge of every eye moves in by a step per this much below nominal.
 constexpr long microvolts_per_step = 5000;
 // Fresh eyes reach from -(edge_least + 0..edge_spread) to +(edge_least + 0..edge_spread):
-// they hold 0, the delay of a fresh board, down to the core regulator's lowest voltage.
+// they hold 0, the delay of a fresh board, down to 845000 uV.
 constexpr unsigned edge_least = 12, edge_spread = 18;
 constexpr long most_delay = 63;
 

@@ -61,11 +61,12 @@ public:
 
     // False, said why, when it cannot be had.
     bool allocate(uint64_t bytes) {
+        const bool addressable = bytes <= std::numeric_limits<std::size_t>::max();
         count = static_cast<std::size_t>(bytes / sizeof(uint64_t));
-        void* memory = count > std::numeric_limits<std::size_t>::max() / sizeof(uint64_t)
-                           ? MAP_FAILED
-                           : mmap(nullptr, count * sizeof(uint64_t), PROT_READ | PROT_WRITE,
-                                  MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        errno = ENOMEM;
+        void* memory = addressable ? mmap(nullptr, count * sizeof(uint64_t), PROT_READ | PROT_WRITE,
+                                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)
+                                   : MAP_FAILED;
         if (memory == MAP_FAILED) {
             report("cannot allocate %s: %s", size_text(bytes).c_str(), std::strerror(errno));
             count = 0;

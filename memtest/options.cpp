@@ -18,6 +18,9 @@ namespace {
 // values many times over.
 constexpr uint64_t least_size = 4096;
 
+// Days of testing, and the steps of all passes still count on 32 bits.
+constexpr uint32_t most_passes = 1000000;
+
 enum long_only { size_option = 256, bus_width_option, patterns_option, passes_option };
 
 // clang-format off
@@ -78,8 +81,9 @@ bool parse_patterns(const std::string& text, std::vector<const pattern*>* chosen
 
 bool parse_passes(const std::string& text, uint32_t* passes) {
     std::string problem;
-    if (!parse_strict_u32(text, passes, &problem) || *passes == 0) {
-        usage_error("--passes: " + (problem.empty() ? "at least 1" : problem));
+    if (!parse_strict_u32(text, passes, &problem) || *passes == 0 || *passes > most_passes) {
+        usage_error("--passes: " +
+                    (problem.empty() ? "1 to " + std::to_string(most_passes) : problem));
         return false;
     }
     return true;

@@ -79,11 +79,11 @@ std::string fresh_eyes(uint32_t seed) {
                   static_cast<unsigned>(seed), nominal_core_microvolts, microvolts_per_step);
     std::ostringstream text;
     text << header;
-    std::mt19937 random(seed);
+    std::mt19937 draw(seed);
     for (const ddr_phy& phy : ddr_phys)
         for (const dq_line& line : dq_lines(phy)) {
-            const unsigned below = edge_least + random() % (edge_spread + 1);
-            const unsigned above = edge_least + random() % (edge_spread + 1);
+            const unsigned below = edge_least + draw() % (edge_spread + 1);
+            const unsigned above = edge_least + draw() % (edge_spread + 1);
             text << line_name(line) << " -" << below << " " << above << "\n";
         }
     return text.str();
@@ -185,13 +185,13 @@ public:
         const long low = at_nominal.low + narrowed, high = at_nominal.high - narrowed;
         if ((delay >= low - noise && delay < low + noise) ||
             (delay > high - noise && delay <= high + noise))
-            return random() % 2 == 0;
+            return coin() % 2 == 0;
         return delay >= low && delay <= high;
     }
 
 private:
     const long narrowed, noise;
-    std::mt19937 random{noise > 0 ? std::random_device()() : 0};
+    std::mt19937 coin{noise > 0 ? std::random_device()() : 0};
 };
 
 }  // namespace

@@ -95,7 +95,8 @@ std::string bits_text(uint64_t bits) {
 class memory_test {
 public:
     memory_test(const memtest_options& options, const bus_faults& faults, test_buffer& buffer)
-        : options(options),
+        : steps(options.passes * options.patterns.size()),
+          options(options),
           faults(faults),
           buffer(buffer),
           found(options.patterns.size()),
@@ -103,7 +104,6 @@ public:
 
     // Every pass of every pattern; the stop signal that ended it early, or 0.
     int run(const stop_signals& stop) {
-        const std::size_t steps = options.passes * options.patterns.size();
         int signal = 0;
         for (std::size_t step = 0; step < steps && !signal; ++step) {
             const std::size_t chosen = step % options.patterns.size();
@@ -143,7 +143,8 @@ public:
         return failing;
     }
 
-    std::size_t done = 0;  // passes of patterns
+    const std::size_t steps;  // passes of patterns
+    std::size_t done = 0;
 
 private:
     int over_buffer(const stop_signals& stop,
@@ -214,7 +215,7 @@ int test_memory(const memtest_options& options) {
         // An unfinished test vouches for no bit: no file, and the signal says the rest.
         bits_file.discard();
         report("interrupted by %s after %zu of %zu patterns; no failing bits written",
-               strsignal(signal), test.done, options.passes * options.patterns.size());
+               strsignal(signal), test.done, test.steps);
         stop_signals::die_of(signal);
     }
     report("%s, %u-bit bus: %s", size_text(options.size).c_str(), options.width,

@@ -10,8 +10,8 @@
 int dump_command(int argc, char** argv);
 int diff_command(int argc, char** argv);
 int apply_command(int argc, char** argv);
-int sweep_command(int argc, char** argv);
-int shmoo_command(int argc, char** argv);
+// sweep and shmoo: a campaign of the kind its name gives.
+int campaign_command(int argc, char** argv);
 int resume_command(int argc, char** argv);
 int trial_command(int argc, char** argv);
 int bless_command(int argc, char** argv);

@@ -24,7 +24,6 @@
 #include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
-#include "tune/test_run.h"
 
 namespace {
 
@@ -264,7 +263,7 @@ int merge_command(int argc, char** argv) {
     if (!svg_path.empty())
         print_svg(outputs[1].file.stream(), merged, "padkit-tune merge");
     if (!profile_path.empty())
-        print_merged_profile(outputs[2].file.stream(), merged, profile_header(argc, argv));
+        print_merged_profile(outputs[2].file.stream(), merged, profile_header({argv, argv + argc}));
     bool written = true;
     for (output& each : outputs) {
         if (!each.path.empty() && !each.file.commit()) {

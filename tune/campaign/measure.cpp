@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "tune/campaign/measure.h"
+
+#include <signal.h>
+
+#include <cstring>
+
+#include "runtime/report.h"
+#include "runtime/run_lock.h"
+#include "tune/profile/board_io.h"
+
+namespace {
+
+// Takes the lock, the watchdog kept alive while it waits; with STOP, a stop
+// signal that arrives while it waits ends the wait, and is given in *signal.
+// Without, no signal ends it, but it is polled all the same for the watchdog.
+bool lock(watchdog_keeper& watchdog, const stop_signals* stop, int* signal) {
+    sigset_t none;
+    sigemptyset(&none);
+    int arrived = 0;
+    const bool taken =
+        take_run_lock(stop ? stop->set() : none, &arrived, [&] { watchdog.keep_alive(); });
+    if (signal)
+        *signal = arrived;
+    return taken;
+}
+
+}  // namespace
+
+bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdog,
+                  const stop_signals* stop, int* signal) {
+    if (!lock(watchdog, stop, signal))
+        return false;
+    for (const setting& change : settings) {
+        std::string problem;
+        if (!write_checked(change.prop, change.value, &problem)) {
+            release_run_lock();
+            report("%s: %s", change.prop->name.c_str(), problem.c_str());
+            return false;
+        }
+    }
+    release_run_lock();
+    return true;
+}
+
+bool read_locked(const std::vector<property*>& props, std::vector<std::string>* values) {
+    if (!take_run_lock())
+        return false;
+    bool good = true;
+    for (property* prop : props) {
+        values->emplace_back();
+        good = read_now(prop, &values->back());
+        if (!good) {
+            report("%s: unreadable; nothing written", prop->name.c_str());
+            break;
+        }
+    }
+    release_run_lock();
+    return good;
+}
+
+namespace {
+
+point_result run_tests(const test_options& options, const environment& names,
+                       const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+    for (long long run = 0; run < options.runs; ++run) {
+        const command_result got =
+            run_command(options.command, names, options.timeout_seconds, stop, [&] {
+                progress.refresh();
+                guard.watchdog.keep_alive();
+            });
+        switch (got.what) {
+        case command_result::passed: break;
+        case command_result::failed: return {point_result::measured, outcome::fail, 0};
+        case command_result::timed_out: return {point_result::measured, outcome::timeout, 0};
+        case command_result::not_started:
+            progress.clear();
+            report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
+            return {point_result::not_started, outcome::fail, 0};
+        case command_result::interrupted:
+            return {point_result::interrupted, outcome::fail, got.detail};
+        }
+    }
+    return {point_result::measured, outcome::pass, 0};
+}
+
+}  // namespace
+
+point_result measure_point(const std::vector<setting>& changes, const journal_point& point,
+                           const test_options& options, const environment& names,
+                           const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+    if (const int signal = stop.take())
+        return {point_result::interrupted, outcome::fail, signal};
+    if (!guard.trying(point))
+        return {point_result::write_failed, outcome::fail, 0};
+    int signal = 0;
+    const point_result got = write_locked(changes, guard.watchdog, &stop, &signal)
+                                 ? run_tests(options, names, stop, progress, guard)
+                             : signal
+                                 ? point_result{point_result::interrupted, outcome::fail, signal}
+                                 : point_result{point_result::write_failed, outcome::fail, 0};
+    if (got.what == point_result::measured)
+        guard.measured(got.result);
+    else
+        guard.not_measured();
+    return got;
+}

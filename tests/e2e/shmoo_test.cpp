@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "tests/e2e/sim_board.h"
 
@@ -86,6 +87,16 @@ TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
     EXPECT_EQ(profiled.run({"apply", profile}).status, tune_status::ok);
     EXPECT_EQ(profiled.run({"dump", dq3, core}).out, kept.run({"dump", dq3, core}).out);
     EXPECT_EQ(kept.run({"dump", dq3}).out, dq3 + " = 65\n");
+}
+
+// The slow Y is written once a row, then put back; X (mmc::rdqs, a debugfs file) leaves no trace.
+TEST(padkit_tune_shmoo, y_written_once_a_row) {
+    tune_board b;
+    std::istringstream trace(b.run(shmoo({"-y"}, "true", {mmc, "30", "32", "mac-tx::delay", "0", "2"})).trace);
+    std::string writes;
+    for (std::string kind, address, word; trace >> kind >> address >> word;)
+        writes += kind == "W" ? word + " " : "";
+    EXPECT_EQ(writes, "0x00000000 0x00000100 0x00000200 0x00000000 ");
 }
 
 // Row by row to the CSV; the SVG read back by an XML parser: a cell per point, both names, both marks.

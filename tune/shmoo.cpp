@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // shmoo: two properties against each other, the region where a test command
 // passes and the point with the most room around it.
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -13,6 +12,7 @@
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
 #include "tune/shmoo_plan.h"
+#include "tune/sweep/grid.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
 #include "tune/sweep_options.h"

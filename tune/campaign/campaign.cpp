@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tune/campaign/campaign.h"
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>

@@ -69,7 +69,8 @@ public:
     // The result of each step in turn, and its line into the CSV file when
     // one is written.
     virtual void record(std::size_t step, outcome result, std::FILE* csv) = 0;
-    // No more steps follow: what the results show is worked out once.
+    // No more steps follow: what the results show is worked out, once,
+    // before anything below is asked.
     virtual void conclude() = 0;
     // It found what it looks for.
     virtual bool found() const = 0;
@@ -80,7 +81,8 @@ public:
     virtual void report_kept() const = 0;
     // The chart of the results so far, COLUMNS wide (0: no limit).
     virtual void print_chart(std::FILE* out, std::size_t columns) const = 0;
-    // After the chart of a run that went on to the end or stopped: what it found.
+    // After the chart at the end of a run (resume --restore shows the chart
+    // alone): the lines that say what it found.
     virtual void print_summary(std::FILE* out) const = 0;
     virtual void print_svg(std::FILE* out) const = 0;
     // The profile of what it found, after the HEADER.

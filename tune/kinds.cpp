@@ -29,15 +29,6 @@ const kind_row* kind_named(const std::string& word) {
     return nullptr;
 }
 
-// The words as an argv, ending with a null pointer; valid while WORDS lives.
-std::vector<char*> argv_of(std::vector<std::string>& words) {
-    std::vector<char*> argv;
-    for (std::string& word : words)
-        argv.push_back(&word[0]);
-    argv.push_back(nullptr);
-    return argv;
-}
-
 }  // namespace
 
 // The subcommand's word names a row of kinds.

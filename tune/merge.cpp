@@ -20,6 +20,7 @@
 #include "tune/profile/input_text.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep/whole_file.h"
 #include "tune/sweep_options.h"
@@ -263,7 +264,7 @@ int merge_command(int argc, char** argv) {
     if (!svg_path.empty())
         print_svg(outputs[1].file.stream(), merged, "padkit-tune merge");
     if (!profile_path.empty())
-        print_merged_profile(outputs[2].file.stream(), merged, profile_header({argv, argv + argc}));
+        print_merged_profile(outputs[2].file.stream(), merged, profile_header(argc, argv));
     bool written = true;
     for (output& each : outputs) {
         if (!each.path.empty() && !each.file.commit()) {

@@ -16,6 +16,7 @@
 #include "tune/campaign/start.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/hang_guard.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
 
 namespace {
@@ -105,7 +106,8 @@ void campaign::begin(std::vector<std::string> known) {
     originals = std::move(known);
     changed.assign(props.size(), false);
     kind->begin(originals);
-    profile_header_lines = profile_header(options().words);
+    std::vector<std::string> words = options().words;
+    profile_header_lines = profile_header(static_cast<int>(words.size()), argv_of(words).data());
     stop.emplace();
     progress.emplace(stderr, isatty(STDERR_FILENO), kind->step);
 }

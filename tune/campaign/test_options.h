@@ -18,4 +18,13 @@ struct test_options {
     std::vector<std::string> words;  // all of the subcommand's, as given, for the journal
 };
 
+// The words as an argv, ending with a null pointer; valid while WORDS lives.
+inline std::vector<char*> argv_of(std::vector<std::string>& words) {
+    std::vector<char*> argv;
+    for (std::string& word : words)
+        argv.push_back(&word[0]);
+    argv.push_back(nullptr);
+    return argv;
+}
+
 #endif

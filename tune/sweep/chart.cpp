@@ -4,9 +4,6 @@
 #include <sys/ioctl.h>
 
 #include <algorithm>
-#include <ctime>
-
-#include "runtime/report.h"
 
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at) {
     return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
@@ -105,19 +102,6 @@ std::string cells(const sweep_row& row, const value_axis& axis, std::size_t firs
         marks += at != original ? outcome_mark(result) : result == outcome::pass ? 'O' : 'X';
     }
     return marks;
-}
-
-// A word as a shell would take it back; on one line, since it ends up in a comment.
-std::string shell_word(std::string word) {
-    std::replace(word.begin(), word.end(), '\n', ' ');
-    if (!word.empty() &&
-        word.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-                               "_-+=.,:/@%") == std::string::npos)
-        return word;
-    std::string quoted = "'";
-    for (char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
 }
 
 }  // namespace
@@ -222,16 +206,4 @@ void print_profile(std::FILE* out, const sweep_results& results, const std::stri
         else
             std::fprintf(out, "%s = %s\n", name, centres[row].c_str());
     }
-}
-
-std::string profile_header(const std::vector<std::string>& words) {
-    std::string line = std::string("# ") + program_name();
-    for (const std::string& word : words)
-        line += " " + shell_word(word);
-    char when[64] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (localtime_r(&now, &local))
-        std::strftime(when, sizeof when, "%Y-%m-%d %H:%M:%S %z", &local);
-    return line + "\n# " + when + "\n";
 }

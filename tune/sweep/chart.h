@@ -46,11 +46,6 @@ void print_csv_line(std::FILE* out, const std::string& name, const std::string& 
 // has a window.
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header);
 
-// The comment lines that say where a profile comes from: the command line of
-// the subcommand's WORDS after the program's name, quoted as a shell would
-// take it back, and the time.
-std::string profile_header(const std::vector<std::string>& words);
-
 const char* outcome_name(outcome result);
 // '#' pass, '.' fail, 'T' time-out, 'H' hang.
 char outcome_mark(outcome result);

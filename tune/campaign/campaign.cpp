@@ -53,7 +53,7 @@ private:
     // goes away early costs no result.
     int finish();
     // resume --restore: the originals put back, the chart so far, the journal ended.
-    int restore();
+    int restore_and_end();
     // FOUND: the kind found what it looked for and every file is written.
     // An interrupted campaign that put everything back says so and ends by
     // its signal.
@@ -128,7 +128,7 @@ int campaign::carry_on(const journal_contents& journal, bool restore) {
     if (journal.in_flight && !guard.journal.finished(outcome::hang))
         return tune_status::not_done;
     if (restore)
-        return this->restore();
+        return restore_and_end();
     put_back_all();
     return run();
 }
@@ -235,7 +235,7 @@ int campaign::finish() {
     return end_status(kind->found() && written && !guard.failed());
 }
 
-int campaign::restore() {
+int campaign::restore_and_end() {
     put_back_all();
     kind->conclude();
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));

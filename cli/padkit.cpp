@@ -119,5 +119,7 @@ int padkit_main(int argc, char** argv) {
 
     // Other requests register only the properties they name.
     property::find_unregistered = platform_register_property;
-    return end_of_run(serve_request(argc, argv), {false, padkit_status::output_failed});
+    const int status = serve_request(argc, argv);
+    free_registered_properties();
+    return end_of_run(status, {false, padkit_status::output_failed});
 }

@@ -14,7 +14,7 @@ namespace {
 
 void write_map_keys(std::ostream& out) {
     for (const auto& [name, prop] : property::properties()) {
-        const std::vector<long long> keys = prop->table_keys();
+        const std::vector<long long> keys = prop->domain().keys();
         if (keys.empty())
             continue;
         out << "        " << name << ") echo";
@@ -38,8 +38,7 @@ int main(int argc, char** argv) {
         else
             out << line << '\n';
     }
-    property_group::free_all();
-    property::free_all();
+    free_registered_properties();
     out.close();
     return in.eof() && out ? 0 : 1;
 }

@@ -11,7 +11,6 @@
 #include <map>
 #include <string>
 
-#include "properties/message.h"
 const char* fname = "/dev/zeb_mem";
 
 namespace {
@@ -57,15 +56,15 @@ struct device {
 
 device opened;
 
-// The page that holds the address, mapped; nullptr (and a message) when the
-// device cannot be opened or the page cannot be mapped.
-char* mapped_page(uint32_t address) {
+// The page that holds the address, mapped; nullptr, and *result says why,
+// when the device cannot be opened or the page cannot be mapped.
+char* mapped_page(uint32_t address, access_result* result) {
     const char* path = fname;
     if (opened.fd < 0 || opened.path != path) {
         opened.forget();
         opened.fd = open(path, O_RDWR | O_SYNC);
         if (opened.fd < 0) {
-            say_failed("open %s failed.", path);
+            *result = access_result::failed(std::string("open ") + path + " failed.");
             return nullptr;
         }
         opened.path = path;
@@ -82,7 +81,7 @@ char* mapped_page(uint32_t address) {
                                   page_base)
                            : MAP_FAILED;
     if (page == MAP_FAILED) {
-        say_failed("mmap %s failed.", path);
+        *result = access_result::failed(std::string("mmap ") + path + " failed.");
         return nullptr;
     }
     return opened.pages[page_base] = static_cast<char*>(page);
@@ -90,20 +89,22 @@ char* mapped_page(uint32_t address) {
 
 // Hands the word's location to access; nothing is touched when it cannot be reached.
 template <typename Access>
-void with_mapped_word(uint32_t address, Access access) {
-    if (char* page = mapped_page(address))
+access_result with_mapped_word(uint32_t address, Access access) {
+    access_result result;
+    if (char* page = mapped_page(address, &result))
         access(reinterpret_cast<volatile uint32_t*>(page + (address & page_offset_mask)));
+    return result;
 }
 
 }  // namespace
 
-uint32_t mmap_read(uint32_t address) {
-    uint32_t word = 0;
-    with_mapped_word(address, [&word](volatile uint32_t* mapped) { _mmap_read(mapped, &word); });
-    return word;
+access_result mmap_read(uint32_t address, uint32_t* word) {
+    *word = 0;
+    return with_mapped_word(address,
+                            [word](volatile uint32_t* mapped) { _mmap_read(mapped, word); });
 }
 
-int mmap_write(uint32_t address, uint32_t value) {
-    with_mapped_word(address, [value](volatile uint32_t* mapped) { _mmap_write(mapped, value); });
-    return 0;
+access_result mmap_write(uint32_t address, uint32_t value) {
+    return with_mapped_word(address,
+                            [value](volatile uint32_t* mapped) { _mmap_write(mapped, value); });
 }

@@ -3,13 +3,10 @@
 
 #include <cstdio>
 
-#include "properties/property.h"
 #include "runtime/run_lock.h"
 #include "runtime/standard_streams.h"
 
 int end_of_run(int status, const output_check& check) {
-    property_group::free_all();
-    property::free_all();
     release_run_lock();
     bool written = standard_output_written();
     if (check.standard_error)

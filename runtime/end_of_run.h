@@ -8,9 +8,9 @@ struct output_check {
     int lost_status;      // what a status of 0 becomes when output was lost
 };
 
-// Frees every property and group, releases the run lock and checks that the
-// output was written (see standard_output_written). Returns the run's
-// status: a result that was not 0 keeps its own.
+// Releases the run lock and checks that the output was written (see
+// standard_output_written). Returns the run's status: a result that was not
+// 0 keeps its own.
 int end_of_run(int status, const output_check& check);
 
 #endif

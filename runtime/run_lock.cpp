@@ -13,8 +13,8 @@
 #include <cstring>
 #include <string>
 
-#include "platform/system_paths.h"
-#include "properties/message.h"
+#include "paths/system_paths.h"
+#include "runtime/message.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "properties/message.h"
+#include "runtime/message.h"
 namespace {
 
 bool input_closed = false;

@@ -15,7 +15,7 @@
 #include <system_error>
 #include <vector>
 
-#include "properties/message.h"
+#include "runtime/message.h"
 #include "sim/register_file.h"
 
 namespace sim {

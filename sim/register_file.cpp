@@ -17,7 +17,7 @@
 #include <tuple>
 #include <vector>
 
-#include "properties/message.h"
+#include "runtime/message.h"
 #include "sim/board.h"
 
 namespace sim {

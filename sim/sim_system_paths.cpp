@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Path resolution of padkit-sim: every absolute path lives under the board directory.
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 
 #include <string>
 

@@ -7,6 +7,7 @@
 #include "runtime/report.h"
 #include "tune/campaign/campaign.h"
 #include "tune/commands.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

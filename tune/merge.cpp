@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "properties/property.h"
 #include "properties/strict_value.h"
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
@@ -20,11 +21,14 @@
 #include "tune/profile/input_text.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep/whole_file.h"
+#include "tune/sweep/window.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
+#include "tune/usage/usage.h"
 
 namespace {
 
@@ -63,17 +67,12 @@ bool read_csv(const std::string& path, std::string* text) {
     return read;
 }
 
-bool on_axis(property* prop, long long value) {
-    const std::vector<long long> keys = prop->table_keys();
-    return keys.empty() ? prop->axis().holds(value)
+// A range that cannot be read from this board (the regulator's limits) is
+// taken at its widest: merging needs no board.
+bool on_axis(const value_domain& domain, long long value) {
+    const std::vector<long long> keys = domain.keys();
+    return keys.empty() ? domain.axis().holds(value)
                         : std::binary_search(keys.begin(), keys.end(), value);
-}
-
-bool parse_outcome(const std::string& text, outcome* result) {
-    for (outcome each : {outcome::pass, outcome::fail, outcome::timeout, outcome::hang})
-        if (text == outcome_name(each))
-            return *result = each, true;
-    return false;
 }
 
 // One line "NAME,VALUE,RESULT" into the file's cells; false with *problem for a bad one.
@@ -91,12 +90,13 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
     property* prop = name.empty() ? nullptr : property::get_property(name);
     if (!prop)
         return *problem = name.empty() ? "missing name" : "no property " + shown(name), false;
-    if (!prop->axis().sweepable())
+    const value_domain domain = prop->domain();
+    if (!domain.axis().sweepable())
         return *problem = name + ": cannot be swept", false;
     long long value = 0;
     if (!parse_signed_value(value_text, &value, problem))
         return *problem = name + ": " + shown(*problem), false;
-    if (!on_axis(prop, value))
+    if (!on_axis(domain, value))
         return *problem = name + ": " + value_text + " is not on its axis", false;
     outcome result = outcome::pass;
     if (!parse_outcome(result_text, &result))
@@ -166,8 +166,8 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
             boards.push_back(cells->second);
             most = std::max(most, cells->second.values.size());
         }
-        property* prop = property::get_property(name);
-        merged->push_back(line_up(name, prop->axis().is_signed, boards));
+        const value_domain domain = property::get_property(name)->domain();
+        merged->push_back(line_up(name, domain.axis().is_signed, boards));
         sweep_results& property_results = merged->back();
         if (property_results.axis.size() == 0) {
             report("%s: no value that every board measured", name.c_str());
@@ -178,7 +178,7 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
                    name.c_str(), property_results.axis.size());
         std::vector<std::string> settings;
         for (long long value : property_results.axis.values)
-            settings.push_back(prop->setting_for(value));
+            settings.push_back(domain.shown(domain.code_at(value)));
         for (sweep_row& row : property_results.rows)
             row.settings = settings;
     }

@@ -9,6 +9,7 @@
 #include "tune/campaign/campaign.h"
 #include "tune/commands.h"
 #include "tune/kinds.h"
+#include "tune/usage/usage.h"
 
 int resume_command(int argc, char** argv) {
     static const option long_options[] = {{"restore", no_argument, nullptr, 'r'},

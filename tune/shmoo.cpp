@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "runtime/report.h"
+#include "tune/board/board_io.h"
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
 #include "tune/shmoo_plan.h"
@@ -35,13 +36,15 @@ public:
     std::string description() const override {
         return "This shmoo sweeps " + x.range_text() + " against " + y.range_text();
     }
-    void begin(const std::vector<std::string>& originals) override {
+    void begin(const std::vector<long long>& originals) override {
         x.original = originals[0];
         y.original = originals[1];
         const std::optional<std::size_t> original_x = x.original_position(),
                                          original_y = y.original_position();
-        results.original_x = original_x ? results.x.text_at(*original_x) : x.original;
-        results.original_y = original_y ? results.y.text_at(*original_y) : y.original;
+        results.original_x =
+            original_x ? results.x.text_at(*original_x) : code_text(x.prop, x.original);
+        results.original_y =
+            original_y ? results.y.text_at(*original_y) : code_text(y.prop, y.original);
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
     }
@@ -52,7 +55,7 @@ public:
             return std::nullopt;
         const std::size_t row = step / x.visits.size(), column = step % x.visits.size();
         campaign_point next;
-        next.settings = {{y.prop, y.settings[row]}, {x.prop, x.settings[column]}};
+        next.settings = {{y.prop, y.codes[row]}, {x.prop, x.codes[column]}};
         next.carried = column == 0 ? 0 : 1;
         next.journal = {std::to_string(x.visits.values[column]),
                         std::to_string(y.visits.values[row])};
@@ -82,7 +85,7 @@ public:
     std::vector<setting> kept() const override {
         if (!safest)
             return {};
-        return {{y.prop, y.setting_at(safest->at.y)}, {x.prop, x.setting_at(safest->at.x)}};
+        return {{y.prop, y.code_at(safest->at.y)}, {x.prop, x.code_at(safest->at.x)}};
     }
     void report_kept() const override {
         report("%s: kept at the safest point, %s", x.prop->name.c_str(),

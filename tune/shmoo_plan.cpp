@@ -2,6 +2,7 @@
 #include "tune/shmoo_plan.h"
 
 #include <algorithm>
+#include <list>
 
 #include "runtime/report.h"
 #include "tune/sweep_plan.h"
@@ -13,6 +14,8 @@ std::size_t shmoo_axis::other_order(std::size_t at) const {
 const std::string& shmoo_axis::setting_at(std::size_t position) const {
     return settings[other_order(position)];
 }
+
+long long shmoo_axis::code_at(std::size_t position) const { return codes[other_order(position)]; }
 
 grid_axis shmoo_axis::rising() const {
     grid_axis axis;
@@ -38,7 +41,7 @@ std::string shmoo_axis::range_text() const {
 std::optional<std::size_t> shmoo_axis::original_position() const {
     const grid_axis axis = rising();
     long long value = 0;
-    if (!prop->axis_value_of(original, &value) || axis.position_of(value) == axis.size())
+    if (!prop->domain().axis_value_of(original, &value) || axis.position_of(value) == axis.size())
         return std::nullopt;
     return axis.position_of(value);
 }
@@ -46,12 +49,11 @@ std::optional<std::size_t> shmoo_axis::original_position() const {
 namespace {
 
 bool plan_axis(const swept_range& range, shmoo_axis* axis) {
-    const property* prop = property::get_property(range.name);
-    const std::vector<std::string> members =
-        prop ? prop->member_names() : std::vector<std::string>();
-    if (!members.empty()) {
+    property* prop = property::get_property(range.name);
+    const std::list<std::string>* members = prop ? prop->domain().members : nullptr;
+    if (members) {
         std::string list;
-        for (const std::string& member : members)
+        for (const std::string& member : *members)
             list += (list.empty() ? "" : ", ") + member;
         report("%s is a composite of %s; a shmoo takes one of them; nothing written",
                range.name.c_str(), list.c_str());
@@ -62,6 +64,7 @@ bool plan_axis(const swept_range& range, shmoo_axis* axis) {
         return false;
     axis->prop = plan.rows.front();
     axis->visits = plan.axis;
+    axis->codes = plan.codes.front();
     axis->settings = plan.settings.front();
     return true;
 }

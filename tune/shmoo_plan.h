@@ -17,13 +17,15 @@
 struct shmoo_axis {
     property* prop = nullptr;
     value_axis visits;                  // in visiting order
-    std::vector<std::string> settings;  // per visit, the value as padkit writes it
-    std::string original;               // as padkit shows it
+    std::vector<long long> codes;       // per visit, the code written
+    std::vector<std::string> settings;  // per visit, the value as padkit-tune shows it
+    long long original = 0;             // the code before the shmoo
 
     // A visit's position among the values rising, or the other way round:
     // the same, or reversed.
     std::size_t other_order(std::size_t at) const;
     const std::string& setting_at(std::size_t position) const;
+    long long code_at(std::size_t position) const;
     grid_axis rising() const;
     // "V", or "V (setting S)" where padkit writes it otherwise.
     std::string value_text(std::size_t position) const;

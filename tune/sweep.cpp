@@ -38,7 +38,7 @@ public:
                axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
                (axis.size() == 1 ? " value)" : " values)");
     }
-    void begin(const std::vector<std::string>& known) override { originals = known; }
+    void begin(const std::vector<long long>& known) override { originals = known; }
     std::size_t steps() const override { return plan.rows.size() * plan.axis.size(); }
 
     std::optional<campaign_point> point(std::size_t step) const override {
@@ -48,7 +48,7 @@ public:
         property* prop = plan.rows[row];
         const std::string& value = plan.settings[row][at];
         campaign_point next;
-        next.settings = {{prop, value}};
+        next.settings = {{prop, plan.codes[row][at]}};
         next.puts_back = at + 1 == plan.axis.size();
         next.journal = {prop->name, std::to_string(plan.axis.values[at])};
         next.names = {{"PADKIT_SWEEP_NAME", prop->name},
@@ -65,7 +65,7 @@ public:
         if (at == 0) {
             results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
             long long original = 0;
-            if (plan.rows[row]->axis_value_of(originals[row], &original))
+            if (plan.rows[row]->domain().axis_value_of(originals[row], &original))
                 results.rows.back().original = original;
         }
         results.rows.back().results.push_back(result);
@@ -90,7 +90,7 @@ public:
         std::vector<setting> settings;
         for (std::size_t row = 0; row < centres.size(); ++row)
             if (centres[row])
-                settings.push_back({plan.rows[row], plan.settings[row][*centres[row]]});
+                settings.push_back({plan.rows[row], plan.codes[row][*centres[row]]});
         return settings;
     }
     void report_kept() const override {
@@ -118,7 +118,7 @@ public:
 private:
     const sweep_options given;
     const sweep_plan plan;
-    std::vector<std::string> originals;  // per row
+    std::vector<long long> originals;  // per row, the code before the sweep
     sweep_results results;
     std::vector<std::optional<std::size_t>> centres;  // per row measured, of its window
 };

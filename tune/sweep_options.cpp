@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "properties/strict_value.h"
-#include "tune/commands.h"
+#include "tune/usage/usage.h"
 
 bool parse_signed_value(const std::string& text, long long* out, std::string* problem) {
     const bool sign = !text.empty() && (text[0] == '-' || text[0] == '+');

@@ -15,7 +15,9 @@ struct sweep_plan {
     std::vector<property*> rows;  // a composite's members, or the property itself
     std::string group;            // the composite, if it is one
     value_axis axis;              // from FROM towards TO, which may be lower
-    // Per row and axis value, the value as set() takes it.
+    // Per row and axis value, the code written, and the value as padkit-tune
+    // shows it (PADKIT_SWEEP_SETTING, the chart).
+    std::vector<std::vector<long long>> codes;
     std::vector<std::vector<std::string>> settings;
 };
 
@@ -25,9 +27,8 @@ constexpr std::size_t max_sweep_values = 4096;
 // Finds the properties and the values on the first row's axis: every
 // step-th value from FROM to TO, both on the axis, or for a table every
 // step-th key between them, the step by default the property's own. Every
-// value is checked against every row, written as that row writes it, the
-// way a profile's are, without touching the board. On failure says why and
-// returns false.
+// value's code is checked against every row's domain, without touching the
+// board. On failure says why and returns false.
 bool plan_sweep(const swept_range& options, sweep_plan* plan);
 
 #endif

@@ -8,13 +8,15 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "properties/message.h"
 #include "properties/property.h"
 #include "runtime/end_of_run.h"
 #include "runtime/exit_status.h"
+#include "runtime/message.h"
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/commands.h"
+#include "tune/profile/commands.h"
+#include "tune/usage/usage.h"
 
 namespace {
 
@@ -55,9 +57,7 @@ const subcommand subcommands[] = {
     {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
 };
 
-}  // namespace
-
-void print_usage(std::FILE* out) {
+void print_subcommand_usage(std::FILE* out) {
     const char* name = program_name();
     const char* lead = "usage: ";
     for (const subcommand& command : subcommands) {
@@ -76,18 +76,6 @@ void print_usage(std::FILE* out) {
                  "A FILE of - is standard input.\n",
                  name);
 }
-
-int usage_error(const std::string& problem) {
-    report("%s", problem.c_str());
-    print_usage(stderr);
-    return tune_status::bad_input;
-}
-
-int unknown_option(char** argv) {
-    return usage_error(std::string("unknown option ") + argv[optind - 1]);
-}
-
-namespace {
 
 int serve(int argc, char** argv) {
     if (argc < 2)
@@ -113,9 +101,12 @@ int serve(int argc, char** argv) {
 int padkit_tune_main(int argc, char** argv) {
     set_program_name(argc > 0 ? argv[0] : nullptr);
     set_message_sink(report_line);
+    set_usage_printer(print_subcommand_usage);
     // A reader that goes away (| head) must not end a run half-way through
     // its writes: lost output is noted and the work finished.
     ignore_broken_pipe();
     platform_register_properties();
-    return end_of_run(serve(argc, argv), {true, tune_status::output_lost});
+    const int status = serve(argc, argv);
+    free_registered_properties();
+    return end_of_run(status, {true, tune_status::output_lost});
 }

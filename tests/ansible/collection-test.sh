@@ -5,14 +5,16 @@
 set -u
 src=$1 version=$2 tune=$3 fails=0
 shift 3
-command -v ansible-playbook >/dev/null || "$src/scripts/need-packages" ansible || { echo "skipped: no ansible"; exit 77; }
+command -v ansible-playbook >/dev/null || "$src/scripts/need-packages" ansible ||
+    { echo "skipped: no ansible"; exit 77; }
 tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/collections/ansible_collections/padkit" "$tmp/etc"
 ln -s "$src/ansible" "$tmp/collections/ansible_collections/padkit/board"
 export ANSIBLE_COLLECTIONS_PATH="$tmp/collections" ANSIBLE_HOME="$tmp/home" \
     ANSIBLE_REMOTE_TEMP="$tmp/home/tmp" ANSIBLE_NOCOLOR=1 PADKIT_SIM_DIR="$tmp/board"
 # The module takes one program: a cross-built one goes through its emulator.
-[ $# -eq 0 ] || { printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" && chmod +x "$tmp/tune" && tune=$tmp/tune; }
+[ $# -eq 0 ] || { printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$*" "$tune" >"$tmp/tune" && chmod +x "$tmp/tune" &&
+    tune=$tmp/tune; }
 dest=$tmp/etc/50-board.conf
 
 fail() { echo "FAIL $1"; fails=1; }

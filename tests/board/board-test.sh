@@ -20,7 +20,9 @@ cd / && umask 022
 padkit=("${@:3}" "/dev/.${bin##*/}") fails=0
 run() { out=$("${padkit[@]}" "$@" 2>/dev/.err); got="$?|$out|$(cat /dev/.err)" what="padkit $*"; }
 # With no room for a byte, every write of a kernel file fails; both streams go to a pipe.
-run_full() { got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?"); what="padkit $* (no room)"; }
+run_full() {
+    got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?") what="padkit $* (no room)"
+}
 expect() { [ "$1" = "${2-$got}" ] || { echo "FAIL $what: expected '$1', got '${2-$got}'"; fails=1; }; }
 word() { what="word at $1"; expect "$2" "$(od -An -tx4 -j $(($1)) -N4 /dev/zeb_mem | tr -d ' ')"; }
 case $case in
@@ -30,11 +32,14 @@ plain)
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
     word 0x540008 1234d678
     strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null
-    what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
+    what="device open flags"
+    expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
     what="lock file type and mode"; expect "regular empty file 644" "$(stat -c '%F %a' /tmp/padkit.lock)" ;;
 files)
-    for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
-        set -- $set; run_full "$1" "$2"; expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
+    for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" \
+        "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
+        set -- $set; run_full "$1" "$2"
+        expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
     done ;;
 streams)  # a closed output must not become the lock file; a full one fails the run
     "${padkit[@]}" mmc::rdqs >&- 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >&-"
@@ -89,7 +94,8 @@ budget)  # instructions of a whole run, deterministic unlike its wall time
         # shellcheck disable=SC2086
         n=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null "${padkit[@]}" $args 2>&1 >/dev/null |
             sed -n 's/.*Collected : //p')
-        what="instructions of padkit $args: ${n:-none}"; expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
+        what="instructions of padkit $args: ${n:-none}"
+        expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
     done ;;
 *) echo "unknown case $case"; exit 2 ;;
 esac

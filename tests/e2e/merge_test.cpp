@@ -6,7 +6,8 @@
 
 namespace {
 
-const std::string dq3 = "tarnm-ddra-read0::dq3";
+const std::string p = "padkit-tune-sim: ", dq3 = "tarnm-ddra-read0::dq3";
+using namespace tune_status;
 
 // The CSV of a sweep of dq3 over FROM..TO that passed for LO..HI.
 std::string csv(int from, int to, int lo, int hi) {
@@ -25,19 +26,40 @@ const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pa
 
 // clang-format off
 const named_case cases[] = {
-    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
-    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"}, {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}}, dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" + dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" + dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n", "padkit-tune-sim: " + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", tune_status::ok}},
-    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
-    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
-    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
-    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
-    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
+    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"},
+                                         {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}},
+        dq3 + "\n"
+        "      -3 0 +3\n"
+        "a     .####..\n"
+        "none  .......\n"
+        "a: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" +
+        dq3 + ": no common passing value\n", "", not_done}},
+    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"},
+                                                  {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}},
+        dq3 + "\n"
+        "       0 +3\n"
+        "a      ##..\n"
+        "later  .###\n"
+        "a: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" +
+        dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" +
+        dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n",
+        p + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", ok}},
+    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}},
+        "", p + dq3 + ": no value that every board measured\n", bad_input}},
+    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}},
+        "", p + "<B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", bad_input}},
+    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}},
+        "", p + "<B>/bad.csv:3: no property dq\\x1b[2J\n", bad_input}},
+    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}},
+        "", p + "<B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", bad_input}},
+    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}},
+        "", p + "cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", bad_input}},
 };
 // clang-format on
 
 }  // namespace
 
-TEST(padkit_tune_merge, refusals_and_boards_without_a_window) {
+TEST(PadkitTuneMerge, RefusalsAndBoardsWithoutAWindow) {
     for (const auto& [name, c] : cases) {
         SCOPED_TRACE(name);
         tune_board b;
@@ -47,7 +69,7 @@ TEST(padkit_tune_merge, refusals_and_boards_without_a_window) {
 
 // Three boards swept for real, each passing 26 delays shifted by 3 against the one before; the
 // profile of the common centre applied to a fourth board leaves the code of +3 there.
-TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
+TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
     tune_board boards[3], fresh;
     const auto in_dir = [&](const std::string& name) { return (fresh.scratch / name).string(); };
     strings merge = {"merge", "--csv", in_dir("m.csv"), "--svg", in_dir("m.svg"), "--profile", in_dir("m.conf")};
@@ -57,7 +79,7 @@ TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
                           hi = std::to_string(3 * k + 13), file = in_dir(board + ".csv");
         const std::string command = "[ $PADKIT_SWEEP_VALUE -ge " + lo + " -a $PADKIT_SWEEP_VALUE -le " + hi + " ]";
         ASSERT_EQ(boards[k].run({"sweep", "-y", "--csv", file, dq3, "-20", "20", "--", "sh", "-c", command}).status,
-                  tune_status::ok);
+                  ok);
         merge.push_back(file);
         chart += board + "  " + std::string(8 + 3 * k, '.') + std::string(26, '#') + std::string(7 - 3 * k, '.') + "\n";
         windows += board + ": window " + lo + "..+" + hi + " (26 values), centre " +
@@ -66,10 +88,10 @@ TEST(padkit_tune_merge, three_shifted_boards_to_profile_csv_and_svg) {
     const result got = fresh.run(merge);
     EXPECT_EQ(got.out, chart + windows + dq3 + ": common window -6..+13 (20 values), centre +3 (setting 67)\n" + dq3 +
                            ": centre +3: margin 9 below, 10 above (worst: b3 below, b1 above)\n");
-    EXPECT_EQ(got.status, tune_status::ok) << got.err;
+    EXPECT_EQ(got.status, ok) << got.err;
     const std::string csv = slurp(in_dir("m.csv"));
     EXPECT_NE(csv.find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos) << csv;
-    EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, tune_status::ok) << slurp(in_dir("m.conf"));
+    EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << slurp(in_dir("m.conf"));
     EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
     const std::string svg = in_dir("m.svg");
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " | grep -e '^common' -e '^name' >" + svg + ".txt").c_str()), 0);

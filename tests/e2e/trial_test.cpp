@@ -6,6 +6,7 @@
 
 namespace {
 
+using namespace tune_status;
 const std::string p = "padkit-tune-sim: ", lib = "<B>/var/lib/padkit/";
 std::string trying(const char* name, const char* count) { return p + "trying " + lib + name + ": try " + count + "\n"; }
 std::string failed(const char* name, const char* tries) {
@@ -20,7 +21,7 @@ struct step {
     const char* name;
     strings args;  // none: a boot
     std::string board, state, err = "";
-    int exit = tune_status::ok;
+    int exit = ok;
     settings changes = {};  // of the board, after a boot's reset
 };
 
@@ -59,37 +60,51 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 
 }  // namespace
 
-TEST(trial, blessed_after_its_first_try_is_known_good) {
+TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
     // clang-format off
     trial_board().live({
         {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
-        {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0", p + "trial " + lib + "trial-0001+2-0.conf has not been tried yet; not blessed\n", tune_status::not_done},
-        {"first boot", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
+        {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0",
+            p + "trial " + lib + "trial-0001+2-0.conf has not been tried yet; not blessed\n", not_done},
+        {"first boot", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1",
+            trying("trial-0001+1-1.conf", "1 of 2")},
         {"blessed", bless, tried, "50-board.conf ~trial-0001.conf | good None None"},
         {"boot after", boot, tried, "50-board.conf ~trial-0001.conf | good None None"},
-        {"blessed twice", bless, tried, "50-board.conf ~trial-0001.conf | good None None", p + "no trial to bless\n", tune_status::not_done},
-        {"next trial", {"trial", "--now", "<B>/t"}, tried, "50-board.conf trial-0002+2-1.conf ~trial-0001.conf | pending 2 1"},
+        {"blessed twice", bless, tried, "50-board.conf ~trial-0001.conf | good None None",
+            p + "no trial to bless\n", not_done},
+        {"next trial", {"trial", "--now", "<B>/t"}, tried,
+            "50-board.conf trial-0002+2-1.conf ~trial-0001.conf | pending 2 1"},
         {"blessed at once", bless, tried, "50-board.conf ~trial-0001.conf ~trial-0002.conf | good None None"},
     });
     // clang-format on
 }
 
-TEST(trial, never_blessed_or_failed_is_left_out) {
+TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
     // clang-format off
     trial_board().live({
-        {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None", p + "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", tune_status::bad_input},
+        {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None",
+            p + "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", bad_input},
         {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
-        {"boot 1", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
-        {"boot 2", boot, tried, "50-board.conf trial-0001+0-2.conf | pending 0 2", trying("trial-0001+0-2.conf", "2 of 2")},
-        {"boot 3", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", failed("trial-0001+0-2.bad", "2 tries")},
-        {"bad refused", bless, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", p + "trial " + lib + "trial-0001+0-2.bad failed; not blessed\n", tune_status::not_done},
+        {"boot 1", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1",
+            trying("trial-0001+1-1.conf", "1 of 2")},
+        {"boot 2", boot, tried, "50-board.conf trial-0001+0-2.conf | pending 0 2",
+            trying("trial-0001+0-2.conf", "2 of 2")},
+        {"boot 3", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2",
+            failed("trial-0001+0-2.bad", "2 tries")},
+        {"bad refused", bless, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2",
+            p + "trial " + lib + "trial-0001+0-2.bad failed; not blessed\n", not_done},
         {"replaced", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0002+3-0.conf | pending 3 0"},
         {"removed", remove_trial, known_good, "50-board.conf | none None None"},
-        {"removed twice", remove_trial, known_good, "50-board.conf | none None None", p + "no trial to remove\n", tune_status::not_done},
+        {"removed twice", remove_trial, known_good, "50-board.conf | none None None",
+            p + "no trial to remove\n", not_done},
         {"installed again", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0001+3-0.conf | pending 3 0"},
         // The regulator's limit is lower on the board it boots: a bad line fails the trial at once.
-        {"cannot be applied", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: 1000000 is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"), tune_status::ok, {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
-        {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", failed("trial-0001+0-1.bad", "1 try")},
+        {"cannot be applied", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1",
+            trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: "
+                "1000000 is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"),
+            ok, {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
+        {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1",
+            failed("trial-0001+0-1.bad", "1 try")},
     });
     // clang-format on
 }

@@ -12,8 +12,8 @@
 #include <tuple>
 #include <vector>
 
+#include "paths/system_paths.h"
 #include "platform/platform.h"
-#include "platform/system_paths.h"
 #include "properties/property.h"
 #include "tests/unit/fake_hw.h"
 

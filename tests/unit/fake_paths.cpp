@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 
 namespace {
 

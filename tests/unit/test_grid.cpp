@@ -26,9 +26,10 @@ grid_results grid(const std::vector<std::string>& rows) {
 
 }  // namespace
 
-TEST(grid, SafestPoint) {
+TEST(Grid, SafestPointAtEdgesAroundHolesAndOnTies) {
     // clang-format off
-    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; std::size_t x, y, margin; } cases[] = {
+    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near;
+                   std::size_t x, y, margin; } cases[] = {
         {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, std::nullopt, 2, 2, 1},
         {"edge moves inward", {"###..", "###..", "###..", "###.."}, std::nullopt, 1, 1, 1},
         {"whole grid, tie to lower", {"####", "####", "####", "####"}, std::nullopt, 1, 1, 1},

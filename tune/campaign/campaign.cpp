@@ -31,7 +31,7 @@ private:
     bool open_files();
     // Once the originals are known, before the first write: from here on
     // stop signals are held and the progress line counts.
-    void begin(std::vector<std::string> known);
+    void begin(std::vector<long long> known);
     int carry_on(const journal_contents& journal, bool restore);
 
     // Returns the exit status, unless a stop signal ends the program.
@@ -63,8 +63,8 @@ private:
     hang_guard guard;
     result_files files;
     std::vector<property*> props;
-    std::vector<std::string> originals;  // of props, as padkit shows them
-    std::vector<bool> changed;           // per prop: written, not yet put back or kept
+    std::vector<long long> originals;  // of props, their codes
+    std::vector<bool> changed;         // per prop: written, not yet put back or kept
     std::string profile_header_lines;
     std::optional<stop_signals> stop;
     std::optional<progress_line> progress;
@@ -77,7 +77,7 @@ private:
 
 int campaign::start(std::unique_ptr<campaign_kind> planned) {
     kind = std::move(planned);
-    std::vector<std::string> read;
+    std::vector<long long> read;
     if (!command_ready(options()) || !confirmed(options(), kind->description(), kind->name) ||
         !open_files() || !start_guard(options(), kind->properties(), &read, guard))
         return tune_status::bad_input;
@@ -90,10 +90,12 @@ int campaign::resume(const std::string& path, bool restore, kind_of_journal kind
     if (!open_journal(path, guard.journal, &journal))
         return tune_status::bad_input;
     kind = kind_of(journal.header.command, path);
+    std::vector<long long> journalled;
     if (!kind || !command_ready(options()) ||
-        !journal_matches(guard.journal, journal, kind->properties()) || (!restore && !open_files()))
+        !journal_matches(guard.journal, journal, kind->properties(), &journalled) ||
+        (!restore && !open_files()))
         return tune_status::bad_input;
-    begin(originals_of(journal));
+    begin(std::move(journalled));
     return carry_on(journal, restore);
 }
 
@@ -101,7 +103,7 @@ bool campaign::open_files() {
     return files.open(options(), [this](std::FILE* out) { kind->print_csv_header(out); });
 }
 
-void campaign::begin(std::vector<std::string> known) {
+void campaign::begin(std::vector<long long> known) {
     props = kind->properties();
     originals = std::move(known);
     changed.assign(props.size(), false);
@@ -200,7 +202,8 @@ void campaign::put_back(std::size_t at) {
     if (write_locked(original, guard.watchdog, &*stop, &signal) ||
         (stopped_by(signal) && write_locked(original, guard.watchdog, &*stop)))
         return;
-    report("%s: left changed; it was %s", props[at]->name.c_str(), originals[at].c_str());
+    report("%s: left changed; it was %s", props[at]->name.c_str(),
+           code_text(props[at], originals[at]).c_str());
     left_changed = true;
 }
 

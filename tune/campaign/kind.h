@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "properties/property.h"
+#include "tune/board/board_io.h"
 #include "tune/campaign/test_options.h"
-#include "tune/profile/profile.h"
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/journal.h"
 #include "tune/sweep/window.h"
@@ -55,9 +55,9 @@ public:
     virtual std::vector<property*> properties() const = 0;
     // What the warning before the first write says it does: "This sweeps ...".
     virtual std::string description() const = 0;
-    // The originals of properties(), as padkit shows them; given before the
-    // first step, measured or replayed from a journal.
-    virtual void begin(const std::vector<std::string>& originals) = 0;
+    // The codes of properties() before the campaign; given before the first
+    // step, read from the board or from a journal.
+    virtual void begin(const std::vector<long long>& originals) = 0;
     // How many steps it plans, for the progress line.
     virtual std::size_t steps() const = 0;
     // The point of a step, which may depend on the results recorded before

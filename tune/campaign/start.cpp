@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "runtime/report.h"
+#include "tune/board/board_io.h"
 #include "tune/campaign/measure.h"
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
@@ -42,7 +43,7 @@ bool arm_watchdog(const test_options& options, hang_guard& guard) {
 }
 
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<std::string>* originals, hang_guard& guard) {
+                 std::vector<long long>* originals, hang_guard& guard) {
     if (!read_locked(props, originals) || !arm_watchdog(options, guard))
         return false;
     if (options.journal_path.empty())
@@ -54,7 +55,7 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     }
     journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
     for (std::size_t at = 0; at < props.size(); ++at)
-        header.originals.emplace_back(props[at]->name, (*originals)[at]);
+        header.originals.emplace_back(props[at]->name, code_text(props[at], (*originals)[at]));
     return guard.journal.create(options.journal_path, header);
 }
 
@@ -76,19 +77,15 @@ bool open_journal(const std::string& path, journal_file& journal, journal_conten
 }
 
 bool journal_matches(const journal_file& file, const journal_contents& journal,
-                     const std::vector<property*>& props) {
+                     const std::vector<property*>& props, std::vector<long long>* originals) {
     bool same = journal.header.originals.size() == props.size();
+    originals->assign(props.size(), 0);
     for (std::size_t at = 0; same && at < props.size(); ++at)
-        same = journal.header.originals[at].first == props[at]->name;
+        same = journal.header.originals[at].first == props[at]->name &&
+               props[at]->domain().code_of_shown(journal.header.originals[at].second,
+                                                 &(*originals)[at]);
     if (!same)
         report("%s: its originals are not those of the properties it sweeps; nothing written",
                file.path().c_str());
     return same;
-}
-
-std::vector<std::string> originals_of(const journal_contents& journal) {
-    std::vector<std::string> values;
-    for (const auto& original : journal.header.originals)
-        values.push_back(original.second);
-    return values;
 }

@@ -27,7 +27,7 @@ bool arm_watchdog(const test_options& options, hang_guard& guard);
 // then the watchdog armed and the journal created with them, when the
 // options ask for them. Says why it cannot.
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<std::string>* originals, hang_guard& guard);
+                 std::vector<long long>* originals, hang_guard& guard);
 
 // A campaign carried on: its journal at PATH read, refused when it has
 // ended, and the current directory made the one the campaign ran in, so that
@@ -35,11 +35,9 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
 // cannot.
 bool open_journal(const std::string& path, journal_file& journal, journal_contents* contents);
 
-// Whether the journal's originals are those of the properties, by name; says
-// why not.
+// Whether the journal's originals are those of the properties, by name, each
+// a code of its property; gives the codes, or says why not.
 bool journal_matches(const journal_file& file, const journal_contents& journal,
-                     const std::vector<property*>& props);
-
-std::vector<std::string> originals_of(const journal_contents& journal);
+                     const std::vector<property*>& props, std::vector<long long>* originals);
 
 #endif

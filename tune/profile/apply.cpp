@@ -11,16 +11,18 @@
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
-#include "tune/commands.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/apply.h"
-#include "tune/profile/board_io.h"
+#include "tune/profile/commands.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial.h"
+#include "tune/usage/usage.h"
 
 namespace {
 
 void print_change(const change& c) {
-    std::printf("%s: %s -> %s\n", c.prop->name.c_str(), c.before.c_str(), c.after.c_str());
+    std::printf("%s: %s -> %s\n", c.prop->name.c_str(), code_text(c.prop, c.before).c_str(),
+                code_text(c.prop, c.after).c_str());
 }
 
 // The settings that differ from the board, with the board's values; false

@@ -16,11 +16,12 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/commands.h"
 #include "tune/profile/apply.h"
+#include "tune/profile/commands.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial_store.h"
+#include "tune/usage/usage.h"
 
 namespace {
 

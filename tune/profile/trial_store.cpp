@@ -14,7 +14,7 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "runtime/report.h"
 #include "tune/profile/profile.h"
 

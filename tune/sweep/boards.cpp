@@ -6,7 +6,7 @@
 #include <iterator>
 #include <map>
 
-#include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 
 sweep_results line_up(const std::string& name, bool is_signed,
                       const std::vector<board_cells>& boards) {

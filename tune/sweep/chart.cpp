@@ -87,12 +87,6 @@ std::string worst_margin_line(const sweep_results& results) {
            " (worst: " + rows + ")";
 }
 
-// By outcome: the chart's mark and the name in files.
-const struct {
-    char mark;
-    const char* name;
-} outcome_texts[] = {{'#', "pass"}, {'.', "fail"}, {'T', "timeout"}, {'H', "hang"}};
-
 std::string cells(const sweep_row& row, const value_axis& axis, std::size_t first,
                   std::size_t count) {
     const std::size_t original = row.original ? axis.position_of(*row.original) : axis.size();
@@ -121,10 +115,6 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
         lines.push_back(worst_margin_line(results));
     return lines;
 }
-
-const char* outcome_name(outcome result) { return outcome_texts[static_cast<int>(result)].name; }
-
-char outcome_mark(outcome result) { return outcome_texts[static_cast<int>(result)].mark; }
 
 std::string label_line(const value_axis& axis) {
     std::string line;

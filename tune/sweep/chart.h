@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tune/sweep/outcome.h"
 #include "tune/sweep/window.h"
 
 // The value as written at a position of the row's axis.
@@ -45,10 +46,6 @@ void print_csv_line(std::FILE* out, const std::string& name, const std::string& 
 // or "# NAME: no passing value"; a group as "GROUP = {S,...}" when every row
 // has a window.
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header);
-
-const char* outcome_name(outcome result);
-// '#' pass, '.' fail, 'T' time-out, 'H' hang.
-char outcome_mark(outcome result);
 
 // The labels (axis_labels) of an axis over cells a character wide.
 std::string label_line(const value_axis& axis);

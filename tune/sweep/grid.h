@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tune/sweep/axis.h"
-#include "tune/sweep/window.h"
+#include "tune/sweep/outcome.h"
 
 // One setting of the grid, its values rising.
 struct grid_axis : value_axis {

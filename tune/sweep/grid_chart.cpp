@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 
 namespace {
 

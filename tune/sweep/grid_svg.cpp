@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 #include "tune/sweep/svg.h"
 
 namespace {

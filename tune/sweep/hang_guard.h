@@ -6,8 +6,8 @@
 #define PADKIT_HANG_GUARD_H
 
 #include "tune/sweep/journal.h"
+#include "tune/sweep/outcome.h"
 #include "tune/sweep/watchdog.h"
-#include "tune/sweep/window.h"
 
 struct hang_guard {
     journal_file journal;

@@ -12,7 +12,7 @@
 #include <cstring>
 
 #include "runtime/report.h"
-#include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 
 namespace {
 
@@ -97,16 +97,6 @@ bool split_line(const std::string& line, parsed_line* out) {
         ++at;
     }
     return true;
-}
-
-bool parse_outcome(const std::string& word, outcome* result) {
-    for (outcome candidate : {outcome::pass, outcome::fail, outcome::timeout, outcome::hang}) {
-        if (word == outcome_name(candidate)) {
-            *result = candidate;
-            return true;
-        }
-    }
-    return false;
 }
 
 bool is(const parsed_line& line, const char* keyword, std::size_t fields) {

@@ -26,7 +26,7 @@
 #include <utility>
 #include <vector>
 
-#include "tune/sweep/window.h"
+#include "tune/sweep/outcome.h"
 
 using journal_point = std::vector<std::string>;
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tune/sweep/chart.h"
+#include "tune/sweep/outcome.h"
 
 std::string svg_escaped(const std::string& text) {
     std::string out;

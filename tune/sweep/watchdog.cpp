@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 #include "runtime/report.h"
 
 namespace {

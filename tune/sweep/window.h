@@ -10,10 +10,7 @@
 #include <vector>
 
 #include "tune/sweep/axis.h"
-
-// hang: the value a journal shows in flight when the sweep stopped, most
-// likely because it hung the board.
-enum class outcome { pass, fail, timeout, hang };
+#include "tune/sweep/outcome.h"
 
 // One swept property: a result for each value of the axis measured so far,
 // in axis order (an interrupted sweep leaves a row shorter than its axis).

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "properties/message.h"
+#include "runtime/message.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -10,9 +10,19 @@ namespace {
 void plain(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 
 message_sink sink = plain;
-unsigned long failures = 0;
 
-void hand_on(const char* format, va_list args) {
+}  // namespace
+
+void set_message_sink(message_sink replacement) { sink = replacement ? replacement : plain; }
+
+void say(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vsay(format, args);
+    va_end(args);
+}
+
+void vsay(const char* format, va_list args) {
     char text[512];
     va_list again;
     va_copy(again, args);
@@ -31,26 +41,3 @@ void hand_on(const char* format, va_list args) {
     }
     va_end(again);
 }
-
-}  // namespace
-
-void set_message_sink(message_sink replacement) { sink = replacement ? replacement : plain; }
-
-void say(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    hand_on(format, args);
-    va_end(args);
-}
-
-void say_failed(const char* format, ...) {
-    ++failures;
-    va_list args;
-    va_start(args, format);
-    hand_on(format, args);
-    va_end(args);
-}
-
-void note_failed_access() { ++failures; }
-
-unsigned long failed_accesses() { return failures; }

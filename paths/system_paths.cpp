@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/system_paths.h"
+#include "paths/system_paths.h"
 
 std::string system_path(const std::string& path) { return path; }
 

@@ -11,6 +11,8 @@
 #include <map>
 #include <string>
 
+#include "runtime/message.h"
+
 const char* fname = "/dev/zeb_mem";
 
 namespace {
@@ -56,15 +58,15 @@ struct device {
 
 device opened;
 
-// The page that holds the address, mapped; nullptr, and *result says why,
-// when the device cannot be opened or the page cannot be mapped.
-char* mapped_page(uint32_t address, access_result* result) {
+// The page that holds the address, mapped; nullptr, said, when the device
+// cannot be opened or the page cannot be mapped.
+char* mapped_page(uint32_t address) {
     const char* path = fname;
     if (opened.fd < 0 || opened.path != path) {
         opened.forget();
         opened.fd = open(path, O_RDWR | O_SYNC);
         if (opened.fd < 0) {
-            *result = access_result::failed(std::string("open ") + path + " failed.");
+            say("open %s failed.", path);
             return nullptr;
         }
         opened.path = path;
@@ -81,7 +83,7 @@ char* mapped_page(uint32_t address, access_result* result) {
                                   page_base)
                            : MAP_FAILED;
     if (page == MAP_FAILED) {
-        *result = access_result::failed(std::string("mmap ") + path + " failed.");
+        say("mmap %s failed.", path);
         return nullptr;
     }
     return opened.pages[page_base] = static_cast<char*>(page);
@@ -89,22 +91,20 @@ char* mapped_page(uint32_t address, access_result* result) {
 
 // Hands the word's location to access; nothing is touched when it cannot be reached.
 template <typename Access>
-access_result with_mapped_word(uint32_t address, Access access) {
-    access_result result;
-    if (char* page = mapped_page(address, &result))
+void with_mapped_word(uint32_t address, Access access) {
+    if (char* page = mapped_page(address))
         access(reinterpret_cast<volatile uint32_t*>(page + (address & page_offset_mask)));
-    return result;
 }
 
 }  // namespace
 
-access_result mmap_read(uint32_t address, uint32_t* word) {
-    *word = 0;
-    return with_mapped_word(address,
-                            [word](volatile uint32_t* mapped) { _mmap_read(mapped, word); });
+uint32_t mmap_read(uint32_t address) {
+    uint32_t word = 0;
+    with_mapped_word(address, [&word](volatile uint32_t* mapped) { _mmap_read(mapped, &word); });
+    return word;
 }
 
-access_result mmap_write(uint32_t address, uint32_t value) {
-    return with_mapped_word(address,
-                            [value](volatile uint32_t* mapped) { _mmap_write(mapped, value); });
+int mmap_write(uint32_t address, uint32_t value) {
+    with_mapped_word(address, [value](volatile uint32_t* mapped) { _mmap_write(mapped, value); });
+    return 0;
 }

@@ -9,7 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "runtime/message.h"
 #include "registers/mmaprw32.h"
 #include "runtime/message.h"
 
@@ -213,15 +212,38 @@ void reg_info::invalidate() { loaded = false; }
 
 void reg_info::add_garbage() { reginfo_garbages().items.push_back(this); }
 
+namespace {
+
+// The memory unit has no error value: all it ever says is that an access
+// failed, so what it says during one access is that access's failure.
+access_result* heard = nullptr;
+
+void hear(const std::string& line) { heard->add(access_result::failed(line)); }
+
+template <typename Access>
+access_result heard_during(Access access) {
+    access_result result;
+    heard = &result;
+    const message_sink before = set_message_sink(hear);
+    access();
+    set_message_sink(before);
+    heard = nullptr;
+    return result;
+}
+
+}  // namespace
+
 uint32_t reg_info::read_word(uint32_t address) {
     uint32_t word = 0;
-    const access_result result = mmap_read(address, &word);
+    const access_result result = heard_during([&] { word = mmap_read(address); });
     read_failed = !result.ok;
     note(result);
     return word;
 }
 
-void reg_info::write_word(uint32_t address, uint32_t word) { note(mmap_write(address, word)); }
+void reg_info::write_word(uint32_t address, uint32_t word) {
+    note(heard_during([&] { mmap_write(address, word); }));
+}
 
 void reg_info::note(const access_result& result) {
     if (result.ok)

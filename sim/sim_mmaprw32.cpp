@@ -3,8 +3,9 @@
 #include "registers/mmaprw32.h"
 
 #include <cstdint>
-#include <string>
+#include <cstdio>
 
+#include "runtime/message.h"
 #include "sim/register_file.h"
 
 const char* fname = "/dev/zeb_mem";
@@ -12,24 +13,23 @@ const char* fname = "/dev/zeb_mem";
 namespace {
 
 // What the real tool says when the device cannot be opened.
-access_result unreachable() {
-    return access_result::failed(std::string("open ") + fname + " failed.");
-}
+void report_unreachable() { say("open %s failed.", fname); }
 
 }  // namespace
 
-access_result mmap_read(uint32_t address, uint32_t* word) {
-    access_result result;
-    if (!sim::read_word(address, word)) {
-        result = unreachable();
-        *word = 0;
+uint32_t mmap_read(uint32_t address) {
+    uint32_t word = 0;
+    if (!sim::read_word(address, &word)) {
+        report_unreachable();
+        word = 0;
     }
-    sim::trace_access('R', address, *word);
-    return result;
+    sim::trace_access('R', address, word);
+    return word;
 }
 
-access_result mmap_write(uint32_t address, uint32_t value) {
-    const access_result result = sim::write_word(address, value) ? access_result{} : unreachable();
+int mmap_write(uint32_t address, uint32_t value) {
+    if (!sim::write_word(address, value))
+        report_unreachable();
     sim::trace_access('W', address, value);
-    return result;
+    return 0;
 }

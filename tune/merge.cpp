@@ -2,6 +2,7 @@
 // merge: the window that every board passes, from the CSV files of their sweeps.
 #include <fcntl.h>
 #include <getopt.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -41,6 +42,7 @@ constexpr std::size_t shown_field_size = 40;
 // What one file holds: per property, in the order of the file.
 struct board_file {
     std::string path, board;
+    struct stat identity;  // the file itself, which no output may be
     std::vector<std::string> names;
     std::map<std::string, board_cells> cells;
     std::map<std::string, std::set<long long>> seen;
@@ -56,10 +58,12 @@ std::string board_name(const std::string& path) {
     return shown(name);
 }
 
-bool read_csv(const std::string& path, std::string* text) {
+bool read_csv(const std::string& path, std::string* text, struct stat* identity) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
+    if (fd < 0 || fstat(fd, identity) != 0) {
         report("%s: %s", shown(path).c_str(), std::strerror(errno));
+        if (fd >= 0)
+            close(fd);
         return false;
     }
     const bool read = read_bounded(fd, shown(path), max_csv_size, text);
@@ -118,11 +122,11 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
 // Reads a sweep's CSV; stops at the first bad line, which is reported as FILE:LINE.
 bool read_board(const std::string& path, board_file* file) {
     std::string text;
-    if (!read_csv(path, &text))
+    if (!read_csv(path, &text, &file->identity))
         return false;
     file->path = shown(path);
     file->board = board_name(path);
-    std::string::size_type start = 0;
+    std::string::size_type start = after_byte_order_mark(text);
     for (int number = 1; start < text.size(); ++number) {
         std::string::size_type end = text.find('\n', start);
         if (end == std::string::npos)
@@ -201,24 +205,43 @@ void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merg
 }
 
 struct output {
-    const std::string& path;
+    std::string path;
     whole_file file;
 };
+
+// Whether the output would overwrite one of the files merged; says so.
+bool is_input(const std::string& path, const std::vector<board_file>& files) {
+    struct stat target {};
+    if (stat(path.c_str(), &target) != 0)
+        return false;
+    for (const board_file& file : files)
+        if (file.identity.st_dev == target.st_dev && file.identity.st_ino == target.st_ino) {
+            report("cannot write %s: it is %s, one of the files merged; nothing written",
+                   shown(path).c_str(), file.path.c_str());
+            return true;
+        }
+    return false;
+}
 
 }  // namespace
 
 int merge_command(int argc, char** argv) {
-    static const option long_options[] = {{"csv", required_argument, nullptr, 'c'},
-                                          {"svg", required_argument, nullptr, 'g'},
-                                          {"profile", required_argument, nullptr, 'p'},
+    // The outputs first, in the order of outputs[].
+    static const option long_options[] = {{"csv", required_argument, nullptr, 'o'},
+                                          {"svg", required_argument, nullptr, 'o'},
+                                          {"profile", required_argument, nullptr, 'o'},
                                           {"help", no_argument, nullptr, 'h'},
                                           {nullptr, 0, nullptr, 0}};
-    std::string csv_path, svg_path, profile_path;
-    for (int option; (option = getopt_long(argc, argv, ":h", long_options, nullptr)) != -1;) {
+    output outputs[3];
+    output &csv = outputs[0], &svg = outputs[1], &profile = outputs[2];
+    int index = 0;
+    for (int option; (option = getopt_long(argc, argv, ":h", long_options, &index)) != -1;) {
         switch (option) {
-        case 'c': csv_path = optarg; break;
-        case 'g': svg_path = optarg; break;
-        case 'p': profile_path = optarg; break;
+        case 'o':
+            if (!take_file_name((std::string("--") + long_options[index].name).c_str(), optarg,
+                                &outputs[index].path))
+                return tune_status::bad_input;
+            break;
         case 'h': print_usage(stdout); return tune_status::ok;
         case ':': return usage_error(std::string(argv[optind - 1]) + " needs a value");
         default: return unknown_option(argv);
@@ -242,9 +265,12 @@ int merge_command(int argc, char** argv) {
     std::vector<sweep_results> merged;
     if (!line_up_boards(files, &merged))
         return tune_status::bad_input;
-    output outputs[] = {{csv_path, {}}, {svg_path, {}}, {profile_path, {}}};
     for (output& each : outputs) {
-        if (!each.path.empty() && !each.file.open(each.path)) {
+        if (each.path.empty())
+            continue;
+        if (is_input(each.path, files))
+            return tune_status::bad_input;
+        if (!each.file.open(each.path)) {
             report("cannot write %s: %s; nothing written", shown(each.path).c_str(),
                    std::strerror(errno));
             return tune_status::bad_input;
@@ -259,12 +285,12 @@ int merge_command(int argc, char** argv) {
             every_window && common_centre(property_results) < property_results.axis.size();
     }
     std::fflush(stdout);
-    if (!csv_path.empty())
-        print_merged_csv(outputs[0].file.stream(), merged);
-    if (!svg_path.empty())
-        print_svg(outputs[1].file.stream(), merged, "padkit-tune merge");
-    if (!profile_path.empty())
-        print_merged_profile(outputs[2].file.stream(), merged, profile_header(argc, argv));
+    if (!csv.path.empty())
+        print_merged_csv(csv.file.stream(), merged);
+    if (!svg.path.empty())
+        print_svg(svg.file.stream(), merged, "padkit-tune merge");
+    if (!profile.path.empty())
+        print_merged_profile(profile.file.stream(), merged, profile_header(argc, argv));
     bool written = true;
     for (output& each : outputs) {
         if (!each.path.empty() && !each.file.commit()) {

@@ -198,8 +198,13 @@ TEST(PadkitSim, RunWaitsForTheLock) {
     const int fd = open((b.dir / "tmp/padkit.lock").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(flock(fd, LOCK_EX), 0);
     const pid_t pid = b.start({"-i"});
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), 0) << "finished while the lock was held";
+    // The lock is let go only once the run has said that it waits, however slow its start (an emulator).
+    bool waiting = false;
+    for (int tries = 0; tries < 12000 && !waiting && waitpid(pid, nullptr, WNOHANG) == 0; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        waiting = slurp(b.scratch / "err").find("Waiting") != std::string::npos;
+    }
+    EXPECT_TRUE(waiting) << "finished, or never said that it waits, while the lock was held";
     flock(fd, LOCK_UN);
     close(fd);
     const result got = b.finish(pid);

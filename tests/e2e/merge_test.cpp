@@ -2,6 +2,9 @@
 // padkit-tune-sim merge end to end: the sweeps of several boards lined up per property.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
+
 #include "tests/e2e/sim_board.h"
 
 namespace {
@@ -20,40 +23,22 @@ std::string csv(int from, int to, int lo, int hi) {
 
 const std::string a = csv(-3, 3, -2, 1), none = csv(-3, 3, 9, 9), later = csv(0, 5, 1, 4);
 const std::string good = "name,value,result\n" + dq3 + ",+1,pass\n", far = csv(5, 6, 5, 6);
+const std::string marked = "\xef\xbb\xbf" + good;  // a UTF-8 byte order mark first
 // Bad at line 3.
 const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pass\n",
                   unknown = good + dq3 + ",+2,passed\n";
 
 // clang-format off
 const named_case cases[] = {
-    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"},
-                                         {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}},
-        dq3 + "\n"
-        "      -3 0 +3\n"
-        "a     .####..\n"
-        "none  .......\n"
-        "a: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" +
-        dq3 + ": no common passing value\n", "", not_done}},
-    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"},
-                                                  {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}},
-        dq3 + "\n"
-        "       0 +3\n"
-        "a      ##..\n"
-        "later  .###\n"
-        "a: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" +
-        dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" +
-        dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n",
-        p + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", ok}},
-    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}},
-        "", p + dq3 + ": no value that every board measured\n", bad_input}},
-    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}},
-        "", p + "<B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", bad_input}},
-    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}},
-        "", p + "<B>/bad.csv:3: no property dq\\x1b[2J\n", bad_input}},
-    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}},
-        "", p + "<B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", bad_input}},
-    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}},
-        "", p + "cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", bad_input}},
+    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
+    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"}, {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}}, dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" + dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" + dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n", "padkit-tune-sim: " + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", tune_status::ok}},
+    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
+    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
+    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
+    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
+    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
+    {"an output that is an input, through a link", {{"merge", "--svg", "<B>/link", "<B>/a.csv"}, {{"a.csv", a.c_str()}, {"link", "->a.csv"}}, "", "padkit-tune-sim: cannot write <B>/link: it is <B>/a.csv, one of the files merged; nothing written\n", tune_status::bad_input, "-", {{"a.csv", a}}}},
+    {"a byte order mark before the header", {{"merge", "<B>/bom.csv"}, {{"bom.csv", marked.c_str()}}, dq3 + "\n     +1\nbom  #\nbom: window +1..+1 (1 value), centre +1 (setting 65)\n...", "", tune_status::ok}},
 };
 // clang-format on
 
@@ -65,6 +50,31 @@ TEST(PadkitTuneMerge, RefusalsAndBoardsWithoutAWindow) {
         tune_board b;
         check(b, c);
     }
+}
+
+// A board's rows in any order, even sorted as text ("+1" before "-1" before "0"), merge as in the axis's order.
+TEST(PadkitTuneMerge, RowsInAnyOrderMergeAsOrdered) {
+    const std::string ordered = csv(-6, 6, -4, 2), other = csv(-6, 6, -2, 5);
+    std::vector<std::string> rows;
+    std::istringstream lines(ordered.substr(ordered.find('\n') + 1));
+    for (std::string line; std::getline(lines, line);)
+        rows.push_back(line + "\n");
+    std::vector<std::string> as_text = rows, shuffled;
+    std::sort(as_text.begin(), as_text.end());
+    for (std::size_t at = 0; at < rows.size(); ++at)
+        shuffled.push_back(rows[at * 5 % rows.size()]);
+    std::string expected;
+    for (const auto& order : {rows, as_text, shuffled}) {
+        tune_board b;
+        b.change("a.csv", std::accumulate(order.begin(), order.end(), std::string("name,value,result\n")).c_str());
+        b.change("b.csv", other.c_str());
+        const result got = b.run({"merge", (b.dir / "a.csv").string(), (b.dir / "b.csv").string()});
+        EXPECT_EQ(got.status, tune_status::ok) << got.err;
+        if (expected.empty())
+            expected = got.out;
+        EXPECT_EQ(got.out, expected);
+    }
+    EXPECT_NE(expected.find(dq3 + ": common window -2..+2 (5 values), centre 0\n"), std::string::npos) << expected;
 }
 
 // Three boards swept for real, each passing 26 delays shifted by 3 against the one before; the

@@ -28,7 +28,7 @@ bool create(const std::string& path, result_files::file_ptr* file,
             const result_files::printer* header) {
     if (path.empty())
         return true;
-    file->reset(std::fopen(path.c_str(), "we"));
+    file->reset(open_in_place(path));
     if (*file && header)
         (*header)(file->get());
     if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))

@@ -45,7 +45,7 @@ bool read_file(const std::string& path, bool system_file, std::string* text, boo
         return false;
     }
     const int flags = O_RDONLY | O_CLOEXEC | (system_file ? O_NONBLOCK : 0) |
-                      (system_file && !system_links_followed ? O_NOFOLLOW : 0);
+                      (system_file && !system_link_followed(path) ? O_NOFOLLOW : 0);
     const int fd = open(path.c_str(), flags);
     struct stat st {};
     if (fd < 0 || fstat(fd, &st) != 0) {
@@ -165,9 +165,7 @@ bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* 
             good = false;
             continue;
         }
-        // A byte order mark, as some editors write one, is no part of a name.
-        const std::string mark = "\xef\xbb\xbf";
-        std::string::size_type start = text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+        std::string::size_type start = after_byte_order_mark(text);
         const std::string name = file == standard_input ? "(standard input)" : shown(file);
         for (int number = 1; start < text.size(); ++number) {
             std::string::size_type end = text.find('\n', start);
@@ -208,8 +206,9 @@ bool system_profiles(std::vector<std::string>* files, bool quiet) {
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
         struct stat st {};
-        const bool found = fstatat(dirfd(listing), name.c_str(), &st,
-                                   system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
+        const bool found =
+            fstatat(dirfd(listing), name.c_str(), &st,
+                    system_link_followed(dir + "/" + name) ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
         if (found && S_ISREG(st.st_mode))
             files->push_back(dir + "/" + name);
         else if (!quiet)

@@ -10,7 +10,7 @@
 
 #include "tune/sweep/window.h"
 
-// What one board measured of the property, in the order its sweep went.
+// What one board measured of the property, in any order.
 struct board_cells {
     std::string board;
     std::vector<long long> values;
@@ -18,8 +18,8 @@ struct board_cells {
 };
 
 // The boards as the rows of one sweep whose group is the property: on the
-// values that every board measured, in the first board's order. Rows carry
-// no settings and no original.
+// values that every board measured, rising. Rows carry no settings and no
+// original.
 sweep_results line_up(const std::string& name, bool is_signed,
                       const std::vector<board_cells>& boards);
 

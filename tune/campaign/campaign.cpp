@@ -29,8 +29,8 @@ public:
 private:
     const test_options& options() const { return kind->options(); }
     bool open_files();
-    // Once the originals are known, before the first write: from here on
-    // stop signals are held and the progress line counts.
+    // Once the originals are known, before the watchdog is armed: from here
+    // on stop signals are held and the progress line counts.
     void begin(std::vector<long long> known);
     int carry_on(const journal_contents& journal, bool restore);
 
@@ -60,13 +60,15 @@ private:
     int end_status(bool found) const;
 
     std::unique_ptr<campaign_kind> kind;
+    // Declared before the guard, so that the watchdog is closed before the
+    // stop signals are let go, whichever way the campaign ends.
+    std::optional<stop_signals> stop;
     hang_guard guard;
     result_files files;
     std::vector<property*> props;
     std::vector<long long> originals;  // of props, their codes
     std::vector<bool> changed;         // per prop: written, not yet put back or kept
     std::string profile_header_lines;
-    std::optional<stop_signals> stop;
     std::optional<progress_line> progress;
     point_result::kind ended = point_result::measured;
     int stop_signal = 0;
@@ -79,9 +81,11 @@ int campaign::start(std::unique_ptr<campaign_kind> planned) {
     kind = std::move(planned);
     std::vector<long long> read;
     if (!command_ready(options()) || !confirmed(options(), kind->description(), kind->name) ||
-        !open_files() || !start_guard(options(), kind->properties(), &read, guard))
+        !open_files() || !read_locked(kind->properties(), &read))
         return tune_status::bad_input;
     begin(std::move(read));
+    if (!start_guard(options(), props, originals, guard))
+        return tune_status::bad_input;
     return run();
 }
 

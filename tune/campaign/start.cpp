@@ -10,7 +10,6 @@
 
 #include "runtime/report.h"
 #include "tune/board/board_io.h"
-#include "tune/campaign/measure.h"
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
 
@@ -43,8 +42,8 @@ bool arm_watchdog(const test_options& options, hang_guard& guard) {
 }
 
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<long long>* originals, hang_guard& guard) {
-    if (!read_locked(props, originals) || !arm_watchdog(options, guard))
+                 const std::vector<long long>& originals, hang_guard& guard) {
+    if (!arm_watchdog(options, guard))
         return false;
     if (options.journal_path.empty())
         return true;
@@ -55,7 +54,7 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     }
     journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
     for (std::size_t at = 0; at < props.size(); ++at)
-        header.originals.emplace_back(props[at]->name, code_text(props[at], (*originals)[at]));
+        header.originals.emplace_back(props[at]->name, code_text(props[at], originals[at]));
     return guard.journal.create(options.journal_path, header);
 }
 

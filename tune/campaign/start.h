@@ -23,11 +23,11 @@ bool confirmed(const test_options& options, const std::string& does, const char*
 // Opens the watchdog the options name, if any. Says why it cannot.
 bool arm_watchdog(const test_options& options, hang_guard& guard);
 
-// A new campaign: the original value of each property read under the lock,
-// then the watchdog armed and the journal created with them, when the
-// options ask for them. Says why it cannot.
+// A new campaign, once the ORIGINALS of the properties are read: the
+// watchdog armed and the journal created with them, when the options ask for
+// them. Says why it cannot.
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<long long>* originals, hang_guard& guard);
+                 const std::vector<long long>& originals, hang_guard& guard);
 
 // A campaign carried on: its journal at PATH read, refused when it has
 // ended, and the current directory made the one the campaign ran in, so that

@@ -213,3 +213,31 @@ TEST(PadkitTuneJournal, StopSignalAtAnySyncLeavesTheWatchdogClosed) {
     }
     EXPECT_EQ(status, ok) << "past the last fsync";
 }
+
+// Killed at each rename in turn (the profile's), then resumed unless its journal ended: every result file as a run
+// in one go leaves it, and the centre kept.
+TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
+    if (*PADKIT_SIM_EMULATOR)
+        GTEST_SKIP() << "strace follows the emulator, not the program";
+    for (const std::string call : {"rename", "renameat", "renameat2"}) {
+        if (std::system(("strace -o /dev/null -e trace=" + call + " true 2>/dev/null").c_str()) != 0)
+            continue;
+        for (int n = 1, status = 128 + SIGKILL; status == 128 + SIGKILL; ++n) {
+            SCOPED_TRACE("killed at " + call + " " + std::to_string(n));
+            tune_board b;
+            const std::string at = b.scratch.string() + "/";
+            under_strace(b, {"-o", "/dev/null", "--inject=" + call + ":signal=KILL:when=" + std::to_string(n)});
+            status = b.run({"sweep", "-y", "--keep", "centre", "--journal", at + "j", "--csv", at + "csv", "--svg",
+                            at + "svg", "--profile", at + "conf", "mmc::rdqs", "30", "32", "--", "true"})
+                         .status;
+            b.launcher.clear();
+            const bool ended = slurp(at + "j").find("\nend\n") != std::string::npos;
+            EXPECT_EQ(ended ? ok : b.run({"resume", at + "j"}).status, ok);
+            EXPECT_EQ(slurp(at + "csv"),
+                      "name,value,result\nmmc::rdqs,30,pass\nmmc::rdqs,31,pass\nmmc::rdqs,32,pass\n");
+            EXPECT_NE(slurp(at + "svg").find("</svg>"), std::string::npos);
+            EXPECT_EQ(settings_of(slurp(at + "conf")), "mmc::rdqs = 31\n");
+            EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, "mmc::rdqs = 31\n");
+        }
+    }
+}

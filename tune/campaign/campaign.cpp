@@ -49,9 +49,9 @@ private:
     // A stop signal that ended a wait for the lock ends the campaign; true
     // when it is the first to.
     bool stopped_by(int signal);
-    // The files first, standard output last: a reader of the output that
-    // goes away early costs no result.
-    int finish();
+    // Once the files are WRITTEN (or not): the journal ended, then standard
+    // output, last, so that a reader of it that goes away costs no result.
+    int finish(bool written);
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore_and_end();
     // FOUND: the kind found what it looked for and every file is written.
@@ -152,10 +152,16 @@ int campaign::run() {
     if (ended == point_result::measured && (stop_signal = stop->take()) != 0)
         ended = point_result::interrupted;
     kind->conclude();
+    // The files before anything is kept and before the journal ends: a run
+    // killed after them is carried on by resume to the same end.
+    const bool written = files.finish(
+        ended == point_result::measured, kind->name,
+        [this](std::FILE* out) { kind->print_svg(out); },
+        [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
     if (ended == point_result::measured && options().keep_centre)
         keep();
     put_back_changed();
-    return finish();
+    return finish(written);
 }
 
 void campaign::measure(std::size_t step, const campaign_point& point) {
@@ -230,12 +236,8 @@ bool campaign::stopped_by(int signal) {
     return true;
 }
 
-int campaign::finish() {
+int campaign::finish(bool written) {
     guard.close(ended != point_result::interrupted);
-    const bool written = files.finish(
-        ended == point_result::measured, kind->name,
-        [this](std::FILE* out) { kind->print_svg(out); },
-        [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));
     kind->print_summary(stdout);
     std::fflush(stdout);

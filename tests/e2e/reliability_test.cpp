@@ -142,6 +142,15 @@ const script_row rows[] = {
     {"a FIFO or a directory as the trial file is bad, neither applied nor blessed", R"sh(d=$B/var/lib/padkit; mkdir -p $d; mkfifo $d/trial-0001+3-0.conf; t trial --status | head -n 1; t apply --system; t bless; rm $d/*; mkdir $d/trial-0001+2-1@1.conf; t bless)sh", "state: bad\n", p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not applied\n" + p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not blessed\n" + p + "trial <B>/var/lib/padkit/trial-0001+2-1@1.conf is not a regular file; not blessed\n", tune_status::not_done},
     {"the last trial number held by the pending trial: it is named", R"sh(mkdir -p $B/var/lib/padkit; echo 'mmc::rdqs = 9' | tee $B/t >$B/var/lib/padkit/trial-9999+3-0.conf; t trial $B/t)sh", "", p + "no trial number left: remove the trial <B>/var/lib/padkit/trial-9999+3-0.conf first (trial --remove)\n", tune_status::not_done},
     {"trial --status --json escapes a path that is not UTF-8", R"sh(echo 'mmc::rdqs = 9' >$B/t; export PADKIT_SIM_DIR=$B/$(printf '\377'); t trial $B/t; t trial --status --json | python3 -c 'import json, os, sys; print(os.fsencode(json.loads(sys.stdin.buffer.read().decode())["file"]))' | sed "s|$B||")sh", "b'/\\xff/var/lib/padkit/trial-0001+3-0.conf'\n", "", 0},
+    // resume and resume --restore take a journal's word for nothing they cannot check first.
+    {"an original the property cannot hold is refused before anything is written", R"sh(
+        t sweep -y --journal $B/j mac-tx::delay 0 3 -- sh -c '[ $PADKIT_SWEEP_VALUE != 2 ] || kill -KILL $PPID' 2>&-
+        for v in 99 abc; do sed "/^original/s/\"0\"/\"$v\"/" $B/j >$B/k; t resume $B/k; t resume --restore $B/k; done
+        echo $?; t dump mac-tx::delay)sh", "2\nmac-tx::delay = 2\n",
+        p + "<B>/k:4: mac-tx::delay: 99 is not in 0..3; nothing written\n" +
+        p + "<B>/k:4: mac-tx::delay: 99 is not in 0..3; nothing written\n" +
+        p + "<B>/k:4: mac-tx::delay: 'abc' is not a decimal or 0x hexadecimal number; nothing written\n" +
+        p + "<B>/k:4: mac-tx::delay: 'abc' is not a decimal or 0x hexadecimal number; nothing written\n", 0},
 };
 // clang-format on
 

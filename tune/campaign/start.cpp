@@ -13,6 +13,13 @@
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
 
+namespace {
+
+// After the journal's version, directory and command.
+constexpr std::size_t first_original_line = 4;
+
+}  // namespace
+
 bool command_ready(const test_options& options) {
     if (command_exists(options.command.front()))
         return true;
@@ -77,14 +84,23 @@ bool open_journal(const std::string& path, journal_file& journal, journal_conten
 
 bool journal_matches(const journal_file& file, const journal_contents& journal,
                      const std::vector<property*>& props, std::vector<long long>* originals) {
-    bool same = journal.header.originals.size() == props.size();
-    originals->assign(props.size(), 0);
+    const auto& given = journal.header.originals;
+    bool same = given.size() == props.size();
     for (std::size_t at = 0; same && at < props.size(); ++at)
-        same = journal.header.originals[at].first == props[at]->name &&
-               props[at]->domain().code_of_shown(journal.header.originals[at].second,
-                                                 &(*originals)[at]);
-    if (!same)
+        same = given[at].first == props[at]->name;
+    if (!same) {
         report("%s: its originals are not those of the properties it sweeps; nothing written",
                file.path().c_str());
-    return same;
+        return false;
+    }
+    originals->assign(props.size(), 0);
+    for (std::size_t at = 0; at < props.size(); ++at) {
+        std::string problem;
+        if (!props[at]->domain().code_of_shown(given[at].second, &(*originals)[at], &problem)) {
+            report("%s:%zu: %s: %s; nothing written", file.path().c_str(), first_original_line + at,
+                   props[at]->name.c_str(), problem.c_str());
+            return false;
+        }
+    }
+    return true;
 }

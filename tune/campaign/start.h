@@ -36,7 +36,8 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
 bool open_journal(const std::string& path, journal_file& journal, journal_contents* contents);
 
 // Whether the journal's originals are those of the properties, by name, each
-// a code of its property; gives the codes, or says why not.
+// a code its property may hold (value_domain::code_of_shown); gives the
+// codes, or says why not.
 bool journal_matches(const journal_file& file, const journal_contents& journal,
                      const std::vector<property*>& props, std::vector<long long>* originals);
 

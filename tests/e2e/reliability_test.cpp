@@ -151,6 +151,12 @@ const script_row rows[] = {
         p + "<B>/k:4: mac-tx::delay: 99 is not in 0..3; nothing written\n" +
         p + "<B>/k:4: mac-tx::delay: 'abc' is not a decimal or 0x hexadecimal number; nothing written\n" +
         p + "<B>/k:4: mac-tx::delay: 'abc' is not a decimal or 0x hexadecimal number; nothing written\n", 0},
+    {"an unreadable voltage refuses resume, resume --restore writes the original back", R"sh(
+        t sweep -y --journal $B/j core_regulator::microvolts 880000 900000 -- \
+            sh -c '[ $PADKIT_SWEEP_VALUE != 890000 ] || kill -KILL $PPID' 2>&-
+        : >$B/sys/class/regulator/regulator.2/microvolts; t resume $B/j; echo $?; t resume --restore $B/j >/dev/null
+        echo $?; t dump core_regulator::microvolts)sh", "2\n0\ncore_regulator::microvolts = 900000\n",
+        p + "core_regulator::microvolts: unreadable; nothing written\n", 0},
 };
 // clang-format on
 

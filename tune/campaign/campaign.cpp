@@ -94,10 +94,12 @@ int campaign::resume(const std::string& path, bool restore, kind_of_journal kind
     if (!open_journal(path, guard.journal, &journal))
         return tune_status::bad_input;
     kind = kind_of(journal.header.command, path);
-    std::vector<long long> journalled;
+    // Carrying on reads every property first, as a new campaign does;
+    // --restore only writes the originals back.
+    std::vector<long long> journalled, now;
     if (!kind || !command_ready(options()) ||
         !journal_matches(guard.journal, journal, kind->properties(), &journalled) ||
-        (!restore && !open_files()))
+        (!restore && (!read_locked(kind->properties(), &now) || !open_files())))
         return tune_status::bad_input;
     begin(std::move(journalled));
     return carry_on(journal, restore);

@@ -185,4 +185,29 @@ TEST(PadkitTuneReliability, RollbackRestoresACodeWithoutAKey) {
     EXPECT_EQ(slurp(b.dir / "regs"), "0x00f38120 0x00000000\n");
 }
 
+// --keep centre and a profile that cannot be replaced: refused before the first write when it is read-only; put back
+// when its rename fails at the end. Nothing is kept, and the profile stays as it was.
+TEST(PadkitTuneReliability, KeepCentreKeepsNothingWhenTheProfileCannotBeWritten) {
+    // clang-format off
+    const struct { const char* name; bool (*mount)(sim_board&, const fs::path&); int status; std::string why; } rows[] = {
+        {"read-only", read_only, bad_input, "Read-only file system; nothing written"},
+        {"a mount point", mount_point, not_done, "Device or resource busy"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        tune_board b;
+        const fs::path profile = b.scratch / "p.conf";
+        std::ofstream(profile) << "# old\n";
+        if (!row.mount(b, profile))
+            GTEST_SKIP() << "no private mount namespace here";
+        const result got =
+            b.run({"sweep", "-y", "--keep", "centre", "--profile", profile, "mmc::rdqs", "30", "34", "--", "true"});
+        EXPECT_EQ(got.status, row.status);
+        EXPECT_EQ(got.err, p + "cannot write " + profile.string() + ": " + row.why + "\n");
+        EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, "mmc::rdqs = 37\n");
+        EXPECT_EQ(slurp(profile), "# old\n");
+    }
+}
+
 }  // namespace

@@ -155,12 +155,13 @@ int campaign::run() {
         ended = point_result::interrupted;
     kind->conclude();
     // The files before anything is kept and before the journal ends: a run
-    // killed after them is carried on by resume to the same end.
+    // killed after them is carried on by resume to the same end, and one
+    // whose files are not all written puts everything back.
     const bool written = files.finish(
         ended == point_result::measured, kind->name,
         [this](std::FILE* out) { kind->print_svg(out); },
         [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
-    if (ended == point_result::measured && options().keep_centre)
+    if (written && ended == point_result::measured && options().keep_centre)
         keep();
     put_back_changed();
     return finish(written);

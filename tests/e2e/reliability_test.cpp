@@ -136,6 +136,12 @@ const script_row rows[] = {
     // Result files, the watchdog, the test command's output and trials under attack.
     {"a result file naming a device or standard output writes through it; a directory is refused", R"sh(mknod $B/null c 1 3; ln -s /proc/self/fd/1 $B/out; t sweep -y --profile $B/null mmc::rdqs 30 31 -- true >/dev/null; t sweep -y --profile $B/out mmc::rdqs 30 31 -- true >$B/o; grep -x 'mmc::rdqs = 30' $B/o; t sweep -y --profile $B mmc::rdqs 30 31 -- true; echo $?; [ -c $B/null ] && [ -L $B/out ] && echo kept)sh", "mmc::rdqs = 30\n2\nkept\n", p + "cannot write <B>: Is a directory; nothing written\n", 0},
     {"empty file names are refused", R"sh(for o in --journal --csv --svg --profile --watchdog; do t sweep -y $o '' mmc::rdqs 30 31 -- true 2>$B/e; echo $? $(head -n 1 $B/e); done; for o in --csv --svg --profile; do t merge $o '' $B/x.csv 2>$B/e; echo $? $(head -n 1 $B/e); done)sh", "2 " + p + "--journal: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n2 " + p + "--watchdog: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n", "", 0},
+    {"a watchdog that takes no keep-alive (here /dev/full) stops the sweep, which puts back", R"sh(mknod $B/wd c 1 7
+        t sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 32 -- sleep 1 >/dev/null
+        echo $? $(rdqs) $(tail -n 1 $B/j))sh",
+        "1 37 end\n", p + "cannot keep the watchdog /wd alive: No space left on device; it will reset the board\n" + p +
+        "cannot write the magic close to the watchdog /wd: No space left on device; it stays armed and will reset the "
+        "board\n", 0},
     {"a FIFO as the watchdog is refused, with a reader or without", R"sh(mkfifo $B/wd; timeout 10 $T sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 31 -- true; echo $?; exec 3<>$B/wd; t sweep -y --journal $B/k --watchdog /wd mmc::rdqs 30 31 -- true; echo $?)sh", "2\n2\n", p + "cannot open the watchdog /wd: No such device or address; nothing written\n" + p + "cannot use the watchdog /wd: not a character device; nothing written\n", 0},
     {"keep-alives go by the clock while the command leaves an orphan every 0.25 s", R"sh(: >$B/wd; s=$(date +%s%N); t sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 30 -- sh -c 'for i in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do (sleep 0.01 &); sleep 0.25; done' >/dev/null; n=$(tr -d V <$B/wd | wc -c) seconds=$((($(date +%s%N) - s) / 1000000000)); [ $n -ge $((seconds - 1)) ] && echo kept alive || echo $n in $seconds s)sh", "kept alive\n", "", 0, true},
     {"the test command's output is not the sweep's: a sweep into head -1 passes every value", R"sh(t sweep -y --csv $B/s.csv mmc::rdqs 30 45 -- sh -c 'echo t; sleep 0.05' 2>/dev/null | head -n 1 >/dev/null; grep -c pass $B/s.csv)sh", "16\n", "", 0},
@@ -189,7 +195,8 @@ TEST(PadkitTuneReliability, RollbackRestoresACodeWithoutAKey) {
 // when its rename fails at the end. Nothing is kept, and the profile stays as it was.
 TEST(PadkitTuneReliability, KeepCentreKeepsNothingWhenTheProfileCannotBeWritten) {
     // clang-format off
-    const struct { const char* name; bool (*mount)(sim_board&, const fs::path&); int status; std::string why; } rows[] = {
+    using mount = bool (*)(sim_board&, const fs::path&);
+    const struct { const char* name; mount set_up; int status; std::string why; } rows[] = {
         {"read-only", read_only, bad_input, "Read-only file system; nothing written"},
         {"a mount point", mount_point, not_done, "Device or resource busy"},
     };
@@ -199,7 +206,7 @@ TEST(PadkitTuneReliability, KeepCentreKeepsNothingWhenTheProfileCannotBeWritten)
         tune_board b;
         const fs::path profile = b.scratch / "p.conf";
         std::ofstream(profile) << "# old\n";
-        if (!row.mount(b, profile))
+        if (!row.set_up(b, profile))
             GTEST_SKIP() << "no private mount namespace here";
         const result got =
             b.run({"sweep", "-y", "--keep", "centre", "--profile", profile, "mmc::rdqs", "30", "34", "--", "true"});

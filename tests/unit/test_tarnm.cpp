@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/platform.h"
 #include "paths/system_paths.h"
+#include "platform/platform.h"
 #include "platform/tarnm.h"
 #include "tests/unit/fake_hw.h"
 

@@ -41,12 +41,12 @@ const subcommand subcommands[] = {
      "      [--csv FILE] [--svg FILE] [--profile FILE]\n"
      "      [--journal FILE [--watchdog DEVICE]] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
-     sweep_command},
+     campaign_command},
     {"shmoo",
      "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
      "      [--csv FILE] [--svg FILE] [--profile FILE] [--journal FILE [--watchdog DEVICE]]\n"
      "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
-     shmoo_command},
+     campaign_command},
     {"resume", "resume [--restore] FILE", resume_command},
     {"trial",
      "trial [--tries N] [--now] FILE\n"

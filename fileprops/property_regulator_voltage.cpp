@@ -132,5 +132,5 @@ bool property_regulator_voltage::check(const std::string& value, std::string* ca
 void property_regulator_voltage::refresh() { limits_loaded = false; }
 
 sweep_axis property_regulator_voltage::axis() const {
-    return {0, INT32_MAX, static_cast<long long>(step_uv), false};
+    return {0, INT32_MAX, static_cast<long long>(step_uv), false, "microvolts"};
 }

@@ -17,7 +17,9 @@ bool reg_bitmask_dq::_before_set(uint32_t& v) {
 // Direction bit S: set means +(code - S), clear means -code.
 long long reg_bitmask_dq::direction_bit() const { return (static_cast<long long>(mask) + 1) / 2; }
 
-sweep_axis reg_bitmask_dq::axis() { return {1 - direction_bit(), direction_bit() - 1, 1, true}; }
+sweep_axis reg_bitmask_dq::axis() {
+    return {1 - direction_bit(), direction_bit() - 1, 1, true, "delay steps"};
+}
 
 uint32_t reg_bitmask_dq::setting_for(long long axis_value) {
     return static_cast<uint32_t>(axis_value > 0 ? direction_bit() + axis_value : -axis_value);

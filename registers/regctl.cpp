@@ -183,7 +183,7 @@ std::string reg_bitmask_map::valid_values() {
 sweep_axis reg_bitmask_map::axis() {
     if (value_map->empty())
         return {};
-    return {value_map->begin()->first, value_map->rbegin()->first, 1, false};
+    return {value_map->begin()->first, value_map->rbegin()->first, 1, false, "keys"};
 }
 
 std::vector<long long> reg_bitmask_map::table_keys() {

@@ -18,6 +18,7 @@
 #include "tune/commands.h"
 #include "tune/resume.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
 #include "tune/sweep/profile_header.h"
@@ -50,8 +51,7 @@ struct shmoo_axis {
     grid_axis rising() const {
         grid_axis axis;
         axis.name = prop->name;
-        axis.values = visits.values;
-        axis.is_signed = visits.is_signed;
+        static_cast<value_axis&>(axis) = visits;
         std::sort(axis.values.begin(), axis.values.end());
         return axis;
     }
@@ -92,6 +92,15 @@ std::string range_text(const shmoo_axis& axis) {
            std::to_string(visits.size()) + (visits.size() == 1 ? " value)" : " values)");
 }
 
+facts shmoo_facts(const shmoo_options& options, const shmoo_axis& x, const shmoo_axis& y) {
+    std::string what = x.prop->name + " " + x.visits.swept_text() + " against " + y.prop->name +
+                       " " + y.visits.swept_text();
+    if (options.weigh_x)
+        what +=
+            ", weighed " + std::to_string(options.weigh_x) + ":" + std::to_string(options.weigh_y);
+    return run_facts("shmoo", what, options.command);
+}
+
 // What a new shmoo and a resumed one check before anything is written.
 bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
     if (!plan_axis(options.x, x) || !plan_axis(options.y, y))
@@ -126,7 +135,7 @@ public:
     // (add) before it runs.
     shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
           whole_file* profile, std::string profile_header, hang_guard& guard,
-          const std::vector<std::string>& originals)
+          const std::vector<std::string>& originals, facts about)
         : options(options),
           x(std::move(x)),
           y(std::move(y)),
@@ -135,8 +144,11 @@ public:
           profile(profile),
           profile_header(std::move(profile_header)),
           guard(guard),
+          about(std::move(about)),
           progress(stderr, isatty(STDERR_FILENO), "point"),
           results(this->x.rising(), this->y.rising()) {
+        results.weigh_x = options.weigh_x;
+        results.weigh_y = options.weigh_y;
         this->x.original = originals[0];
         this->y.original = originals[1];
         const std::optional<std::size_t> original_x = original_position(this->x, results.x),
@@ -172,6 +184,7 @@ public:
         progress.clear();
         if (ended == point_result::measured && (stop_signal = stop.take()) != 0)
             ended = point_result::interrupted;
+        note_partial();
         const std::optional<safest_point> safest = find_safest(results, results.original);
         if (ended == point_result::measured && options.keep_centre && safest && guard.keeping())
             keep(*safest);
@@ -189,6 +202,7 @@ public:
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore() {
         put_back_all();
+        note_partial();
         print_grid_chart(stdout, results, find_safest(results, results.original),
                          terminal_columns(STDOUT_FILENO));
         guard.close(true);
@@ -198,6 +212,8 @@ public:
     }
 
 private:
+    void note_partial() { results.partial = done < x.visits.size() * y.visits.size(); }
+
     void measure(std::size_t row, std::size_t column) {
         std::vector<setting> changes;
         // The slow one, a voltage say, changes once a row, and first of all
@@ -254,11 +270,13 @@ private:
     // goes away early costs no result.
     int finish(const std::optional<safest_point>& safest) {
         guard.close(ended != point_result::interrupted);
+        if (csv)
+            print_summary_facts(csv, results.partial, grid_summary(results, safest));
         bool files_written = !csv || (std::fflush(csv) == 0 && !std::ferror(csv));
         if (!files_written)
             report("cannot write %s: %s", options.csv_path.c_str(), std::strerror(errno));
         if (svg) {
-            print_grid_svg(svg, results, safest);
+            print_grid_svg(svg, results, safest, about);
             if (std::fflush(svg) != 0 || std::ferror(svg)) {
                 report("cannot write %s: %s", options.svg_path.c_str(), std::strerror(errno));
                 files_written = false;
@@ -294,6 +312,7 @@ private:
     whole_file* profile;
     const std::string profile_header;
     hang_guard& guard;
+    const facts about;
     const stop_signals stop;
     progress_line progress;
     grid_results results;
@@ -323,7 +342,9 @@ int shmoo_command(int argc, char** argv) {
     if (!confirmed(options, warning, "shmoo"))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
-    if (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+    const facts about = shmoo_facts(options, x, y);
+    const auto header = [&](std::FILE* out) { print_grid_csv_header(out, about); };
+    if (!open_output(options.csv_path, &csv, header) ||
         !open_output(options.svg_path, &svg, nullptr))
         return tune_status::bad_input;
     whole_file profile;
@@ -335,7 +356,7 @@ int shmoo_command(int argc, char** argv) {
         return tune_status::bad_input;
     return shmoo(options, std::move(x), std::move(y), csv.get(), svg.get(),
                  options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv),
-                 guard, originals)
+                 guard, originals, about)
         .run();
 }
 
@@ -351,13 +372,15 @@ int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restor
     const std::size_t points = x.visits.size() * y.visits.size();
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
+    const facts about = shmoo_facts(options, x, y);
+    const auto header = [&](std::FILE* out) { print_grid_csv_header(out, about); };
     if (!restore &&
-        (!open_output(options.csv_path, &csv, print_grid_csv_header) ||
+        (!open_output(options.csv_path, &csv, header) ||
          !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
         return tune_status::bad_input;
     shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(),
                   options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
-                  originals_of(journal));
+                  originals_of(journal), about);
     return carry_on(resumed, points, "point", options, guard, journal, restore);
 }

@@ -16,6 +16,7 @@
 #include "tune/commands.h"
 #include "tune/resume.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
 #include "tune/sweep/svg.h"
@@ -33,7 +34,7 @@ public:
     // before it runs.
     sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg,
           whole_file* profile, std::string profile_header, hang_guard& guard,
-          std::vector<std::string> originals)
+          std::vector<std::string> originals, facts about)
         : options(options),
           plan(plan),
           csv(csv),
@@ -42,6 +43,7 @@ public:
           profile_header(std::move(profile_header)),
           guard(guard),
           originals(std::move(originals)),
+          about(std::move(about)),
           progress(stderr, isatty(STDERR_FILENO)) {
         results.axis = plan.axis;
         results.group = plan.group;
@@ -107,6 +109,7 @@ public:
     // resume --restore: the originals put back, the chart so far, the journal ended.
     int restore() {
         put_back_all();
+        note_partial();
         print_chart(stdout, results, terminal_columns(STDOUT_FILENO));
         guard.close(true);
         return left_changed     ? tune_status::left_changed
@@ -161,9 +164,14 @@ private:
     // goes away early costs no result.
     int finish(bool every_window) {
         guard.close(ended != point_result::interrupted);
+        note_partial();
+        if (csv) {
+            print_csv_summary(csv, results);
+            file_written(csv, options.csv_path, &csv_written);
+        }
         bool svg_written = true;
         if (svg) {
-            print_svg(svg, {results}, "padkit-tune sweep");
+            print_svg(svg, {results}, about, mark::common_centre);
             file_written(svg, options.svg_path, &svg_written);
         }
         const bool profile_written =
@@ -176,6 +184,8 @@ private:
             every_window && csv_written && svg_written && profile_written && !guard.failed(),
             "every swept property restored");
     }
+
+    void note_partial() { results.partial = done < plan.rows.size() * plan.axis.size(); }
 
     // Flushes the file; the first time it could not be written, says so
     // and clears *good.
@@ -195,6 +205,7 @@ private:
     const std::string profile_header;
     hang_guard& guard;
     const std::vector<std::string> originals;
+    const facts about;
     const stop_signals stop;
     progress_line progress;
     sweep_results results;
@@ -209,6 +220,10 @@ std::string range_text(const sweep_plan& plan) {
     const value_axis& axis = plan.axis;
     return axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) + " (" +
            std::to_string(axis.size()) + (axis.size() == 1 ? " value)" : " values)");
+}
+
+facts sweep_facts(const sweep_options& options, const sweep_plan& plan) {
+    return run_facts("sweep", options.name + " " + plan.axis.swept_text(), options.command);
 }
 
 // What a new sweep and a resumed one check before anything is written.
@@ -236,7 +251,9 @@ int sweep_command(int argc, char** argv) {
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
-    if (!open_output(options.csv_path, &csv, print_csv_header) ||
+    const facts about = sweep_facts(options, plan);
+    const auto header = [&](std::FILE* out) { print_csv_header(out, about); };
+    if (!open_output(options.csv_path, &csv, header) ||
         !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile))
         return tune_status::bad_input;
     std::vector<std::string> originals;
@@ -245,7 +262,7 @@ int sweep_command(int argc, char** argv) {
         return tune_status::bad_input;
     return sweep(options, plan, csv.get(), svg.get(),
                  options.profile_path.empty() ? nullptr : &profile, profile_header(argc, argv),
-                 guard, std::move(originals))
+                 guard, std::move(originals), about)
         .run();
 }
 
@@ -260,14 +277,16 @@ int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restor
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
+    const facts about = sweep_facts(options, plan);
+    const auto header = [&](std::FILE* out) { print_csv_header(out, about); };
     if (!restore &&
-        (!open_output(options.csv_path, &csv, print_csv_header) ||
+        (!open_output(options.csv_path, &csv, header) ||
          !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile)))
         return tune_status::bad_input;
     sweep resumed(options, plan, csv.get(), svg.get(),
                   options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
-                  originals_of(journal));
+                  originals_of(journal), about);
     return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal,
                     restore);
 }

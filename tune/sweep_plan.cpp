@@ -83,13 +83,21 @@ bool build_axis(const swept_range& options, property* first_row, value_axis* axi
         report("%s: cannot be swept; nothing written", options.name.c_str());
         return false;
     }
-    axis->is_signed = range.is_signed;
-    const std::vector<long long> table = first_row->table_keys();
-    return table.empty() ? values_between(options, range, axis)
-                         : keys_between(options, table, axis);
+    *axis = axis_kind(*first_row);
+    return axis->keys.empty() ? values_between(options, range, axis)
+                              : keys_between(options, axis->keys, axis);
 }
 
 }  // namespace
+
+value_axis axis_kind(const property& prop) {
+    const sweep_axis range = prop.axis();
+    value_axis kind;
+    kind.is_signed = range.is_signed;
+    kind.unit = range.unit;
+    kind.keys = prop.table_keys();
+    return kind;
+}
 
 bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, plan) || plan->rows.empty() ||

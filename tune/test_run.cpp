@@ -131,7 +131,8 @@ bool command_ready(const test_options& options) {
 }
 
 // Close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*)) {
+bool open_output(const std::string& path, file_ptr* file,
+                 const std::function<void(std::FILE*)>& header) {
     if (path.empty())
         return true;
     file->reset(std::fopen(path.c_str(), "we"));

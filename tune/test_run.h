@@ -63,7 +63,8 @@ using file_ptr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 // Creates a result file, and writes its HEADER (if any), before anything is
 // written to the board, so that a bad path costs nothing; nothing for an
 // empty path. Says why it cannot.
-bool open_output(const std::string& path, file_ptr* file, void (*header)(std::FILE*));
+bool open_output(const std::string& path, file_ptr* file,
+                 const std::function<void(std::FILE*)>& header);
 
 // Opens the --profile file, if one is named, to be written whole at the end.
 // Says why it cannot.

@@ -32,6 +32,12 @@ const std::string legend = "# pass  . fail  T time-out  O original passing  X or
 const std::string dq3 = "tarnm-ddra-read0::dq3", dq_diamond = diamond(1, 900000, 2);
 const strings dq_grid = {dq3, "-3", "3", core, "880000", "920000"};
 
+// The margins on mmc::rdqs's codes and on the core voltage's 10 mV steps, as the summary gives them.
+std::string codes(int x, int y) {
+    return "margin " + std::to_string(x) + (x == 1 ? " code" : " codes") + " in X, " + std::to_string(10000 * y) +
+           " microvolts in Y";
+}
+
 std::string chart(const std::vector<std::string>& rows) {
     std::string text = core + " (rows) against " + mmc + " (columns)\n        34   40\n";
     for (std::size_t at = 0; at < rows.size(); ++at)
@@ -42,18 +48,19 @@ std::string chart(const std::vector<std::string>& rows) {
 // A case that names no board file leaves both properties as they were.
 // clang-format off
 const named_case cases[] = {
-    {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {}, chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) + "13 of 49 points pass\nsafest point X=36, Y=890000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n", "", tune_status::ok}},
-    {"diamond left of the original", {shmoo({"-y"}, diamond(34, 900000, 3)), {}, chart({"#......", "##.....", "###....", "#@#O...", "###....", "##.....", "#......"}) + "16 of 49 points pass\nsafest point X=35, Y=900000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n", "", tune_status::ok}},
-    {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {}, chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) + "36 of 49 points pass\nsafest point X=37, Y=880000 (margin 1 step)\noriginal X=37, Y=900000: does not pass\n", "", tune_status::ok}},
+    {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {}, chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) + "13 of 49 points pass\nsafest point X=36, Y=890000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", tune_status::ok}},
+    {"diamond left of the original", {shmoo({"-y"}, diamond(34, 900000, 3)), {}, chart({"#......", "##.....", "###....", "#@#O...", "###....", "##.....", "#......"}) + "16 of 49 points pass\nsafest point X=35, Y=900000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", tune_status::ok}},
+    {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {}, chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) + "36 of 49 points pass\nsafest point X=37, Y=880000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000: does not pass\n", "", tune_status::ok}},
     {"nothing passes", {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) + "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done}},
     // A DQ member's signed delays against a regulator's 10 mV steps.
-    {"DQ member against a regulator", {shmoo({"-y"}, dq_diamond, dq_grid), {}, "core_regulator::microvolts (rows) against tarnm-ddra-read0::dq3 (columns)\n        -3 0 +3\n920000  ....#..\n910000  ...###.\n900000  ..#O@##\n890000  ...###.\n880000  ....#..\n        -3 0 +3\n" + legend + "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 step)\noriginal X=0, Y=900000 (margin 0 steps)\n", "", tune_status::ok}},
+    {"DQ member against a regulator", {shmoo({"-y"}, dq_diamond, dq_grid), {}, "core_regulator::microvolts (rows) against tarnm-ddra-read0::dq3 (columns)\n        -3 0 +3\n920000  ....#..\n910000  ...###.\n900000  ..#O@##\n890000  ...###.\n880000  ....#..\n        -3 0 +3\n" + legend + "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)\noriginal X=0, Y=900000 (margin 0 delay steps in X, 0 microvolts in Y)\n", "", tune_status::ok}},
     // A table field's keys against a register field's codes.
-    {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c", "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {}, "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n" + legend + "6 of 16 points pass\nsafest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", tune_status::ok}},
+    {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c", "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {}, "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n" + legend + "6 of 16 points pass\nsafest point X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\noriginal X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n", "", tune_status::ok}},
     {"--keep centre", {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...", "padkit-tune-sim: mmc::rdqs: kept at the safest point, 36\npadkit-tune-sim: core_regulator::microvolts: kept at the safest point, 890000\n", tune_status::ok, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}, {"sys/class/regulator/regulator.2/microvolts", "890000"}}}},
     // Hanging past the time-out at one point, and interrupted half-way.
-    {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"}, "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {}, chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) + "48 of 49 points pass\nsafest point X=37, Y=900000 (margin 2 steps)\noriginal X=37, Y=900000 (margin 2 steps)\n", "", tune_status::ok}},
-    {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {}, chart({"       ", "       ", "       ", "   X   ", "       ", "#@#####", "#######"}) + "14 of 49 points pass\nsafest point X=35, Y=880000 (margin 0 steps)\noriginal X=37, Y=900000: not measured\n", "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
+    {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"}, "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {}, chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) + "48 of 49 points pass\nsafest point X=37, Y=900000 (" + codes(2, 2) + ")\noriginal X=37, Y=900000 (" + codes(2, 2) + ")\n", "", tune_status::ok}},
+    // Partial: no safest point, no margin from points not measured.
+    {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {}, chart({"       ", "       ", "       ", "   X   ", "       ", "#######", "#######"}) + "partial: 14 of 49 points measured\n14 of 49 points pass\nno safest point from a partial shmoo\noriginal X=37, Y=900000: not measured\n", "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
     // Refused before anything is written.
     {"composite refused", {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq is a composite of tarnm-ddra-read0::dq0, tarnm-ddra-read0::dq1, tarnm-ddra-read0::dq2, tarnm-ddra-read0::dq3, tarnm-ddra-read0::dq4, tarnm-ddra-read0::dq5, tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7; a shmoo takes one of them; nothing written\n", tune_status::bad_input, ""}},
     {"too many points", {{"shmoo", "-y", mmc, "2", "255", core, "800000", "1000000", "--", "true"}, {}, "", "padkit-tune-sim: 5334 points (254 by 21); a shmoo takes at most 4096\n", tune_status::bad_input, ""}},
@@ -88,23 +95,53 @@ TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
     EXPECT_EQ(kept.run({"dump", dq3}).out, dq3 + " = 65\n");
 }
 
-// Row by row to the CSV; the SVG read back by an XML parser: a cell per point, both names, both marks.
+// Row by row to the CSV after the facts; the SVG read back by an XML parser: a cell per point, both axes
+// titled with their units and ticked on both sides, both marks, the margin around the safest point, the summary.
 TEST(padkit_tune_shmoo, csv_and_svg) {
     tune_board b;
     const std::string csv = (b.scratch / "s.csv").string(), svg = (b.scratch / "s.svg").string();
     const result got = b.run(shmoo({"-y", "--csv", csv, "--svg", svg}, dq_diamond, dq_grid));
     EXPECT_EQ(got.status, tune_status::ok) << got.err;
-    const std::string rows = slurp(csv);
+    const std::string text = slurp(csv), rows = text.substr(text.find("x_name"));
+    EXPECT_EQ(text.rfind("# shmoo: " + dq3 + " -3..+3, step 1 delay step against " + core +
+                             " 880000..920000, step 10000 microvolts\n# host: ",
+                         0),
+              0u)
+        << text;
     EXPECT_EQ(rows.substr(0, rows.find('\n', rows.find('\n') + 1) + 1),
               "x_name,x_value,y_name,y_value,result\n" + dq3 + ",-3," + core + ",880000,fail\n");
-    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35);
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35 + 3) << "the points and the summary";
+    EXPECT_NE(rows.find("\n# summary: safest point X=+1, Y=900000 (margin 1 delay step in X"), std::string::npos);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
     std::string shown = slurp(svg + ".txt"), cells;
     for (std::string::size_type at = 0; (at = shown.find("cell ", at)) != std::string::npos; at += 5)
         cells += 'c';
     EXPECT_EQ(cells.size(), 35u) << shown;
     for (const std::string& item :
-         strings{"name " + core, "name " + dq3, "axis -3", "axis +3", "axis 880000", "axis 920000",
-                 "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass"})
+         strings{"axis-title " + core + " (mV)", "axis-title " + dq3 + " (delay steps)", "ticks top: -3 0 +3",
+                 "ticks left: 880 890 900 910 920", "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass",
+                 "margin X=0, Y=890000: pass .. X=+2, Y=910000: pass 9", "summary 13 of 35 points pass",
+                 "summary safest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)"})
         EXPECT_NE(shown.find(item + "\n"), std::string::npos) << item << "\n" << shown;
+    EXPECT_EQ(shown.find("problem:"), std::string::npos) << shown;
+}
+
+// Two regions: below, five delays by five rows; above, the whole width by three rows. The square rule takes the
+// first; one delay step weighed like 5 mV (half a row) the second, and each margin is given in its axis's units.
+TEST(padkit_tune_shmoo, weighed_axes_choose_another_point) {
+    const strings grid = {dq3, "-4", "4", core, "860000", "940000"};
+    const std::string regions =
+        "[ $PADKIT_SHMOO_X_VALUE -le 0 -a $PADKIT_SHMOO_Y_VALUE -le 900000 ] || "
+        "[ $PADKIT_SHMOO_Y_VALUE -ge 920000 ]";
+    // clang-format off
+    const struct { strings options; std::string safest; } rows[] = {
+        {{"-y"}, "safest point X=-2, Y=880000 (margin 2 delay steps in X, 20000 microvolts in Y)\n"},
+        {{"-y", "--weigh", "1:5000"}, "safest point X=-1, Y=930000 (margin 3 delay steps in X, 10000 microvolts in Y)\n"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        tune_board b;
+        const result got = b.run(shmoo(row.options, regions, grid));
+        EXPECT_NE(got.out.find("\n52 of 81 points pass\n" + row.safest), std::string::npos) << got.out;
+    }
 }

@@ -26,6 +26,15 @@ const std::string members_apart =
     "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_SETTING "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
 
+// Every line of LINES after PREFIX.
+std::string each_line(const std::string& lines, const std::string& prefix) {
+    std::istringstream in(lines);
+    std::string out;
+    for (std::string line; std::getline(in, line);)
+        out += prefix + line + "\n";
+    return out;
+}
+
 strings sweep(strings args, const std::string& command) {
     args.insert(args.begin(), "sweep");
     args.insert(args.end(), {"--", "sh", "-c", command});
@@ -41,10 +50,14 @@ const named_case cases[] = {
     {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"}, "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || { rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {}, "               0  3\nmac-tx::delay  X.#.\nmac-tx::delay: window 2..2 (1 value), centre 2\nmac-tx::delay: original 0: outside the window\n", "", 0}},
     {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {}, "           30   35   40  45\nmmc::rdqs  ...####O###.....\nmmc::rdqs: window 33..40 (8 values), centre 36\nmmc::rdqs: original 37: margin 4 below, 3 above\n", "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
     {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {}, "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
-    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {}, "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40\ntarnm-ddra::odt: original 60: margin 1 below, 0 above\n", "", 0}},
-    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {}, "                           1040000 1000000\ncpu_regulator::microvolts  .##\ncpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\ncpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
+    // Margins count delay steps, whatever the step, also from an original between two values.
+    {"step 2, margins in delay steps", {sweep({"-y", "--step", "2", dq + "3", "-10", "10"}, in(-4, 6)), {}, "                       -10  0  +10\n" + dq + "3  ...##O###..\n" + dq + "3: window -4..+6 (6 values), centre 0\n" + dq + "3: original 0: margin 4 below, 6 above\n", "", 0}},
+    {"original between two values", {sweep({"-y", "--step", "2", dq + "3", "-9", "9"}, in(-5, 3)), {}, "                       -9      +9\n" + dq + "3  ..#####...\n" + dq + "3: window -5..+3 (5 values), centre -1 (setting 1)\n" + dq + "3: original 0: margin 5 below, 3 above\n", "", 0}},
+    // A window cut by the range: its edge there was not found, its margin there at least what it shows.
+    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {}, "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40; lower edge not found\ntarnm-ddra::odt: original 60: margin at least 1 below, 0 above\n", "", 0}},
+    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {}, "                           1040000 1000000\ncpu_regulator::microvolts  .##\ncpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000; lower edge not found\ncpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
     {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {}, "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
-    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: window 30..33 (4 values), centre 31\n", "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
+    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: partial (4 of 11 values measured): window 30..33 (4 values); neither edge found\n", "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
     // Refused before anything is written.
     {"no consent", {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
     {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "", "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""}},
@@ -82,32 +95,38 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
-    std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis +2\n", summaries;
+    std::string expected_csv = "name,value,result\n", expected_svg, summaries;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
         expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
-                        cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\ncentre " + cell +
-                        "+1: pass\n";
-        summaries += "summary " + name + ": window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + name +
+                        cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\nedge right of " +
+                        cell + "+2: pass\ncentre " + cell + "+1: pass\n";
+        summaries += name + ": window +1..+2 (2 values), centre +1 (setting 65); upper edge not found\n" + name +
                      ": original -5: not on the axis\n";
     }
-    EXPECT_EQ(slurp(csv), expected_csv);
-    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    summaries += dq + ": common window +1..+2 (2 values), centre +1 (setting 65); upper edge not found\n" + dq +
+                 ": centre +1: margin 0 below, at least 1 above (worst: " + dq + "0)\n";
+    // The facts first, the summary last, each line of it a comment.
+    const std::string text = slurp(csv), summary_facts = each_line(summaries, "# summary: ");
+    EXPECT_EQ(text.rfind("# sweep: " + dq + " 0..+2, step 1 delay step\n# host: ", 0), 0u) << text;
+    EXPECT_NE(text.find("\n# test: sh -c '[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != "), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + summary_facts);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg +
+                           " | grep -v -e ^title -e ^block -e ^axis-title -e ^legend -e ^ticks >" + svg + ".txt 2>&1")
+                              .c_str()),
+              0);
     EXPECT_EQ(slurp(svg + ".txt"), expected_svg + "common " + dq + "0 = +1: pass .. " + dq + "7 = +2: pass 16\n" +
-                                       summaries + "summary " + dq +
-                                       ": common window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + dq +
-                                       ": centre +1: margin 0 below, 1 above (worst: " + dq + "0)\n");
+                                       "common-centre " + dq + "0 = +1: pass\n" + each_line(summaries, "summary "));
 }
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
 TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
-    const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" + dq3 +
-                                                ": original +12: margin 22 below, 8 above\n";
+    const std::string dq3 = dq + "3", window = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)";
     // clang-format off
     const struct { const char* name; std::string from, to, ending, axis_labels; } rows[] = {
-        {"-20 20", "-20", "20", "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + summary, "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
-        {"-63 63", "-63", "63", summary, "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
+        {"-20 20, the window cut by the range", "-20", "20", "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + window + "; upper edge not found\n" + dq3 + ": original +12: margin 22 below, at least 8 above\n", "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
+        {"-63 63", "-63", "63", window + "\n" + dq3 + ": original +12: margin 22 below, 8 above\n", "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -120,8 +139,9 @@ TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
         EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
         std::system(
-            (SVG_SHOWS " " + svg + " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt").c_str());
-        EXPECT_EQ(slurp(svg + ".txt"), row.axis_labels + dq3 + " = +12: pass ");
+            (SVG_SHOWS " " + svg + " | sed -n 's/^ticks top: //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt")
+                .c_str());
+        EXPECT_EQ(slurp(svg + ".txt"), dq3 + " = +12: pass " + row.axis_labels);
     }
 }
 

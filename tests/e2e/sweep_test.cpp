@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // padkit-tune-sim sweep end to end, with test commands that pass for some values only.
 #include <pty.h>
+#include <signal.h>
 
 #include <gtest/gtest.h>
 
@@ -163,38 +164,84 @@ TEST(padkit_tune_sweep, composite_common_window_and_profile) {
     EXPECT_EQ(profiled.run({"dump"}).out, kept.run({"dump"}).out);
 }
 
-// On an 80-column terminal 128 values are wrapped into blocks no wider than it, and every cell is kept.
-TEST(padkit_tune_sweep, chart_wrapped_to_the_terminal) {
+// A lane stopped by SIGTERM once its first member is measured: partial in its summary, CSV and SVG, and no common
+// window from the one member measured.
+TEST(padkit_tune_sweep, composite_stopped_after_its_first_member_is_partial) {
     tune_board b;
+    const std::string csv = (b.scratch / "lane.csv").string(), svg = (b.scratch / "lane.svg").string();
+    const result got = b.run(sweep({"-y", "--csv", csv, "--svg", svg, dq, "-2", "2"},
+                                   "[ $PADKIT_SWEEP_NAME = " + dq + "0 ] || { kill -TERM $PPID; sleep 30; }"));
+    EXPECT_EQ(got.status, 128 + SIGTERM) << got.err;
+    const std::string partial = dq + ": partial; no common window\n";
+    EXPECT_EQ(got.out.substr(got.out.find(dq + "0: window")),
+              dq + "0: window -2..+2 (5 values), centre 0; neither edge found\n" + dq +
+                  "0: original 0: margin at least 2 below, at least 2 above\n" + partial);
+    const std::string text = slurp(csv);
+    EXPECT_NE(text.find("\n# partial: not every value was measured\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\n# summary: " + partial), std::string::npos) << text;
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    const std::string shown = slurp(svg + ".txt");
+    EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\nsummary " + partial), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("\ncommon"), std::string::npos) << shown;
+}
+
+// What padkit-tune-sim ARGS shows on an 80-column terminal.
+std::string on_terminal(const tune_board& b, const std::string& args) {
     winsize size{24, 80, 0, 0};
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid == 0) {
         setenv("PADKIT_SIM_DIR", b.dir.c_str(), 1);
         dup2(open((b.scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        const std::string run =
-            PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'";
+        const std::string run = PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" " + args;
         execl("/bin/sh", "sh", "-c", run.c_str(), nullptr);
         _exit(127);
     }
-    std::string shown, cells, expected;
+    std::string shown;
     char buffer[4096];
     for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;)
         shown.append(buffer, static_cast<std::size_t>(got));
     close(terminal);
     waitpid(pid, nullptr, 0);
-    std::istringstream lines(shown);
-    int blocks = 0;
-    for (std::string line; std::getline(lines, line);) {
-        line.erase(line.find_last_not_of('\r') + 1);
-        EXPECT_LE(line.size(), 80u) << line;
-        if (line.rfind(mmc + "  ", 0) != 0)
-            continue;
-        cells += line.substr(mmc.size() + 2);
-        ++blocks;
+    return shown;
+}
+
+// On an 80-column terminal the charts of 128 values are wrapped into blocks no wider than it, every cell kept,
+// and the shmoo's legend wrapped too.
+TEST(padkit_tune_sweep, charts_and_legends_fit_an_80_column_terminal) {
+    tune_board b;
+    std::string board_csv = "name,value,result\n", board_cells, swept_cells;
+    for (int value = 2; value <= 129; ++value) {
+        const bool passes = value >= 40 && value <= 90;
+        board_csv += mmc + "," + std::to_string(value) + (passes ? ",pass\n" : ",fail\n");
+        board_cells += passes ? '#' : '.';
+        swept_cells += value == 37 ? 'X' : board_cells.back();  // the board's original
     }
-    for (int value = 2; value <= 129; ++value)
-        expected += value == 37 ? 'X' : value >= 40 && value <= 90 ? '#' : '.';
-    EXPECT_EQ(cells, expected) << shown;
-    EXPECT_EQ(blocks, 2) << shown;
+    b.change("a.csv", board_csv.c_str());
+    b.change("b.csv", board_csv.c_str());
+    // clang-format off
+    const struct { const char* name; std::string args, row, shows; } rows[] = {
+        {"sweep", "sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'", mmc + "  ", swept_cells},
+        {"shmoo", "shmoo -y " + mmc + " 2 129 mac-tx::delay 0 1 -- sh -c '[ $PADKIT_SHMOO_X_VALUE -ge 40 ]'", "0  ", "@ safest point"},
+        {"merge", "merge " + (b.dir / "a.csv").string() + " " + (b.dir / "b.csv").string(), "b  ", board_cells},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::istringstream lines(on_terminal(b, row.args));
+        std::string cells, all;
+        int blocks = 0;
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(line.find_last_not_of('\r') + 1);
+            EXPECT_LE(line.size(), 80u) << line;
+            all += line + "\n";
+            if (line.rfind(row.row, 0) != 0)
+                continue;
+            cells += line.substr(row.row.size());
+            ++blocks;
+        }
+        EXPECT_EQ(blocks, 2) << all;
+        EXPECT_NE((cells + "\n" + all).find(row.shows), std::string::npos) << all;
+    }
 }

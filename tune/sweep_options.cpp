@@ -74,20 +74,18 @@ own_option step_option(const char* name, long long* step) {
             }};
 }
 
-// Weights "X:Y", each a whole number from 1 to 10^9.
+// Weights "X:Y", two whole numbers above 0.
 bool parse_weights(const char* text, long long* x, long long* y) {
     const char* colon = std::strchr(text, ':');
     uint32_t parts[2] = {0, 0};
     std::string problem;
     if (colon && parse_strict_u32(std::string(text, colon), &parts[0], &problem) &&
-        parse_strict_u32(colon + 1, &parts[1], &problem) && parts[0] >= 1 && parts[1] >= 1 &&
-        parts[0] <= 1000000000 && parts[1] <= 1000000000) {
+        parse_strict_u32(colon + 1, &parts[1], &problem) && parts[0] > 0 && parts[1] > 0) {
         *x = parts[0];
         *y = parts[1];
         return true;
     }
-    usage_error(std::string("--weigh: '") + text +
-                "' is not X:Y, two whole numbers from 1 to 1000000000");
+    usage_error(std::string("--weigh: '") + text + "' is not X:Y, two whole numbers above 0");
     return false;
 }
 

@@ -138,7 +138,7 @@ using namespace tune_status;
 const named_case cli_rows[] = {
     {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
     {"sweep, no arguments", {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...", bad_input}},
-    {"shmoo, a weight of 0", {{"shmoo", "--weigh", "1:0", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"}, {}, "", "padkit-tune-sim: --weigh: '1:0' is not X:Y, two whole numbers from 1 to 1000000000\nusage:...", bad_input}},
+    {"shmoo, a weight of 0", {{"shmoo", "--weigh", "1:0", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"}, {}, "", "padkit-tune-sim: --weigh: '1:0' is not X:Y, two whole numbers above 0\nusage:...", bad_input}},
     {"unknown option", {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:...", bad_input}},
     {"dump, unknown name", {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", bad_input}},
     {"apply, no file", {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", bad_input}},

@@ -18,6 +18,7 @@ struct value_axis {
     std::vector<long long> keys;
 
     std::size_t size() const { return values.size(); }
+    bool rising() const { return size() < 2 || values[0] < values[1]; }
     std::string text(long long value) const;
     std::string text_at(std::size_t at) const { return text(values[at]); }
     // "LO..HI" for the values at two positions.

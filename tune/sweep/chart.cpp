@@ -147,8 +147,7 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
     }
     if (results.group.empty() || results.rows.empty())
         return lines;
-    const auto whole = [&](const sweep_row& row) { return fully_measured(row, results.axis); };
-    if (results.partial || !std::all_of(results.rows.begin(), results.rows.end(), whole)) {
+    if (!complete(results)) {
         lines.push_back(results.group + ": partial; no common window");
         return lines;
     }

@@ -105,10 +105,14 @@ std::string svg_canvas::class_of(mark kind, const char* drawn) const {
     return std::string(in_legend ? "key " : drawn) + kind_of(kind);
 }
 
-void svg_canvas::draw(mark kind, const std::string& element, double right, double low) {
+void svg_canvas::place(const std::string& element, double right, double low) {
     body += element;
     rightmost = std::max(rightmost, right);
     lowest = std::max(lowest, low);
+}
+
+void svg_canvas::draw(mark kind, const std::string& element, double right, double low) {
+    place(element, right, low);
     if (!in_legend)
         used[static_cast<std::size_t>(kind)] = true;
 }
@@ -116,19 +120,19 @@ void svg_canvas::draw(mark kind, const std::string& element, double right, doubl
 void svg_canvas::text(const char* kind, double x, double y, const std::string& text,
                       const char* anchor) {
     const double width = text_width(text);
-    const double right = x + (anchor[0] == 's' ? width : anchor[0] == 'm' ? width / 2 : 0);
-    body += format("<text class=\"%s\" x=\"%g\" y=\"%g\"", kind, x, y) +
-            (anchor[0] == 's' ? "" : format(" text-anchor=\"%s\"", anchor)) + ">" +
-            svg_escaped(text) + "</text>\n";
-    rightmost = std::max(rightmost, right);
-    lowest = std::max(lowest, y + 4);
+    place(format("<text class=\"%s\" x=\"%g\" y=\"%g\"", kind, x, y) +
+              (anchor[0] == 's' ? "" : format(" text-anchor=\"%s\"", anchor)) + ">" +
+              svg_escaped(text) + "</text>\n",
+          x + (anchor[0] == 's'   ? width
+               : anchor[0] == 'm' ? width / 2
+                                  : 0),
+          y + 4);
 }
 
 void svg_canvas::tick(double x1, double y1, double x2, double y2) {
-    body +=
-        format("<line class=\"tick\" x1=\"%g\" y1=\"%g\" x2=\"%g\" y2=\"%g\"/>\n", x1, y1, x2, y2);
-    rightmost = std::max({rightmost, x1, x2});
-    lowest = std::max({lowest, y1, y2});
+    place(
+        format("<line class=\"tick\" x1=\"%g\" y1=\"%g\" x2=\"%g\" y2=\"%g\"/>\n", x1, y1, x2, y2),
+        std::max(x1, x2), std::max(y1, y2));
 }
 
 void svg_canvas::result_cell(double x, double y, outcome result, const std::string& title) {

@@ -17,7 +17,8 @@
 // The text with the characters that XML reserves as entities.
 std::string svg_escaped(const std::string& text);
 
-// Every mark a picture may draw; the legend names them in this order.
+// Every mark a picture may draw; the legend names them in this order. The
+// cells of the outcomes come first, in the order of outcome.
 enum class mark {
     pass,
     fail,
@@ -71,6 +72,9 @@ public:
 private:
     // The class of a mark as drawn ("cell " before an outcome), or as a key of the legend.
     std::string class_of(mark kind, const char* drawn = "") const;
+    // The element, the page grown to hold what reaches RIGHT and LOW.
+    void place(const std::string& element, double right, double low);
+    // The element of a mark, which then counts as used unless it is a key.
     void draw(mark kind, const std::string& element, double right, double low);
     void key(mark kind, double x, double y);
 

@@ -43,9 +43,7 @@ std::size_t window_centre(const sweep_window& window, const std::vector<long lon
 open_sides sides_not_found(const sweep_window& window, std::size_t measured,
                            const value_axis& axis) {
     const bool first = window.first == 0, last = window.last() + 1 >= measured;
-    if (axis.size() < 2 || axis.values[0] < axis.values[1])
-        return {first, last};
-    return {last, first};
+    return axis.rising() ? open_sides{first, last} : open_sides{last, first};
 }
 
 margins margins_in(const sweep_window& window, long long value, std::size_t measured,
@@ -70,9 +68,13 @@ std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
     return common;
 }
 
-std::size_t common_centre(const sweep_results& results) {
+bool complete(const sweep_results& results) {
     const auto whole = [&](const sweep_row& row) { return fully_measured(row, results.axis); };
-    if (results.partial || !std::all_of(results.rows.begin(), results.rows.end(), whole))
+    return !results.partial && std::all_of(results.rows.begin(), results.rows.end(), whole);
+}
+
+std::size_t common_centre(const sweep_results& results) {
+    if (!complete(results))
         return results.axis.size();
     const sweep_window window = widest_window(common_results(results.rows));
     return window.count == 0 ? results.axis.size() : window_centre(window, results.axis.values);

@@ -35,6 +35,10 @@ struct sweep_results {
 // Whether the row has a result for every value of the axis.
 bool fully_measured(const sweep_row& row, const value_axis& axis);
 
+// Whether the results are not partial and every row was fully measured:
+// only then are the rows summed up.
+bool complete(const sweep_results& results);
+
 // A run of consecutive passing values, as positions on the axis.
 struct sweep_window {
     std::size_t first = 0;

@@ -14,7 +14,7 @@ namespace {
 
 void write_map_keys(std::ostream& out) {
     for (const auto& [name, prop] : property::properties()) {
-        const std::vector<long long> keys = prop->table_keys();
+        const std::vector<long long> keys = prop->domain().keys();
         if (keys.empty())
             continue;
         out << "        " << name << ") echo";

@@ -10,7 +10,6 @@
 #include <cstring>
 
 #include "paths/system_paths.h"
-#include "properties/message.h"
 
 namespace {
 
@@ -52,7 +51,7 @@ bool kernel_file::read_first_word(std::string* word) const {
     return true;
 }
 
-write_result kernel_file::write(const std::string& text) const {
+write_result kernel_file::write(const std::string& text, std::string* problem) const {
     const int fd = open(path().c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return write_result::not_opened;
@@ -66,7 +65,7 @@ write_result kernel_file::write(const std::string& text) const {
     if (close(fd) != 0 && !failure)
         failure = std::strerror(errno);
     if (failure) {
-        say_failed("write %s failed: %s", path().c_str(), failure);
+        *problem = "write " + path() + " failed: " + failure;
         return write_result::not_written;
     }
     return write_result::written;

@@ -25,9 +25,9 @@ public:
 
     // Replaces the content with the text, no newline added, in one write. The
     // file is never created: a driver file that is missing stays missing.
-    // A failed or short write, or a failed close, is reported on standard
-    // error with the file's name; a failed open is left to the caller.
-    write_result write(const std::string& text) const;
+    // A failed or short write, or a failed close, is said in *problem with
+    // the file's name; a failed open is left to the caller.
+    write_result write(const std::string& text, std::string* problem) const;
 
 private:
     std::string board_path_;

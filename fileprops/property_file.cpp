@@ -34,53 +34,59 @@ bool property_file<int>::read_at_construction = true;
 
 property_file<int>::~property_file() = default;
 
-bool property_file<int>::read_update() {
+bool property_file<int>::read_update() { return fetch().said(); }
+
+access_result property_file<int>::fetch() {
     valid = false;
     std::string word;
-    if (!file.read_first_word(&word)) {
-        report("open " + file.path() + " failed.");
-        return false;
-    }
+    if (!file.read_first_word(&word))
+        return failure("open " + file.path() + " failed.");
     value = extract_int(word);
-    if (value < min || value > max) {
-        report("current value " + std::to_string(value) +
-               " is not valid, valid range = " + std::to_string(min) + " ~ " + std::to_string(max));
-        return false;
-    }
+    if (value < min || value > max)
+        return failure("current value " + std::to_string(value) + " is not valid, valid range = " +
+                       std::to_string(min) + " ~ " + std::to_string(max));
     last_report.clear();
     valid = true;
-    return true;
+    return {};
 }
 
-void property_file<int>::report(const std::string& message) {
+access_result property_file<int>::failure(const std::string& message) {
     if (message == last_report)
-        return;
+        return access_result::failed();
     last_report = message;
-    say("%s", message.c_str());
+    return access_result::failed(message);
 }
 
 bool property_file<int>::get(std::string& out) {
-    if (!read_update())
+    long long code = 0;
+    if (!read_code(&code).said())
         return false;
-    out = std::to_string(value);
+    out = std::to_string(code);
     return true;
 }
 
-bool property_file<int>::check(const std::string& text, std::string* canonical,
-                               std::string* problem) {
-    uint32_t number = 0;
-    if (!parse_strict_u32(text, &number, problem))
-        return false;
-    const long long wanted = number;
-    if (wanted < min || wanted > max) {
-        *problem = text + " is not in " + std::to_string(min) + ".." + std::to_string(max);
-        return false;
-    }
-    *canonical = std::to_string(number);
-    return true;
+value_domain property_file<int>::domain() {
+    value_domain numbers;
+    numbers.low = min;
+    numbers.high = max;
+    return numbers;
 }
 
-sweep_axis property_file<int>::axis() const { return {min, max, 1, false}; }
+access_result property_file<int>::read_code(long long* code) {
+    const access_result result = fetch();
+    *code = value;
+    return result;
+}
+
+access_result property_file<int>::write_code(long long code) {
+    if (code < min || code > max)
+        return access_result::failed();
+    const access_result result = fetch();
+    if (!result.ok)
+        return result;
+    value = static_cast<int>(code);
+    return store();
+}
 
 void property_file<int>::warn_about_range(const std::string& text, int bound) {
     say("apply current value %d to %sis limited to %d", value, text.c_str(), bound);
@@ -125,11 +131,16 @@ bool property_file<int>::set(const std::string& text) {
     return commit();
 }
 
-bool property_file<int>::commit() {
+bool property_file<int>::commit() { return store().said(); }
+
+access_result property_file<int>::store() {
     if (!valid)
-        return false;
-    const write_result result = file.write(std::to_string(value));
-    if (result == write_result::not_opened)
-        report("open " + file.path() + " failed.");
-    return result == write_result::written;
+        return access_result::failed();
+    std::string problem;
+    switch (file.write(std::to_string(value), &problem)) {
+    case write_result::written: return {};
+    case write_result::not_opened: return failure("open " + file.path() + " failed.");
+    case write_result::not_written: break;
+    }
+    return access_result::failed(problem);
 }

@@ -22,9 +22,11 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
-    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     // Every integer from min to max.
-    sweep_axis axis() const override;
+    value_domain domain() override;
+    access_result read_code(long long* code) override;
+    // Refuses a code outside min..max.
+    access_result write_code(long long code) override;
 
     virtual bool read_update();
     virtual bool commit();
@@ -43,9 +45,12 @@ public:
     bool valid = false;
 
 private:
-    // Prints the message unless it is the one given last: a file that stays
-    // unusable is reported once, however often it is read.
-    void report(const std::string& message);
+    // What read_update and commit do, handing back what they have to say.
+    access_result fetch();
+    access_result store();
+    // A failure that says the message unless it is the one given last: a
+    // file that stays unusable is reported once, however often it is read.
+    access_result failure(const std::string& message);
 
     std::string last_report;
 };

@@ -2,7 +2,6 @@
 #include "fileprops/property_regulator_voltage.h"
 
 #include <cerrno>
-#include <cinttypes>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -16,8 +15,10 @@ namespace {
 
 constexpr double step_uv = 10000;
 
-// Negative results become 0 and results past 32 bits the largest word.
-uint32_t to_microvolts(double target) {
+// Rounded up to the step; negative results become 0 and results past 32
+// bits the largest word.
+uint32_t on_step(double microvolts) {
+    const double target = std::ceil(microvolts / step_uv) * step_uv;
     if (!(target > 0))
         return 0;
     if (target >= 4294967295.0)
@@ -74,8 +75,8 @@ bool property_regulator_voltage::_load_limits() {
 }
 
 bool property_regulator_voltage::get(std::string& value) {
-    int64_t microvolts = 0;
-    if (!_load_limits() || !read_microvolts(microvolts_file, &microvolts))
+    long long microvolts = 0;
+    if (!read_code(&microvolts).ok)
         return false;
     value = std::to_string(microvolts);
     return true;
@@ -89,48 +90,56 @@ bool property_regulator_voltage::set(const std::string& value) {
         say("failed to parse value %s", value.c_str());
         return false;
     }
-    uint32_t target = 0;
     if (value.size() >= 2 && value.back() == '%') {
         if (number > pct_max || number < pct_min) {
             say("percentage %g%%: out of range", number);
             return false;
         }
-        target = to_microvolts(std::ceil(base_uv * number / 100 / step_uv) * step_uv);
-    } else {
-        target = to_microvolts(std::ceil(number / step_uv) * step_uv);
+        return write_target(on_step(base_uv * number / 100)).said();
     }
-    if (target < min_uv || target > max_uv) {
-        say("%" PRIu32 "mv: out of range(%" PRId64 "-%" PRId64 ")", target, min_uv, max_uv);
-        return false;
-    }
-    return microvolts_file.write(std::to_string(target)) == write_result::written;
+    return write_target(on_step(number)).said();
 }
 
-bool property_regulator_voltage::check(const std::string& value, std::string* canonical,
-                                       std::string* problem) {
-    uint32_t microvolts = 0;
-    if (!parse_strict_u32(value, &microvolts, problem))
-        return false;
-    if (!_load_limits()) {
-        *problem = "cannot read the limits of " + name;
-        return false;
+access_result property_regulator_voltage::write_target(uint32_t target) {
+    if (target < min_uv || target > max_uv)
+        return access_result::failed(std::to_string(target) + "mv: out of range(" +
+                                     std::to_string(min_uv) + "-" + std::to_string(max_uv) + ")");
+    std::string problem;
+    switch (microvolts_file.write(std::to_string(target), &problem)) {
+    case write_result::written: return {};
+    case write_result::not_opened: return access_result::failed();
+    case write_result::not_written: break;
     }
-    if (microvolts < min_uv || microvolts > max_uv) {
-        *problem = value + " is not in the regulator's limits " + std::to_string(min_uv) + ".." +
-                   std::to_string(max_uv);
-        return false;
-    }
-    if (microvolts % static_cast<uint32_t>(step_uv) != 0) {
-        *problem = value + " is not a multiple of " +
-                   std::to_string(static_cast<uint32_t>(step_uv)) + " microvolts";
-        return false;
-    }
-    *canonical = std::to_string(microvolts);
-    return true;
+    return access_result::failed(problem);
 }
 
 void property_regulator_voltage::refresh() { limits_loaded = false; }
 
-sweep_axis property_regulator_voltage::axis() const {
-    return {0, INT32_MAX, static_cast<long long>(step_uv), false, "microvolts"};
+value_domain property_regulator_voltage::domain() {
+    value_domain microvolts;
+    microvolts.step = static_cast<long long>(step_uv);
+    microvolts.unit = "microvolts";
+    microvolts.range_name = "the regulator's limits ";
+    if (_load_limits()) {
+        microvolts.low = min_uv;
+        microvolts.high = max_uv;
+    } else {
+        microvolts.high = INT32_MAX;
+        microvolts.unknown = "cannot read the limits of " + name;
+    }
+    return microvolts;
+}
+
+access_result property_regulator_voltage::read_code(long long* code) {
+    int64_t microvolts = 0;
+    if (!_load_limits() || !read_microvolts(microvolts_file, &microvolts))
+        return access_result::failed();
+    *code = microvolts;
+    return {};
+}
+
+access_result property_regulator_voltage::write_code(long long code) {
+    if (!_load_limits())
+        return access_result::failed();
+    return write_target(on_step(static_cast<double>(code)));
 }

@@ -21,13 +21,14 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
-    // Microvolts on the 10 mV step within the limit files: what set() would
-    // write unchanged, since it rounds and refuses nothing else.
-    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     // Reads the limit files again at the next use.
     void refresh() override;
-    // Microvolts on the 10 mV step; check() knows the limits.
-    sweep_axis axis() const override;
+    // Microvolts on the 10 mV step within the limit files: what set() writes
+    // unchanged, since it rounds and refuses nothing else.
+    value_domain domain() override;
+    access_result read_code(long long* code) override;
+    // Rounds up to the 10 mV step, as set() does.
+    access_result write_code(long long code) override;
 
     const kernel_file microvolts_file;
     const kernel_file min_file;
@@ -41,6 +42,8 @@ public:
 
 private:
     bool _load_limits();
+    // Writes microvolts within the limits; says what refuses or fails.
+    access_result write_target(uint32_t target);
 };
 
 #endif

@@ -9,9 +9,13 @@
 // sysfs). The board itself uses the paths as they are.
 std::string system_path(const std::string& path);
 
-// Whether a symbolic link among the system's configuration files
-// (/etc/padkit.d) is followed: on the board, yes; links planted in a
-// simulated board, never.
-extern const bool system_links_followed;
+// Whether the symbolic link LINK (a path as system_path gives it) among the
+// system's configuration files (/etc/padkit.d) is followed: on the board,
+// yes; in a simulated board, only to a file within the board directory.
+bool system_link_followed(const std::string& link);
+
+// Whether a regular file may stand in for the hardware watchdog: in a
+// simulated board, so that a test can read what it got; on the board, never.
+extern const bool watchdog_stand_in_allowed;
 
 #endif

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/tarnm_ddr.h"
 
-#include "registers/mmaprw32.h"
-
 namespace tarnm {
 
 reg_bitmask_dq::reg_bitmask_dq(int msb, int lsb, const std::string& name, const std::string& desc,
@@ -17,20 +15,10 @@ bool reg_bitmask_dq::_before_set(uint32_t& v) {
 // Direction bit S: set means +(code - S), clear means -code.
 long long reg_bitmask_dq::direction_bit() const { return (static_cast<long long>(mask) + 1) / 2; }
 
-sweep_axis reg_bitmask_dq::axis() {
-    return {1 - direction_bit(), direction_bit() - 1, 1, true, "delay steps"};
-}
-
-uint32_t reg_bitmask_dq::setting_for(long long axis_value) {
-    return static_cast<uint32_t>(axis_value > 0 ? direction_bit() + axis_value : -axis_value);
-}
-
-bool reg_bitmask_dq::axis_value_of(uint32_t value, long long* axis_value) {
-    if (value > mask)
-        return false;
-    *axis_value =
-        value & direction_bit() ? value - direction_bit() : -static_cast<long long>(value);
-    return true;
+value_domain reg_bitmask_dq::domain() {
+    value_domain delays = reg_bitmask::domain();
+    delays.direction_bit = direction_bit();
+    return delays;
 }
 
 bool reg_bitmask_dq::adjust(reg_info* reg, long long delta) {
@@ -62,13 +50,13 @@ bool reg_bitmask_dq::adjust(reg_info* reg, long long delta) {
 }
 
 void reg_info_tarn_ddr::_read() {
-    mmap_write(select_addr, select_val);
-    value = mmap_read(address);
+    write_word(select_addr, select_val);
+    value = read_word(address);
 }
 
 void reg_info_tarn_ddr::commit() {
-    mmap_write(select_addr, select_val);
-    mmap_write(address, value);
+    write_word(select_addr, select_val);
+    write_word(address, value);
     _read();
 }
 
@@ -91,8 +79,8 @@ uint32_t reg_info_tarn_dq::load(reg_subval* sv) {
     auto* dq = dynamic_cast<reg_bitmask_dq*>(sv);
     if (!dq)
         return 0xFFFFFFFF;
-    mmap_write(select_addr, select_val | dq->dq_select);
-    value = mmap_read(address);
+    write_word(select_addr, select_val | dq->dq_select);
+    value = read_word(address);
     dq_values[sv] = value;
     dq_loaded[sv] = true;
     return dq_values[sv];
@@ -112,9 +100,9 @@ void reg_info_tarn_dq::commit() {
         if (!dq || !dq_dirty[dq])
             continue;
         const uint32_t word = dq_values[dq];
-        mmap_write(select_addr, select_val | dq->dq_select);
+        write_word(select_addr, select_val | dq->dq_select);
         value = word;
-        mmap_write(address, value);
+        write_word(address, value);
         _read();
     }
 }

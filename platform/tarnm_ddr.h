@@ -23,9 +23,7 @@ public:
     bool _before_set(uint32_t& v) override;
     // Swept as the signed delay, -(S-1)..+(S-1) for direction bit S; a delay
     // of 0 is written as code 0, as a relative change writes it.
-    sweep_axis axis() override;
-    uint32_t setting_for(long long axis_value) override;
-    bool axis_value_of(uint32_t value, long long* axis_value) override;
+    value_domain domain() override;
 
     // Bits OR'd into the register's select value to reach this DQ's word.
     uint32_t dq_select;

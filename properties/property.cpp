@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "properties/property.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -21,31 +18,13 @@ property::~property() = default;
 
 void property::get_help(std::string& help) { help = "no help."; }
 
-bool property::check(const std::string&, std::string*, std::string* problem) {
-    *problem = "cannot be set";
-    return false;
-}
-
-bool property::save(std::string* value) { return get(*value); }
-
-bool property::restore(const std::string& value) { return set(value); }
-
 void property::refresh() {}
 
-std::vector<std::string> property::member_names() const { return {}; }
+value_domain property::domain() { return {}; }
 
-std::vector<long long> property::table_keys() const { return {}; }
+access_result property::read_code(long long*) { return access_result::failed(); }
 
-sweep_axis property::axis() const { return {}; }
-
-std::string property::setting_for(long long axis_value) const { return std::to_string(axis_value); }
-
-bool property::axis_value_of(const std::string& setting, long long* axis_value) const {
-    char* end = nullptr;
-    errno = 0;
-    *axis_value = std::strtoll(setting.c_str(), &end, 10);
-    return !setting.empty() && *end == '\0' && errno == 0;
-}
+access_result property::write_code(long long) { return access_result::failed(); }
 
 void property::on_unregister() {
     if (delete_on_unregister)
@@ -141,25 +120,9 @@ bool property_set::get(std::string& value) {
     return true;
 }
 
-// Splits the inside of a brace list at every comma, keeping empty elements.
-static std::vector<std::string> split_elements(const std::string& inner) {
-    std::vector<std::string> elements;
-    std::string::size_type start = 0;
-    for (;;) {
-        std::string::size_type comma = inner.find(',', start);
-        if (comma == std::string::npos) {
-            elements.push_back(inner.substr(start));
-            return elements;
-        }
-        elements.push_back(inner.substr(start, comma - start));
-        start = comma + 1;
-    }
-}
-
 bool property_set::set(const std::string& value) {
     std::vector<std::string> values;
-    if (value.size() >= 2 && value.front() == '{' && value.back() == '}') {
-        values = split_elements(value.substr(1, value.size() - 2));
+    if (brace_elements(value, &values)) {
         if (values.size() != members.size()) {
             say("%zu != %zu", values.size(), members.size());
             return false;
@@ -179,50 +142,10 @@ bool property_set::set(const std::string& value) {
     return true;
 }
 
-std::vector<std::string> property_set::member_names() const {
-    return {members.begin(), members.end()};
-}
-
-bool property::check_members(const std::string& value, std::vector<std::string>* canonical,
-                             std::string* problem) {
-    const std::vector<std::string> members = member_names();
-    const std::string count = std::to_string(members.size());
-    if (value.size() < 2 || value.front() != '{' || value.back() != '}') {
-        *problem = "expected a brace list of " + count + " values";
-        return false;
-    }
-    const std::vector<std::string> values = split_elements(value.substr(1, value.size() - 2));
-    if (values.size() != members.size()) {
-        *problem = "expected " + count + " values, found " + std::to_string(values.size());
-        return false;
-    }
-    canonical->clear();
-    auto next_value = values.begin();
-    for (const std::string& member_name : members) {
-        property* member = property::get_property(member_name);
-        std::string member_value;
-        if (!member) {
-            *problem = "no member " + member_name;
-            return false;
-        }
-        if (!member->check(trimmed(*next_value++), &member_value, problem)) {
-            *problem = member_name + ": " + *problem;
-            return false;
-        }
-        canonical->push_back(member_value);
-    }
-    return true;
-}
-
-bool property_set::check(const std::string& value, std::string* canonical, std::string* problem) {
-    std::vector<std::string> values;
-    if (!check_members(value, &values, problem))
-        return false;
-    std::string joined;
-    for (const std::string& member_value : values)
-        joined += (joined.empty() ? "{" : ",") + member_value;
-    *canonical = joined + "}";
-    return true;
+value_domain property_set::domain() {
+    value_domain members_only;
+    members_only.members = &members;
+    return members_only;
 }
 
 void property_set::refresh() {

@@ -7,23 +7,11 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
+
+#include "properties/access_result.h"
+#include "properties/value_domain.h"
 
 class property_group;
-
-// How a sweep walks a property: the range of its axis, in the property's own
-// terms, which may differ from the values set() takes (see setting_for).
-struct sweep_axis {
-    long long low = 0, high = -1;  // low > high: the property is not swept
-    long long step = 1;            // the distance between two swept values unless told otherwise
-    bool is_signed = false;        // values are shown with their sign: -3, 0, +5
-    // What a value counts, in the plural: margins and pictures name it.
-    const char* unit = "codes";
-
-    bool sweepable() const { return low <= high; }
-    bool holds(long long value) const { return value >= low && value <= high; }
-};
 
 class property {
 public:
@@ -40,45 +28,21 @@ public:
     virtual void get_help(std::string& help);
     virtual void on_unregister();
 
-    // Whether set() would take the value exactly as written, decided without
-    // touching the hardware. The value is read strictly (see strict_value.h)
-    // and never clamped. Gives the value as get() shows it in decimal, or
-    // says what is wrong with it. Properties that cannot be set refuse all.
-    virtual bool check(const std::string& value, std::string* canonical, std::string* problem);
-
-    // The value as the hardware holds it, in the form restore() puts back:
-    // what get() shows, or where get() has no name for it (a field code that
-    // no key of its table names), a form that only restore() takes. A
-    // snapshot made of these can put back any state of the board.
-    virtual bool save(std::string* value);
-    virtual bool restore(const std::string& value);
-
     // Forgets what the property remembers of the hardware, so that the next
-    // get or set sees the hardware as it is now. A run that serves one
-    // request never needs it.
+    // access sees the hardware as it is now. A run that serves one request
+    // never needs it.
     virtual void refresh();
 
-    // What the layers above ask of a property, whatever its kind; none of it
-    // touches the hardware.
-    //
-    // The names of the properties this one stands for, in order; none for a
-    // property of its own.
-    virtual std::vector<std::string> member_names() const;
-    // The keys of the table its values come from, rising; none when any value
-    // of its range will do.
-    virtual std::vector<long long> table_keys() const;
-    // Its sweep axis; with table keys, only those keys are on it.
-    virtual sweep_axis axis() const;
-    // The value set() takes for a value of the axis, in decimal.
-    virtual std::string setting_for(long long axis_value) const;
-    // The axis value that a setting (decimal, as get() shows it) stands for;
-    // false when it stands for none.
-    virtual bool axis_value_of(const std::string& setting, long long* axis_value) const;
-
-    // A brace list with one value per member, blanks around each allowed,
-    // checked by each member: the members' canonical values in order.
-    bool check_members(const std::string& value, std::vector<std::string>* canonical,
-                       std::string* problem);
+    // Typed access, beside the text above, for a program that makes many
+    // accesses: the values as data, and reads and writes of codes that hand
+    // back what failed instead of saying it. The defaults fit a property
+    // without values: nothing to set, nothing swept, no code to read.
+    virtual value_domain domain();
+    // The code as the hardware holds it now.
+    virtual access_result read_code(long long* code);
+    // Writes a value of the domain, or a code that read_code() gave; refuses,
+    // touching nothing, a code that the property cannot hold.
+    virtual access_result write_code(long long code);
 
     const std::string name;
     bool delete_on_unregister;
@@ -133,9 +97,9 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
-    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
     void refresh() override;
-    std::vector<std::string> member_names() const override;
+    // Its members; it has no code of its own.
+    value_domain domain() override;
 
     const std::list<std::string> members;
 };

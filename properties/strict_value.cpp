@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 bool parse_strict_u32(const std::string& text, uint32_t* out, std::string* problem) {
     const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
@@ -43,4 +44,20 @@ std::string trimmed(const std::string& text) {
     if (first == std::string::npos)
         return "";
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+bool brace_elements(const std::string& text, std::vector<std::string>* elements) {
+    if (text.size() < 2 || text.front() != '{' || text.back() != '}')
+        return false;
+    elements->clear();
+    std::string::size_type start = 1;
+    for (;;) {
+        const std::string::size_type comma = text.find(',', start);
+        if (comma == std::string::npos) {
+            elements->push_back(text.substr(start, text.size() - 1 - start));
+            return true;
+        }
+        elements->push_back(text.substr(start, comma - start));
+        start = comma + 1;
+    }
 }

@@ -11,7 +11,8 @@
 #include <map>
 #include <string>
 
-#include "properties/message.h"
+#include "runtime/message.h"
+
 const char* fname = "/dev/zeb_mem";
 
 namespace {
@@ -57,15 +58,15 @@ struct device {
 
 device opened;
 
-// The page that holds the address, mapped; nullptr (and a message) when the
-// device cannot be opened or the page cannot be mapped.
+// The page that holds the address, mapped; nullptr, said, when the device
+// cannot be opened or the page cannot be mapped.
 char* mapped_page(uint32_t address) {
     const char* path = fname;
     if (opened.fd < 0 || opened.path != path) {
         opened.forget();
         opened.fd = open(path, O_RDWR | O_SYNC);
         if (opened.fd < 0) {
-            say_failed("open %s failed.", path);
+            say("open %s failed.", path);
             return nullptr;
         }
         opened.path = path;
@@ -82,7 +83,7 @@ char* mapped_page(uint32_t address) {
                                   page_base)
                            : MAP_FAILED;
     if (page == MAP_FAILED) {
-        say_failed("mmap %s failed.", path);
+        say("mmap %s failed.", path);
         return nullptr;
     }
     return opened.pages[page_base] = static_cast<char*>(page);

@@ -9,8 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "properties/message.h"
-#include "properties/strict_value.h"
 #include "registers/mmaprw32.h"
 #include "runtime/message.h"
 
@@ -66,34 +64,15 @@ void reg_subval::_warn_out_of_range(long long delta, uint32_t current, uint32_t 
         delta, current, min, max, limit);
 }
 
-bool reg_subval::accepts(uint32_t v) {
+value_domain reg_subval::domain() {
     uint32_t min = 0;
     uint32_t max = 0;
     get_limits(&min, &max);
-    return v >= min && v <= max;
-}
-
-std::string reg_subval::valid_values() {
-    uint32_t min = 0;
-    uint32_t max = 0;
-    get_limits(&min, &max);
-    return "in " + std::to_string(min) + ".." + std::to_string(max);
-}
-
-sweep_axis reg_subval::axis() {
-    uint32_t min = 0;
-    uint32_t max = 0;
-    get_limits(&min, &max);
-    return {min, max, 1, false};
-}
-
-std::vector<long long> reg_subval::table_keys() { return {}; }
-
-uint32_t reg_subval::setting_for(long long axis_value) { return static_cast<uint32_t>(axis_value); }
-
-bool reg_subval::axis_value_of(uint32_t value, long long* axis_value) {
-    *axis_value = value;
-    return true;
+    value_domain codes;
+    codes.low = min;
+    codes.high = max;
+    codes.hex = true;
+    return codes;
 }
 
 uint32_t reg_subval::clamp(long long value, uint32_t current, long long delta) {
@@ -115,9 +94,9 @@ bool reg_subval::adjust(reg_info* reg, long long delta) {
     return set(reg, clamp(wanted, current, delta));
 }
 
-bool reg_subval::get_code(reg_info*, uint32_t*) { return false; }
+bool reg_subval::get_code(reg_info* reg, uint32_t* code) { return get(reg, code); }
 
-bool reg_subval::set_code(reg_info*, uint32_t) { return false; }
+bool reg_subval::set_code(reg_info* reg, uint32_t code) { return set(reg, code); }
 
 reg_bitmask::reg_bitmask(int msb, int lsb, const std::string& name, const std::string& desc) {
     init(name, desc, msb, lsb);
@@ -140,8 +119,6 @@ uint32_t reg_bitmask::apply_subval(uint32_t word, uint32_t v) {
     return (word & ~(mask << shift)) | (v << shift);
 }
 
-bool reg_bitmask::accepts(uint32_t v) { return check_subval(v); }
-
 bool reg_bitmask::_before_set(uint32_t&) { return true; }
 
 bool reg_bitmask::_after_read(uint32_t&) { return true; }
@@ -160,9 +137,12 @@ bool reg_bitmask::set(reg_info* reg, uint32_t v) {
 }
 
 bool reg_bitmask::get(reg_info* reg, uint32_t* out) {
-    const uint32_t word = reg->load(this);
-    *out = (word >> shift) & mask;
-    return _after_read(*out);
+    return get_code(reg, out) && _after_read(*out);
+}
+
+bool reg_bitmask::get_code(reg_info* reg, uint32_t* code) {
+    *code = (reg->load(this) >> shift) & mask;
+    return true;
 }
 
 reg_bitmask_map::reg_bitmask_map(int msb, int lsb, const std::string& name, const std::string& desc,
@@ -173,23 +153,9 @@ reg_bitmask_map::~reg_bitmask_map() = default;
 
 bool reg_bitmask_map::check_subval(uint32_t v) { return value_map->count(v) != 0; }
 
-std::string reg_bitmask_map::valid_values() {
-    std::string keys;
-    for (const auto& entry : *value_map)
-        keys += (keys.empty() ? "one of " : ", ") + std::to_string(entry.first);
-    return keys;
-}
-
-sweep_axis reg_bitmask_map::axis() {
-    if (value_map->empty())
-        return {};
-    return {value_map->begin()->first, value_map->rbegin()->first, 1, false, "keys"};
-}
-
-std::vector<long long> reg_bitmask_map::table_keys() {
-    std::vector<long long> keys;
-    for (const auto& entry : *value_map)
-        keys.push_back(entry.first);
+value_domain reg_bitmask_map::domain() {
+    value_domain keys = reg_bitmask::domain();
+    keys.table = value_map;
     return keys;
 }
 
@@ -212,11 +178,6 @@ bool reg_bitmask_map::_after_read(uint32_t& v) {
     return false;
 }
 
-bool reg_bitmask_map::get_code(reg_info* reg, uint32_t* code) {
-    *code = (reg->load(this) >> shift) & mask;
-    return true;
-}
-
 bool reg_bitmask_map::set_code(reg_info* reg, uint32_t code) {
     if ((code & mask) != code)
         return false;
@@ -224,24 +185,23 @@ bool reg_bitmask_map::set_code(reg_info* reg, uint32_t code) {
     return true;
 }
 
-void reg_info::_read() { value = mmap_read(address); }
+void reg_info::_read() { value = read_word(address); }
 
 reg_info::~reg_info() = default;
 
 void reg_info::commit() {
-    mmap_write(address, value);
+    write_word(address, value);
     _read();
 }
 
 uint32_t reg_info::load(reg_subval*) {
     if (!loaded) {
-        const unsigned long failures = failed_accesses();
         _read();
         loaded = true;
-        read_failed = failed_accesses() != failures;
     } else if (read_failed) {
-        // Every field of the word is as unknown as the word itself.
-        note_failed_access();
+        // Every field of the word is as unknown as the word itself, which
+        // has been said.
+        note(access_result::failed());
     }
     return value;
 }
@@ -251,6 +211,48 @@ void reg_info::store(reg_subval*, uint32_t word) { value = word; }
 void reg_info::invalidate() { loaded = false; }
 
 void reg_info::add_garbage() { reginfo_garbages().items.push_back(this); }
+
+namespace {
+
+// The memory unit has no error value: all it ever says is that an access
+// failed, so what it says during one access is that access's failure.
+access_result* heard = nullptr;
+
+void hear(const std::string& line) { heard->add(access_result::failed(line)); }
+
+template <typename Access>
+access_result heard_during(Access access) {
+    access_result result;
+    heard = &result;
+    const message_sink before = set_message_sink(hear);
+    access();
+    set_message_sink(before);
+    heard = nullptr;
+    return result;
+}
+
+}  // namespace
+
+uint32_t reg_info::read_word(uint32_t address) {
+    uint32_t word = 0;
+    const access_result result = heard_during([&] { word = mmap_read(address); });
+    read_failed = !result.ok;
+    note(result);
+    return word;
+}
+
+void reg_info::write_word(uint32_t address, uint32_t word) {
+    note(heard_during([&] { mmap_write(address, word); }));
+}
+
+void reg_info::note(const access_result& result) {
+    if (result.ok)
+        return;
+    if (kept_failures)
+        kept_failures->add(result);
+    else
+        result.said();
+}
 
 property_register::property_register(std::string name, reg_info* reg, reg_subval* subval)
     : property(std::move(name)), reg(reg), subval(subval) {}
@@ -335,59 +337,48 @@ bool property_register::set(const std::string& value) {
 
 void property_register::get_help(std::string& help) { help = subval->get_desc(); }
 
-bool property_register::check(const std::string& value, std::string* canonical,
-                              std::string* problem) {
-    uint32_t number = 0;
-    if (!parse_strict_u32(value, &number, problem))
-        return false;
-    if (!subval->accepts(number)) {
-        *problem = value + " is not " + subval->valid_values();
-        return false;
-    }
-    *canonical = std::to_string(number);
-    return true;
-}
+void property_register::refresh() { reg->invalidate(); }
+
+value_domain property_register::domain() { return subval->domain(); }
 
 namespace {
 
-const char code_prefix[] = "code ";
+// While it lives, what fails in the register's hardware accesses is kept for
+// the typed access under way instead of said.
+class kept_failures {
+public:
+    explicit kept_failures(reg_info* reg) : reg(reg) { reg->kept_failures = &result; }
+    ~kept_failures() { reg->kept_failures = nullptr; }
+    kept_failures(const kept_failures&) = delete;
+    kept_failures& operator=(const kept_failures&) = delete;
+
+    access_result result;
+
+private:
+    reg_info* reg;
+};
 
 }  // namespace
 
-bool property_register::save(std::string* value) {
-    uint32_t code = 0;
-    if (get(*value))
-        return true;
-    if (!subval->get_code(reg, &code))
-        return false;
-    *value = code_prefix + std::to_string(code);
-    return true;
+access_result property_register::read_code(long long* code) {
+    kept_failures kept(reg);
+    uint32_t field = 0;
+    if (!subval->get_code(reg, &field))
+        kept.result.add(access_result::failed());
+    *code = field;
+    return kept.result;
 }
 
-bool property_register::restore(const std::string& value) {
-    if (value.compare(0, sizeof code_prefix - 1, code_prefix) != 0)
-        return set(value);
-    uint32_t code = 0;
-    std::string problem;
-    if (!parse_strict_u32(value.substr(sizeof code_prefix - 1), &code, &problem) ||
-        !subval->set_code(reg, code))
-        return false;
-    reg->commit();
-    return true;
-}
-
-void property_register::refresh() { reg->invalidate(); }
-
-std::vector<long long> property_register::table_keys() const { return subval->table_keys(); }
-
-sweep_axis property_register::axis() const { return subval->axis(); }
-
-std::string property_register::setting_for(long long axis_value) const {
-    return std::to_string(subval->setting_for(axis_value));
-}
-
-bool property_register::axis_value_of(const std::string& setting, long long* axis_value) const {
-    uint32_t value = 0;
-    std::string problem;
-    return parse_strict_u32(setting, &value, &problem) && subval->axis_value_of(value, axis_value);
+access_result property_register::write_code(long long code) {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    subval->get_limits(&min, &max);
+    if (code < min || code > max)
+        return access_result::failed();
+    kept_failures kept(reg);
+    if (subval->set_code(reg, static_cast<uint32_t>(code)))
+        reg->commit();
+    else
+        kept.result.add(access_result::failed());
+    return kept.result;
 }

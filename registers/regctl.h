@@ -12,7 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "properties/access_result.h"
 #include "properties/property.h"
+#include "properties/value_domain.h"
 
 class reg_info;
 
@@ -30,23 +32,17 @@ public:
     virtual bool set(reg_info* reg, uint32_t v) = 0;
     virtual bool get(reg_info* reg, uint32_t* out) = 0;
     virtual void get_limits(uint32_t* min, uint32_t* max) = 0;
-    // Whether set() takes the user value, and the values it takes, in words.
-    virtual bool accepts(uint32_t v);
-    virtual std::string valid_values();
     virtual uint32_t clamp(long long value, uint32_t current, long long delta);
     virtual bool adjust(reg_info* reg, long long delta);
-    // The field's code as the hardware holds it, past any table; false for a
-    // field without codes of its own.
+    // The field's code as the hardware holds it, past any table, into the
+    // register's cache and out of it. By default the user value is the code.
     virtual bool get_code(reg_info* reg, uint32_t* code);
     virtual bool set_code(reg_info* reg, uint32_t code);
     virtual const std::string& get_name();
     virtual const std::string& get_desc();
-    // The field's answers to the sweep questions of its property (property.h):
-    // by default its limits, every value in them, each written as it is.
-    virtual sweep_axis axis();
-    virtual std::vector<long long> table_keys();
-    virtual uint32_t setting_for(long long axis_value);
-    virtual bool axis_value_of(uint32_t value, long long* axis_value);
+    // The values of its property (value_domain.h): by default every code
+    // within its limits, shown in hexadecimal when asked.
+    virtual value_domain domain();
 
     std::string name;
     std::string desc;
@@ -64,7 +60,7 @@ public:
     bool set(reg_info* reg, uint32_t v) override;
     bool get(reg_info* reg, uint32_t* out) override;
     void get_limits(uint32_t* min, uint32_t* max) override;
-    bool accepts(uint32_t v) override;
+    bool get_code(reg_info* reg, uint32_t* code) override;
 
     virtual void init(const std::string& name, const std::string& desc, int msb, int lsb);
     virtual bool check_subval(uint32_t v);
@@ -88,12 +84,10 @@ public:
     bool check_subval(uint32_t v) override;
     bool _before_set(uint32_t& v) override;
     bool _after_read(uint32_t& v) override;
-    std::string valid_values() override;
-    bool get_code(reg_info* reg, uint32_t* code) override;
+    // Any code of its width, past the table.
     bool set_code(reg_info* reg, uint32_t code) override;
-    // Swept over the keys of its table.
-    sweep_axis axis() override;
-    std::vector<long long> table_keys() override;
+    // The keys of its table are its values.
+    value_domain domain() override;
 
     const value_table* value_map;
 };
@@ -122,6 +116,12 @@ public:
 
     void add_garbage();
 
+    // One word of the hardware, for _read, commit and load. A failure is said
+    // at once, or kept in *kept_failures while a typed access has it there
+    // (property_register), and a failed read sets read_failed.
+    uint32_t read_word(uint32_t address);
+    void write_word(uint32_t address, uint32_t word);
+
     std::string name;
     uint32_t address;
     std::atomic<uint32_t> value{0};
@@ -129,6 +129,10 @@ public:
     bool loaded = false;
     // The cached word stands for a read that failed.
     bool read_failed = false;
+    access_result* kept_failures = nullptr;
+
+private:
+    void note(const access_result& result);
 };
 
 // Owns heap objects and deletes them, in insertion order, when it goes.
@@ -157,15 +161,11 @@ public:
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
     void get_help(std::string& help) override;
-    bool check(const std::string& value, std::string* canonical, std::string* problem) override;
-    // A code without a key is saved as "code N".
-    bool save(std::string* value) override;
-    bool restore(const std::string& value) override;
     void refresh() override;
-    std::vector<long long> table_keys() const override;
-    sweep_axis axis() const override;
-    std::string setting_for(long long axis_value) const override;
-    bool axis_value_of(const std::string& setting, long long* axis_value) const override;
+    value_domain domain() override;
+    // The field's code, past any table; a write commits the register.
+    access_result read_code(long long* code) override;
+    access_result write_code(long long code) override;
 
     // One property "<register>::<field>" per field, in field-name order.
     static void register_as_property(property_group* group, reg_info* reg);

@@ -13,7 +13,11 @@ message_sink sink = plain;
 
 }  // namespace
 
-void set_message_sink(message_sink replacement) { sink = replacement ? replacement : plain; }
+message_sink set_message_sink(message_sink replacement) {
+    const message_sink replaced = sink;
+    sink = replacement ? replacement : plain;
+    return replaced;
+}
 
 void say(const char* format, ...) {
     va_list args;

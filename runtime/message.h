@@ -13,7 +13,8 @@
 using message_sink = void (*)(const std::string& line);
 
 // nullptr puts back the plain sink, which writes the line to standard error.
-void set_message_sink(message_sink sink);
+// Gives the sink it replaces.
+message_sink set_message_sink(message_sink sink);
 
 // A message, formatted as printf does, handed to the sink.
 void say(const char* format, ...) __attribute__((format(printf, 1, 2)));

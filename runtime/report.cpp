@@ -10,7 +10,6 @@
 namespace {
 
 const char* name = "padkit-tune";
-const std::string* setting = nullptr;
 
 }  // namespace
 
@@ -34,13 +33,4 @@ void report(const char* format, ...) {
     std::free(text);
 }
 
-about_setting::about_setting(const std::string& name) : outer(setting) { setting = &name; }
-
-about_setting::~about_setting() { setting = outer; }
-
-void report_line(const std::string& line) {
-    if (setting)
-        std::fprintf(stderr, "%s: %s: %s\n", name, setting->c_str(), line.c_str());
-    else
-        std::fprintf(stderr, "%s: %s\n", name, line.c_str());
-}
+void report_line(const std::string& line) { report("%s", line.c_str()); }

@@ -60,6 +60,7 @@ bool populate(const std::string& root) {
         {"/sys/class/regulator/regulator.2/microvolts", "900000\n"},
         {"/sys/class/regulator/regulator.2/min_microvolts", "800000\n"},
         {"/sys/class/regulator/regulator.2/max_microvolts", "1000000\n"},
+        {"/proc/sys/kernel/random/boot_id", "1\n"},
     };
     std::error_code ec;
     if (!std::filesystem::create_directory(root + "/tmp", ec) ||

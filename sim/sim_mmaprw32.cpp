@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "properties/message.h"
+#include "runtime/message.h"
 #include "sim/register_file.h"
 
 const char* fname = "/dev/zeb_mem";
@@ -13,7 +13,7 @@ const char* fname = "/dev/zeb_mem";
 namespace {
 
 // What the real tool says when the device cannot be opened.
-void report_unreachable() { say_failed("open %s failed.", fname); }
+void report_unreachable() { say("open %s failed.", fname); }
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 // merge: the window that every board passes, from the CSV files of their sweeps.
 #include <fcntl.h>
 #include <getopt.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,6 +43,7 @@ constexpr std::size_t shown_field_size = 40;
 // What one file holds: per property, in the order of the file.
 struct board_file {
     std::string path, board;
+    struct stat identity;  // the file itself, which no output may be
     std::vector<std::string> names;
     std::map<std::string, board_cells> cells;
     std::map<std::string, std::set<long long>> seen;
@@ -58,10 +60,12 @@ std::string board_name(const std::string& path) {
     return shown(name);
 }
 
-bool read_csv(const std::string& path, std::string* text) {
+bool read_csv(const std::string& path, std::string* text, struct stat* identity) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
+    if (fd < 0 || fstat(fd, identity) != 0) {
         report("%s: %s", shown(path).c_str(), std::strerror(errno));
+        if (fd >= 0)
+            close(fd);
         return false;
     }
     const bool read = read_bounded(fd, shown(path), max_csv_size, text);
@@ -69,9 +73,11 @@ bool read_csv(const std::string& path, std::string* text) {
     return read;
 }
 
-bool on_axis(property* prop, long long value) {
-    const std::vector<long long> keys = prop->table_keys();
-    return keys.empty() ? prop->axis().holds(value)
+// A range that cannot be read from this board (the regulator's limits) is
+// taken at its widest: merging needs no board.
+bool on_axis(const value_domain& domain, long long value) {
+    const std::vector<long long> keys = domain.keys();
+    return keys.empty() ? domain.axis().holds(value)
                         : std::binary_search(keys.begin(), keys.end(), value);
 }
 
@@ -90,12 +96,13 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
     property* prop = name.empty() ? nullptr : property::get_property(name);
     if (!prop)
         return *problem = name.empty() ? "missing name" : "no property " + shown(name), false;
-    if (!prop->axis().sweepable())
+    const value_domain domain = prop->domain();
+    if (!domain.axis().sweepable())
         return *problem = name + ": cannot be swept", false;
     long long value = 0;
     if (!parse_signed_value(value_text, &value, problem))
         return *problem = name + ": " + shown(*problem), false;
-    if (!on_axis(prop, value))
+    if (!on_axis(domain, value))
         return *problem = name + ": " + value_text + " is not on its axis", false;
     outcome result = outcome::pass;
     if (!parse_outcome(result_text, &result))
@@ -117,11 +124,11 @@ bool take_row(const std::string& line, board_file* file, std::string* problem) {
 // Reads a sweep's CSV; stops at the first bad line, which is reported as FILE:LINE.
 bool read_board(const std::string& path, board_file* file) {
     std::string text;
-    if (!read_csv(path, &text))
+    if (!read_csv(path, &text, &file->identity))
         return false;
     file->path = shown(path);
     file->board = board_name(path);
-    std::string::size_type start = 0;
+    std::string::size_type start = after_byte_order_mark(text);
     bool header = false;
     for (int number = 1; start < text.size(); ++number) {
         std::string::size_type end = text.find('\n', start);
@@ -171,8 +178,8 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
             boards.push_back(cells->second);
             most = std::max(most, cells->second.values.size());
         }
-        property* prop = property::get_property(name);
-        merged->push_back(line_up(name, axis_kind(*prop), boards));
+        const value_domain domain = property::get_property(name)->domain();
+        merged->push_back(line_up(name, axis_kind(domain), boards));
         sweep_results& property_results = merged->back();
         property_results.partial = std::any_of(
             files.begin(), files.end(),
@@ -186,7 +193,7 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
                    name.c_str(), property_results.axis.size());
         std::vector<std::string> settings;
         for (long long value : property_results.axis.values)
-            settings.push_back(prop->setting_for(value));
+            settings.push_back(domain.shown(domain.code_at(value)));
         for (sweep_row& row : property_results.rows)
             row.settings = settings;
     }
@@ -209,24 +216,43 @@ void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merg
 }
 
 struct output {
-    const std::string& path;
+    std::string path;
     whole_file file;
 };
+
+// Whether the output would overwrite one of the files merged; says so.
+bool is_input(const std::string& path, const std::vector<board_file>& files) {
+    struct stat target {};
+    if (stat(path.c_str(), &target) != 0)
+        return false;
+    for (const board_file& file : files)
+        if (file.identity.st_dev == target.st_dev && file.identity.st_ino == target.st_ino) {
+            report("cannot write %s: it is %s, one of the files merged; nothing written",
+                   shown(path).c_str(), file.path.c_str());
+            return true;
+        }
+    return false;
+}
 
 }  // namespace
 
 int merge_command(int argc, char** argv) {
-    static const option long_options[] = {{"csv", required_argument, nullptr, 'c'},
-                                          {"svg", required_argument, nullptr, 'g'},
-                                          {"profile", required_argument, nullptr, 'p'},
+    // The outputs first, in the order of outputs[].
+    static const option long_options[] = {{"csv", required_argument, nullptr, 'o'},
+                                          {"svg", required_argument, nullptr, 'o'},
+                                          {"profile", required_argument, nullptr, 'o'},
                                           {"help", no_argument, nullptr, 'h'},
                                           {nullptr, 0, nullptr, 0}};
-    std::string csv_path, svg_path, profile_path;
-    for (int option; (option = getopt_long(argc, argv, ":h", long_options, nullptr)) != -1;) {
+    output outputs[3];
+    output &csv = outputs[0], &svg = outputs[1], &profile = outputs[2];
+    int index = 0;
+    for (int option; (option = getopt_long(argc, argv, ":h", long_options, &index)) != -1;) {
         switch (option) {
-        case 'c': csv_path = optarg; break;
-        case 'g': svg_path = optarg; break;
-        case 'p': profile_path = optarg; break;
+        case 'o':
+            if (!take_file_name((std::string("--") + long_options[index].name).c_str(), optarg,
+                                &outputs[index].path))
+                return tune_status::bad_input;
+            break;
         case 'h': print_usage(stdout); return tune_status::ok;
         case ':': return usage_error(std::string(argv[optind - 1]) + " needs a value");
         default: return unknown_option(argv);
@@ -250,9 +276,12 @@ int merge_command(int argc, char** argv) {
     std::vector<sweep_results> merged;
     if (!line_up_boards(files, &merged))
         return tune_status::bad_input;
-    output outputs[] = {{csv_path, {}}, {svg_path, {}}, {profile_path, {}}};
     for (output& each : outputs) {
-        if (!each.path.empty() && !each.file.open(each.path)) {
+        if (each.path.empty())
+            continue;
+        if (is_input(each.path, files))
+            return tune_status::bad_input;
+        if (!each.file.open(each.path)) {
             report("cannot write %s: %s; nothing written", shown(each.path).c_str(),
                    std::strerror(errno));
             return tune_status::bad_input;
@@ -271,12 +300,12 @@ int merge_command(int argc, char** argv) {
             every_window && common_centre(property_results) < property_results.axis.size();
     }
     std::fflush(stdout);
-    if (!csv_path.empty())
-        print_merged_csv(outputs[0].file.stream(), merged, about);
-    if (!svg_path.empty())
-        print_svg(outputs[1].file.stream(), merged, about, mark::ship);
-    if (!profile_path.empty())
-        print_merged_profile(outputs[2].file.stream(), merged, profile_header(argc, argv));
+    if (!csv.path.empty())
+        print_merged_csv(csv.file.stream(), merged, about);
+    if (!svg.path.empty())
+        print_svg(svg.file.stream(), merged, about, mark::ship);
+    if (!profile.path.empty())
+        print_merged_profile(profile.file.stream(), merged, profile_header(argc, argv));
     bool written = true;
     for (output& each : outputs) {
         if (!each.path.empty() && !each.file.commit()) {

@@ -11,6 +11,7 @@
 
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
+#include "tune/board/board_io.h"
 #include "tune/commands.h"
 #include "tune/test_run.h"
 #include "tune/usage/usage.h"
@@ -20,7 +21,7 @@ bool arm_watchdog(const test_options& options, hang_guard& guard) {
 }
 
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<std::string>* originals, hang_guard& guard) {
+                 std::vector<long long>* originals, hang_guard& guard) {
     if (!read_locked(props, originals) || !arm_watchdog(options, guard))
         return false;
     if (options.journal_path.empty())
@@ -32,26 +33,22 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     }
     journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
     for (std::size_t at = 0; at < props.size(); ++at)
-        header.originals.emplace_back(props[at]->name, (*originals)[at]);
+        header.originals.emplace_back(props[at]->name, code_text(props[at], (*originals)[at]));
     return guard.journal.create(options.journal_path, header);
 }
 
 bool journal_matches(const std::string& path, const journal_contents& journal,
-                     const std::vector<property*>& props) {
+                     const std::vector<property*>& props, std::vector<long long>* originals) {
     bool same = journal.header.originals.size() == props.size();
+    originals->assign(props.size(), 0);
     for (std::size_t at = 0; same && at < props.size(); ++at)
-        same = journal.header.originals[at].first == props[at]->name;
+        same = journal.header.originals[at].first == props[at]->name &&
+               props[at]->domain().code_of_shown(journal.header.originals[at].second,
+                                                 &(*originals)[at]);
     if (!same)
         report("%s: its originals are not those of the properties it sweeps; nothing written",
                path.c_str());
     return same;
-}
-
-std::vector<std::string> originals_of(const journal_contents& journal) {
-    std::vector<std::string> values;
-    for (const auto& original : journal.header.originals)
-        values.push_back(original.second);
-    return values;
 }
 
 std::vector<char*> argv_of(std::vector<std::string>& words) {

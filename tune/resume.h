@@ -20,14 +20,12 @@ bool arm_watchdog(const test_options& options, hang_guard& guard);
 // the watchdog armed and the journal created with them, when the options
 // ask for them.
 bool start_guard(const test_options& options, const std::vector<property*>& props,
-                 std::vector<std::string>* originals, hang_guard& guard);
+                 std::vector<long long>* originals, hang_guard& guard);
 
-// Whether the journal's originals are those of the properties, by name; says
-// why not.
+// Whether the journal's originals are those of the properties, by name, each
+// a code of its property; gives the codes, or says why not.
 bool journal_matches(const std::string& path, const journal_contents& journal,
-                     const std::vector<property*>& props);
-
-std::vector<std::string> originals_of(const journal_contents& journal);
+                     const std::vector<property*>& props, std::vector<long long>* originals);
 
 // The words as an argv, ending with a null pointer; valid while WORDS lives.
 std::vector<char*> argv_of(std::vector<std::string>& words);

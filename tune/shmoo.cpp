@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
+#include "tune/board/board_io.h"
 #include "tune/commands.h"
 #include "tune/resume.h"
 #include "tune/sweep/chart.h"
@@ -37,8 +39,9 @@ constexpr std::size_t max_shmoo_points = 4096;
 struct shmoo_axis {
     property* prop = nullptr;
     value_axis visits;
+    std::vector<long long> codes;       // per visit, the code written
     std::vector<std::string> settings;  // per visit, the value as padkit writes it
-    std::string original;               // as padkit shows it
+    long long original = 0;             // the code before the shmoo
 
     // A visit's position among the values rising, or the other way round:
     // the same, or reversed.
@@ -48,6 +51,7 @@ struct shmoo_axis {
     const std::string& setting_at(std::size_t position) const {
         return settings[other_order(position)];
     }
+    long long code_at(std::size_t position) const { return codes[other_order(position)]; }
     grid_axis rising() const {
         grid_axis axis;
         axis.name = prop->name;
@@ -66,12 +70,11 @@ struct shmoo_axis {
 };
 
 bool plan_axis(const swept_range& range, shmoo_axis* axis) {
-    const property* prop = property::get_property(range.name);
-    const std::vector<std::string> members =
-        prop ? prop->member_names() : std::vector<std::string>();
-    if (!members.empty()) {
+    property* prop = property::get_property(range.name);
+    const std::list<std::string>* members = prop ? prop->domain().members : nullptr;
+    if (members) {
         std::string list;
-        for (const std::string& member : members)
+        for (const std::string& member : *members)
             list += (list.empty() ? "" : ", ") + member;
         report("%s is a composite of %s; a shmoo takes one of them; nothing written",
                range.name.c_str(), list.c_str());
@@ -82,6 +85,7 @@ bool plan_axis(const swept_range& range, shmoo_axis* axis) {
         return false;
     axis->prop = plan.rows.front();
     axis->visits = plan.axis;
+    axis->codes = plan.codes.front();
     axis->settings = plan.settings.front();
     return true;
 }
@@ -122,7 +126,7 @@ bool ready(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
 // Where the original value lies on the rising axis, if it is one of its values.
 std::optional<std::size_t> original_position(const shmoo_axis& axis, const grid_axis& rising) {
     long long value = 0;
-    if (!axis.prop->axis_value_of(axis.original, &value) ||
+    if (!axis.prop->domain().axis_value_of(axis.original, &value) ||
         rising.position_of(value) == rising.size())
         return std::nullopt;
     return rising.position_of(value);
@@ -135,7 +139,7 @@ public:
     // (add) before it runs.
     shmoo(const shmoo_options& options, shmoo_axis x, shmoo_axis y, std::FILE* csv, std::FILE* svg,
           whole_file* profile, std::string profile_header, hang_guard& guard,
-          const std::vector<std::string>& originals, facts about)
+          const std::vector<long long>& originals, facts about)
         : options(options),
           x(std::move(x)),
           y(std::move(y)),
@@ -153,8 +157,10 @@ public:
         this->y.original = originals[1];
         const std::optional<std::size_t> original_x = original_position(this->x, results.x),
                                          original_y = original_position(this->y, results.y);
-        results.original_x = original_x ? results.x.text_at(*original_x) : this->x.original;
-        results.original_y = original_y ? results.y.text_at(*original_y) : this->y.original;
+        results.original_x =
+            original_x ? results.x.text_at(*original_x) : code_text(this->x.prop, this->x.original);
+        results.original_y =
+            original_y ? results.y.text_at(*original_y) : code_text(this->y.prop, this->y.original);
         if (original_x && original_y)
             results.original = grid_point{*original_x, *original_y};
     }
@@ -219,9 +225,9 @@ private:
         // The slow one, a voltage say, changes once a row, and first of all
         // where a resumed shmoo carries on in the middle of a row.
         if (column == 0 || !y_written)
-            changes.push_back({y.prop, y.settings[row]});
+            changes.push_back({y.prop, y.codes[row]});
         y_written = true;
-        changes.push_back({x.prop, x.settings[column]});
+        changes.push_back({x.prop, x.codes[column]});
         changed = true;
         const std::size_t step = row * x.visits.size() + column;
         progress.show(x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name +
@@ -248,15 +254,14 @@ private:
         for (const shmoo_axis* axis : {&x, &y})
             if (!write_locked({{axis->prop, axis->original}}, guard.watchdog)) {
                 report("%s: left changed; it was %s", axis->prop->name.c_str(),
-                       axis->original.c_str());
+                       code_text(axis->prop, axis->original).c_str());
                 left_changed = true;
             }
     }
 
     void keep(const safest_point& safest) {
-        if (!write_locked(
-                {{y.prop, y.setting_at(safest.at.y)}, {x.prop, x.setting_at(safest.at.x)}},
-                guard.watchdog)) {
+        if (!write_locked({{y.prop, y.code_at(safest.at.y)}, {x.prop, x.code_at(safest.at.x)}},
+                          guard.watchdog)) {
             put_back();
             return;
         }
@@ -350,7 +355,7 @@ int shmoo_command(int argc, char** argv) {
     whole_file profile;
     if (!open_profile(options, &profile))
         return tune_status::bad_input;
-    std::vector<std::string> originals;
+    std::vector<long long> originals;
     hang_guard guard;
     if (!start_guard(options, {x.prop, y.prop}, &originals, guard))
         return tune_status::bad_input;
@@ -364,10 +369,11 @@ int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restor
     shmoo_options options;
     std::vector<std::string> words = journal.header.command;
     shmoo_axis x, y;
+    std::vector<long long> originals;
     if (parse_shmoo_options(static_cast<int>(words.size()), argv_of(words).data(), options) !=
             sweep_request::run ||
         !ready(options, &x, &y) ||
-        !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}))
+        !journal_matches(guard.journal.path(), journal, {x.prop, y.prop}, &originals))
         return tune_status::bad_input;
     const std::size_t points = x.visits.size() * y.visits.size();
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
@@ -381,6 +387,6 @@ int resume_shmoo(hang_guard& guard, const journal_contents& journal, bool restor
     shmoo resumed(options, std::move(x), std::move(y), csv.get(), svg.get(),
                   options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
-                  originals_of(journal), about);
+                  originals, about);
     return carry_on(resumed, points, "point", options, guard, journal, restore);
 }

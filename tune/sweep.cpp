@@ -13,6 +13,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
+#include "tune/board/board_io.h"
 #include "tune/commands.h"
 #include "tune/resume.h"
 #include "tune/sweep/chart.h"
@@ -34,7 +35,7 @@ public:
     // before it runs.
     sweep(const sweep_options& options, const sweep_plan& plan, std::FILE* csv, std::FILE* svg,
           whole_file* profile, std::string profile_header, hang_guard& guard,
-          std::vector<std::string> originals, facts about)
+          std::vector<long long> originals, facts about)
         : options(options),
           plan(plan),
           csv(csv),
@@ -61,7 +62,7 @@ public:
         if (step % plan.axis.size() == 0) {
             results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
             long long original = 0;
-            if (plan.rows[row]->axis_value_of(originals[row], &original))
+            if (plan.rows[row]->domain().axis_value_of(originals[row], &original))
                 results.rows.back().original = original;
         }
         results.rows.back().results.push_back(result);
@@ -127,8 +128,8 @@ private:
         const environment names = {{"PADKIT_SWEEP_NAME", prop->name},
                                    {"PADKIT_SWEEP_VALUE", std::to_string(plan.axis.values[at])},
                                    {"PADKIT_SWEEP_SETTING", value}};
-        const point_result got =
-            test_point({{prop, value}}, point(step), options, names, stop, progress, guard);
+        const point_result got = test_point({{prop, plan.codes[row][at]}}, point(step), options,
+                                            names, stop, progress, guard);
         ended = got.what;
         stop_signal = got.signal;
         if (got.what == point_result::measured)
@@ -148,12 +149,13 @@ private:
             if (write_locked(original, guard.watchdog, &stop))
                 return;
         }
-        report("%s: left changed; it was %s", plan.rows[row]->name.c_str(), originals[row].c_str());
+        report("%s: left changed; it was %s", plan.rows[row]->name.c_str(),
+               code_text(plan.rows[row], originals[row]).c_str());
         left_changed = true;
     }
 
     void keep_centre(std::size_t row, std::size_t centre) {
-        if (write_locked({{plan.rows[row], plan.settings[row][centre]}}, guard.watchdog, &stop))
+        if (write_locked({{plan.rows[row], plan.codes[row][centre]}}, guard.watchdog, &stop))
             report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
                    value_with_setting(plan.axis, centre, plan.settings[row][centre]).c_str());
         else
@@ -204,7 +206,7 @@ private:
     whole_file* profile;
     const std::string profile_header;
     hang_guard& guard;
-    const std::vector<std::string> originals;
+    const std::vector<long long> originals;
     const facts about;
     const stop_signals stop;
     progress_line progress;
@@ -256,7 +258,7 @@ int sweep_command(int argc, char** argv) {
     if (!open_output(options.csv_path, &csv, header) ||
         !open_output(options.svg_path, &svg, nullptr) || !open_profile(options, &profile))
         return tune_status::bad_input;
-    std::vector<std::string> originals;
+    std::vector<long long> originals;
     hang_guard guard;
     if (!start_guard(options, plan.rows, &originals, guard))
         return tune_status::bad_input;
@@ -273,7 +275,9 @@ int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restor
         sweep_request::run)
         return tune_status::bad_input;
     sweep_plan plan;
-    if (!ready(options, &plan) || !journal_matches(guard.journal.path(), journal, plan.rows))
+    std::vector<long long> originals;
+    if (!ready(options, &plan) ||
+        !journal_matches(guard.journal.path(), journal, plan.rows, &originals))
         return tune_status::bad_input;
     file_ptr csv(nullptr, std::fclose), svg(nullptr, std::fclose);
     whole_file profile;
@@ -286,7 +290,7 @@ int resume_sweep(hang_guard& guard, const journal_contents& journal, bool restor
     sweep resumed(options, plan, csv.get(), svg.get(),
                   options.profile_path.empty() || restore ? nullptr : &profile,
                   profile_header(static_cast<int>(words.size()), argv_of(words).data()), guard,
-                  originals_of(journal), about);
+                  originals, about);
     return carry_on(resumed, plan.rows.size() * plan.axis.size(), "value", options, guard, journal,
                     restore);
 }

@@ -26,6 +26,15 @@ bool parse_signed_value(const std::string& text, long long* out, std::string* pr
     return true;
 }
 
+bool take_file_name(const char* option, const char* value, std::string* path) {
+    if (*value == '\0') {
+        usage_error(std::string(option) + ": the file name is empty");
+        return false;
+    }
+    *path = value;
+    return true;
+}
+
 namespace {
 
 // getopt's value of the first option of one subcommand; the others follow.
@@ -111,11 +120,11 @@ bool parse_option(int option, const char* arg, test_options& options,
             return true;
         usage_error(std::string("--keep: '") + arg + "' is neither original nor centre");
         return false;
-    case 'c': options.csv_path = arg; return true;
-    case 'g': options.svg_path = arg; return true;
-    case 'p': options.profile_path = arg; return true;
-    case 'j': options.journal_path = arg; return true;
-    case 'w': options.watchdog_path = arg; return true;
+    case 'c': return take_file_name("--csv", arg, &options.csv_path);
+    case 'g': return take_file_name("--svg", arg, &options.svg_path);
+    case 'p': return take_file_name("--profile", arg, &options.profile_path);
+    case 'j': return take_file_name("--journal", arg, &options.journal_path);
+    case 'w': return take_file_name("--watchdog", arg, &options.watchdog_path);
     }
     return own.at(static_cast<std::size_t>(option - first_own_option)).take(arg);
 }

@@ -38,6 +38,10 @@ struct shmoo_options : test_options {
 // later whether it fits. On failure says why in *problem.
 bool parse_signed_value(const std::string& text, long long* out, std::string* problem);
 
+// The file name given to OPTION ("--csv"): an empty one is refused, said with
+// the usage, since an unset variable would drop the file without a word.
+bool take_file_name(const char* option, const char* value, std::string* path);
+
 enum class sweep_request { run, help, bad };
 
 // Read the subcommand's words (argv[0] is the subcommand's name): options,

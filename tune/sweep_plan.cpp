@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <list>
 #include <string>
 
 #include "runtime/report.h"
@@ -16,13 +17,13 @@ bool resolve_rows(const std::string& name, sweep_plan* plan) {
         report("no property %s", name.c_str());
         return false;
     }
-    const std::vector<std::string> members = prop->member_names();
-    if (members.empty()) {
+    const std::list<std::string>* members = prop->domain().members;
+    if (!members) {
         plan->rows.push_back(prop);
         return true;
     }
     plan->group = name;
-    for (const std::string& member_name : members) {
+    for (const std::string& member_name : *members) {
         property* member = property::get_property(member_name);
         if (!member) {
             report("%s: no member %s", name.c_str(), member_name.c_str());
@@ -54,12 +55,14 @@ bool keys_between(const swept_range& options, const std::vector<long long>& tabl
     return true;
 }
 
-// Every step-th value from FROM to TO, both on the axis.
-bool values_between(const swept_range& options, const sweep_axis& range, value_axis* axis) {
+// Every step-th value from FROM to TO, both on the axis, which RANGE_NAME
+// names in messages.
+bool values_between(const swept_range& options, const sweep_axis& range, const char* range_name,
+                    value_axis* axis) {
     for (long long end : {options.from, options.to}) {
         if (!range.holds(end)) {
-            report("%s: %s is not in %s..%s; nothing written", options.name.c_str(),
-                   axis->text(end).c_str(), axis->text(range.low).c_str(),
+            report("%s: %s is not in %s%s..%s; nothing written", options.name.c_str(),
+                   axis->text(end).c_str(), range_name, axis->text(range.low).c_str(),
                    axis->text(range.high).c_str());
             return false;
         }
@@ -77,45 +80,57 @@ bool values_between(const swept_range& options, const sweep_axis& range, value_a
     return true;
 }
 
-bool build_axis(const swept_range& options, property* first_row, value_axis* axis) {
-    const sweep_axis range = first_row->axis();
+bool build_axis(const swept_range& options, const value_domain& domain, value_axis* axis) {
+    if (!domain.unknown.empty()) {
+        report("%s: %s; nothing written", options.name.c_str(), domain.unknown.c_str());
+        return false;
+    }
+    const sweep_axis range = domain.axis();
     if (!range.sweepable()) {
         report("%s: cannot be swept; nothing written", options.name.c_str());
         return false;
     }
-    *axis = axis_kind(*first_row);
-    return axis->keys.empty() ? values_between(options, range, axis)
+    *axis = axis_kind(domain);
+    return axis->keys.empty() ? values_between(options, range, domain.range_name, axis)
                               : keys_between(options, axis->keys, axis);
+}
+
+// The codes of the axis values for one row, each one of the row's values.
+bool row_codes(property* row, const value_axis& axis, sweep_plan* plan) {
+    const value_domain domain = row->domain();
+    plan->codes.emplace_back();
+    plan->settings.emplace_back();
+    for (long long value : axis.values) {
+        const long long code = domain.code_at(value);
+        std::string why_not;
+        if (!domain.holds(code, &why_not)) {
+            report("%s: %s %s; nothing written", row->name.c_str(), domain.shown(code).c_str(),
+                   why_not.c_str());
+            return false;  // one bad value says enough about a row
+        }
+        plan->codes.back().push_back(code);
+        plan->settings.back().push_back(domain.shown(code));
+    }
+    return true;
 }
 
 }  // namespace
 
-value_axis axis_kind(const property& prop) {
-    const sweep_axis range = prop.axis();
+value_axis axis_kind(const value_domain& domain) {
+    const sweep_axis range = domain.axis();
     value_axis kind;
     kind.is_signed = range.is_signed;
     kind.unit = range.unit;
-    kind.keys = prop.table_keys();
+    kind.keys = domain.keys();
     return kind;
 }
 
 bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, plan) || plan->rows.empty() ||
-        !build_axis(options, plan->rows.front(), &plan->axis))
+        !build_axis(options, plan->rows.front()->domain(), &plan->axis))
         return false;
     bool good = true;
-    for (property* row : plan->rows) {
-        plan->settings.emplace_back();
-        for (long long value : plan->axis.values) {
-            const std::string setting = row->setting_for(value);
-            std::string canonical, problem;
-            if (!row->check(setting, &canonical, &problem)) {
-                report("%s: %s; nothing written", row->name.c_str(), problem.c_str());
-                good = false;
-                break;  // one bad value says enough about a row
-            }
-            plan->settings.back().push_back(setting);
-        }
-    }
+    for (property* row : plan->rows)
+        good = row_codes(row, plan->axis, plan) && good;
     return good;
 }

@@ -15,22 +15,23 @@ struct sweep_plan {
     std::vector<property*> rows;  // a composite's members, or the property itself
     std::string group;            // the composite, if it is one
     value_axis axis;              // from FROM towards TO, which may be lower
-    // Per row and axis value, the value as set() takes it.
+    // Per row and axis value, the code written, and the value as padkit-tune
+    // shows it (PADKIT_SWEEP_SETTING, the chart).
+    std::vector<std::vector<long long>> codes;
     std::vector<std::vector<std::string>> settings;
 };
 
 // Beyond this a range is a typing mistake rather than a sweep.
 constexpr std::size_t max_sweep_values = 4096;
 
-// An axis of the property's kind, without values: its sign, unit and table keys.
-value_axis axis_kind(const property& prop);
+// An axis of the domain's kind, without values: its sign, unit and table keys.
+value_axis axis_kind(const value_domain& domain);
 
 // Finds the properties and the values on the first row's axis: every
 // step-th value from FROM to TO, both on the axis, or for a table every
 // step-th key between them, the step by default the property's own. Every
-// value is checked against every row, written as that row writes it, the
-// way a profile's are, without touching the board. On failure says why and
-// returns false.
+// value's code is checked against every row's domain, without touching the
+// board. On failure says why and returns false.
 bool plan_sweep(const swept_range& options, sweep_plan* plan);
 
 #endif

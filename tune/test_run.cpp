@@ -9,7 +9,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/sweep/consent.h"
 
 namespace {
@@ -36,7 +36,7 @@ bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdo
         return false;
     for (const setting& change : settings) {
         std::string problem;
-        if (!write_checked(change.prop, change.value, &problem)) {
+        if (!write_checked(change.prop, change.code, &problem)) {
             release_run_lock();
             report("%s: %s", change.prop->name.c_str(), problem.c_str());
             return false;
@@ -46,13 +46,13 @@ bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdo
     return true;
 }
 
-bool read_locked(const std::vector<property*>& props, std::vector<std::string>* values) {
+bool read_locked(const std::vector<property*>& props, std::vector<long long>* codes) {
     if (!take_run_lock())
         return false;
     bool good = true;
     for (property* prop : props) {
-        values->emplace_back();
-        good = read_now(prop, &values->back());
+        codes->emplace_back();
+        good = read_now(prop, &codes->back());
         if (!good) {
             report("%s: unreadable; nothing written", prop->name.c_str());
             break;
@@ -135,7 +135,7 @@ bool open_output(const std::string& path, file_ptr* file,
                  const std::function<void(std::FILE*)>& header) {
     if (path.empty())
         return true;
-    file->reset(std::fopen(path.c_str(), "we"));
+    file->reset(open_in_place(path));
     if (*file && header)
         header(file->get());
     if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))

@@ -36,9 +36,9 @@ struct point_result {
 bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdog,
                   const stop_signals* stop = nullptr, int* signal = nullptr);
 
-// The values of the properties as the hardware holds them, under the lock;
+// The codes of the properties as the hardware holds them, under the lock;
 // says which cannot be read.
-bool read_locked(const std::vector<property*>& props, std::vector<std::string>* values);
+bool read_locked(const std::vector<property*>& props, std::vector<long long>* codes);
 
 // Writes the changes, then runs the command up to options.runs times with
 // the environment; every run must pass. A stop signal before or during a

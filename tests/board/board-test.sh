@@ -20,7 +20,9 @@ cd / && umask 022
 padkit=("${@:3}" "/dev/.${bin##*/}") fails=0
 run() { out=$("${padkit[@]}" "$@" 2>/dev/.err); got="$?|$out|$(cat /dev/.err)" what="padkit $*"; }
 # With no room for a byte, every write of a kernel file fails; both streams go to a pipe.
-run_full() { got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?"); what="padkit $* (no room)"; }
+run_full() {
+    got=$( (trap '' XFSZ; ulimit -f 0; exec "${padkit[@]}" "$@") 2>&1; echo "|$?") what="padkit $* (no room)"
+}
 expect() { [ "$1" = "${2-$got}" ] || { echo "FAIL $what: expected '$1', got '${2-$got}'"; fails=1; }; }
 word() { what="word at $1"; expect "$2" "$(od -An -tx4 -j $(($1)) -N4 /dev/zeb_mem | tr -d ' ')"; }
 case $case in
@@ -30,18 +32,21 @@ plain)
     run ehci0-phy::tx-vref 9; expect "0||PADKIT: set ehci0-phy::tx-vref := 9"
     word 0x540008 1234d678
     strace -f -qq -e trace=openat -o /dev/.trace "${padkit[@]}" ehci0-phy::tx-vref 9 2>/dev/null
-    what="device open flags"; expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
+    what="device open flags"
+    expect 'O_RDWR|O_SYNC' "$(sed -n 's/.*"\/dev\/zeb_mem", \([^,)]*\).*/\1/p' /dev/.trace | sort -u)"
     what="lock file type and mode"; expect "regular empty file 644" "$(stat -c '%F %a' /tmp/padkit.lock)" ;;
 files)
-    for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
-        set -- $set; run_full "$1" "$2"; expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
+    for set in "cpu_regulator::microvolts 1000000 /sys/class/regulator/regulator.1/microvolts" \
+        "mmc::rdqs 100 /sys/kernel/debug/mmc0/rdqs"; do
+        set -- $set; run_full "$1" "$2"
+        expect "write $3 failed: File too large"$'\n'"PADKIT: set $1 := $2 failed."$'\n''|245'
     done ;;
 streams)  # a closed output must not become the lock file; a full one fails the run
     "${padkit[@]}" mmc::rdqs >&- 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >&-"
     expect "0|PADKIT: get mmc::rdqs := 37"; what="lock file"; expect "" "$(cat /tmp/padkit.lock)"
     "${padkit[@]}" mmc::rdqs >/dev/full 2>/dev/.err; got="$?|$(cat /dev/.err)" what="padkit mmc::rdqs >/dev/full"
     expect "244|PADKIT: get mmc::rdqs := 37"$'\n'"write standard output failed." ;;
-tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as zero
+tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as zero, nothing blessed unapplied
     rounds=50 signals=100; [ $# -gt 2 ] && rounds=10 signals=20  # an emulator is slow
     t=("${padkit[@]}") groups=(ehci i2c mac mmc regulator)
     "${t[@]}" dump "${groups[@]}" >/dev/.old
@@ -82,14 +87,35 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
     umount /dev/zeb_mem && rm /dev/zeb_mem
     out=$("${t[@]}" dump ehci0-phy::tx-vref 2>&1); got="$?|$out" what="dump without the device"
     expect "1|.${bin##*/}: ehci0-phy::tx-vref: open /dev/zeb_mem failed."$'\n''# ehci0-phy::tx-vref: unreadable'
-    "${t[@]}" apply /dev/.new >/dev/null 2>&1; got=$? what="apply without the device"; expect 1 ;;
+    "${t[@]}" apply /dev/.new >/dev/null 2>&1; got=$? what="apply without the device"; expect 1
+    # A result file that names a device is written through: the device stays one.
+    rdqs=/sys/kernel/debug/mmc0/rdqs && echo 37 >$rdqs && mknod /dev/.device c 1 3
+    "${t[@]}" sweep -y --profile /dev/.device mmc::rdqs 30 31 -- true >/dev/null 2>&1
+    got="$?|$(stat -c %F /dev/.device)" what="--profile naming a device"; expect "0|character special file"
+    [ $# -gt 2 ] && exit $fails  # strace cannot trace what qemu-user runs
+    # apply --system killed at each call in turn: bless refuses a trial that is not applied. bless renames from
+    # /var/lib/padkit to /etc/padkit.d: both on one private file system, a copy of /etc.
+    mkdir /dev/.etc /dev/.lib && cp -a /etc/. /dev/.etc && mkdir /dev/.etc/padkit.d /dev/.etc/.lib &&
+        ln -s /etc/.lib /dev/.lib/padkit && mount --bind /dev/.etc /etc && mount --bind /dev/.lib /var/lib || exit 1
+    echo 'mmc::rdqs = 9' >/dev/.trial
+    for call in rename renameat renameat2 write fsync; do
+        strace -o /dev/null -e trace="$call" true 2>/dev/null || continue
+        for ((n = 1, status = 137; status == 137; ++n)); do
+            rm -f /var/lib/padkit/* /etc/padkit.d/* && echo 37 >$rdqs && "${t[@]}" trial /dev/.trial
+            kill_at="$call:signal=KILL:when=$n"
+            { strace -f -o /dev/null --inject="$kill_at" "${t[@]}" apply --system >/dev/null; } 2>/dev/null
+            status=$? what="apply --system killed at $call $n, then bless"
+            "${t[@]}" bless >/dev/null 2>&1 && [ "$(cat $rdqs)" != 9 ] && expect "not blessed" blessed
+        done
+    done ;;
 budget)  # instructions of a whole run, deterministic unlike its wall time
     command -v valgrind >/dev/null || skip "valgrind is not installed"
     for args in "-h" "ehci0-phy::tx-vref" "ehci0-phy::tx-vref 9"; do
         # shellcheck disable=SC2086
         n=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null "${padkit[@]}" $args 2>&1 >/dev/null |
             sed -n 's/.*Collected : //p')
-        what="instructions of padkit $args: ${n:-none}"; expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
+        what="instructions of padkit $args: ${n:-none}"
+        expect ok "$([ "${n:-0}" -gt 0 ] && [ "$n" -le 300000 ] && echo ok)"
     done ;;
 *) echo "unknown case $case"; exit 2 ;;
 esac

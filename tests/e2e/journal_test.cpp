@@ -57,18 +57,23 @@ std::string settings_of(const std::string& profile) {
     return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
 }
 
+using namespace tune_status;
+
 }  // namespace
 
 // Killed and resumed: as one run in which the killed point failed, but shown as a hang. The
 // shmoo passes only where the board holds Y.
-TEST(padkit_tune_journal, killed_and_resumed_as_if_in_one_go) {
+TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     const std::string dq3 = "tarnm-ddra-read0::dq3";
     const std::string y_held =
         "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
     // clang-format off
     const struct { const char* name; strings words; std::string point, kill, pass; strings dump; } rows[] = {
-        {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"}, "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
-        {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"}, "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held, {"dump", "mmc::rdqs", "mac-tx::delay"}},
+        {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
+            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
+        {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"},
+            "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held,
+            {"dump", "mmc::rdqs", "mac-tx::delay"}},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -103,7 +108,7 @@ TEST(padkit_tune_journal, killed_and_resumed_as_if_in_one_go) {
 }
 
 // Journals cut or changed from a whole sweep's; a refused one leaves board, journal and CSV unwritten.
-TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused) {
+TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
     tune_board b;
     const std::string journal = (b.scratch / "j").string(), csv = (b.scratch / "out.csv").string();
     const std::string original = b.run({"dump", "mmc::rdqs"}).out;
@@ -114,12 +119,14 @@ TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused
     const std::string unkept = whole.substr(0, whole.size() - 4), foreign = replaced(torn, PADKIT_VERSION, "0.0.1");
     // clang-format off
     const struct { const char* name; std::string text; int status; std::string out_or_err; } rows[] = {
-        {"torn last line", torn, tune_status::ok, "mmc::rdqs  ##H#\n"},
-        {"stopped while keeping", unkept, tune_status::not_done, journal + ": the run stopped while it kept the centre; put back instead"},
-        {"ended", whole, tune_status::bad_input, journal + ": the sweep it records has ended; nothing written"},
-        {"garbled", replaced(torn, "\"31\"", "\"31"), tune_status::bad_input, journal + ":7: garbled record"},
-        {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), tune_status::bad_input, "mmc::nothing"},
-        {"another version", foreign, tune_status::bad_input, journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},
+        {"torn last line", torn, ok, "mmc::rdqs  ##H#\n"},
+        {"stopped while keeping", unkept, not_done,
+            journal + ": the run stopped while it kept the centre; put back instead"},
+        {"ended", whole, bad_input, journal + ": the sweep it records has ended; nothing written"},
+        {"garbled", replaced(torn, "\"31\"", "\"31"), bad_input, journal + ":7: garbled record"},
+        {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), bad_input, "mmc::nothing"},
+        {"another version", foreign, bad_input,
+            journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -140,7 +147,7 @@ TEST(padkit_tune_journal, torn_resumes_ended_garbled_unknown_and_foreign_refused
     }
 }
 
-TEST(padkit_tune_journal, restore_after_kill_puts_back_every_original) {
+TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     tune_board b;
     const std::string dq = "tarnm-ddra-read0::dq", journal = (b.scratch / "j").string();
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
@@ -159,7 +166,7 @@ TEST(padkit_tune_journal, restore_after_kill_puts_back_every_original) {
 }
 
 // The stand-in is a plain file: it keeps every byte the sweep writes.
-TEST(padkit_tune_journal, watchdog_kept_alive_while_the_command_runs_then_closed) {
+TEST(PadkitTuneJournal, WatchdogKeptAliveWhileTheCommandRunsThenClosed) {
     tune_board b;
     b.change("dev/watchdog0", "");
     const result got = b.run({"sweep", "-y", "--journal", (b.scratch / "j").string(), "--watchdog", "/dev/watchdog0",
@@ -173,7 +180,7 @@ TEST(padkit_tune_journal, watchdog_kept_alive_while_the_command_runs_then_closed
 }
 
 // Register writes go to a new regs file each (.regs-XXXXXX, renamed into place).
-TEST(padkit_tune_journal, every_record_on_disk_before_the_next_write) {
+TEST(PadkitTuneJournal, EveryRecordOnDiskBeforeTheNextWrite) {
     if (*PADKIT_SIM_EMULATOR)
         GTEST_SKIP() << "strace follows the emulator, not the program";
     tune_board b;

@@ -10,14 +10,14 @@
 
 namespace {
 
-// Passes within R steps (both distances added) of X, Y, where a Y step is YSTEP; with a hole at the centre.
-std::string diamond(int x, int y, int r, int ystep = 10000, bool hole = false) {
+// Passes within R steps (both distances added, a Y step 10 mV) of X, Y; with a hole at the centre.
+std::string diamond(int x, int y, int r, bool hole = false) {
     return "dx=$((PADKIT_SHMOO_X_VALUE - " + std::to_string(x) + ")); dy=$(((PADKIT_SHMOO_Y_VALUE - " +
-           std::to_string(y) + ") / " + std::to_string(ystep) + ")); [ $((${dx#-} + ${dy#-})) -le " +
-           std::to_string(r) + " ]" + (hole ? " && [ $dx$dy != 00 ]" : "");
+           std::to_string(y) + ") / 10000)); [ $((${dx#-} + ${dy#-})) -le " + std::to_string(r) + " ]" +
+           (hole ? " && [ $dx$dy != 00 ]" : "");
 }
 
-const std::string mmc = "mmc::rdqs", core = "core_regulator::microvolts";
+const std::string p = "padkit-tune-sim: ", mmc = "mmc::rdqs", core = "core_regulator::microvolts";
 
 // By default mmc::rdqs 34..40 across, the core voltage 870..930 mV down; the board's own point is 37, 900000.
 strings shmoo(strings options, const std::string& command,
@@ -38,40 +38,87 @@ std::string codes(int x, int y) {
            " microvolts in Y";
 }
 
-std::string chart(const std::vector<std::string>& rows) {
-    std::string text = core + " (rows) against " + mmc + " (columns)\n        34   40\n";
+const std::string members =
+    "tarnm-ddra-read0::dq0, tarnm-ddra-read0::dq1, tarnm-ddra-read0::dq2, tarnm-ddra-read0::dq3, "
+    "tarnm-ddra-read0::dq4, tarnm-ddra-read0::dq5, tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7";
+
+// The core voltage's rows, from TOP down in 10 mV steps, against X, its axis labelled AXIS above and below.
+std::string chart(const strings& rows, const std::string& x = mmc, const std::string& axis = "34   40",
+                  int top = 930000) {
+    std::string text = core + " (rows) against " + x + " (columns)\n        " + axis + "\n";
     for (std::size_t at = 0; at < rows.size(); ++at)
-        text += std::to_string(930000 - 10000 * at) + "  " + rows[at] + "\n";
-    return text + "        34   40\n" + legend;
+        text += std::to_string(top - 10000 * at) + "  " + rows[at] + "\n";
+    return text + "        " + axis + "\n" + legend;
 }
+
+using namespace tune_status;
 
 // A case that names no board file leaves both properties as they were.
 // clang-format off
 const named_case cases[] = {
-    {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {}, chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) + "13 of 49 points pass\nsafest point X=36, Y=890000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", tune_status::ok}},
-    {"diamond left of the original", {shmoo({"-y"}, diamond(34, 900000, 3)), {}, chart({"#......", "##.....", "###....", "#@#O...", "###....", "##.....", "#......"}) + "16 of 49 points pass\nsafest point X=35, Y=900000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", tune_status::ok}},
-    {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, 10000, true)), {}, chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) + "36 of 49 points pass\nsafest point X=37, Y=880000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000: does not pass\n", "", tune_status::ok}},
-    {"nothing passes", {shmoo({"-y"}, "false"), {}, chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) + "0 of 49 points pass\nno passing point\noriginal X=37, Y=900000: does not pass\n", "", tune_status::not_done}},
+    {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {},
+        chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) + "13 of 49 points pass\n"
+        "safest point X=36, Y=890000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", ok}},
+    {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, true)), {},
+        chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) + "36 of 49 points pass\n"
+        "safest point X=37, Y=880000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000: does not pass\n", "", ok}},
+    {"nothing passes", {shmoo({"-y"}, "false"), {},
+        chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) + "0 of 49 points pass\n"
+        "no passing point\noriginal X=37, Y=900000: does not pass\n", "", not_done}},
     // A DQ member's signed delays against a regulator's 10 mV steps.
-    {"DQ member against a regulator", {shmoo({"-y"}, dq_diamond, dq_grid), {}, "core_regulator::microvolts (rows) against tarnm-ddra-read0::dq3 (columns)\n        -3 0 +3\n920000  ....#..\n910000  ...###.\n900000  ..#O@##\n890000  ...###.\n880000  ....#..\n        -3 0 +3\n" + legend + "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)\noriginal X=0, Y=900000 (margin 0 delay steps in X, 0 microvolts in Y)\n", "", tune_status::ok}},
+    {"DQ member against a regulator", {shmoo({"-y"}, dq_diamond, dq_grid), {},
+        chart({"....#..", "...###.", "..#O@##", "...###.", "....#.."}, dq3, "-3 0 +3", 920000) +
+        "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)\n"
+        "original X=0, Y=900000 (margin 0 delay steps in X, 0 microvolts in Y)\n", "", ok}},
     // A table field's keys against a register field's codes.
-    {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--", "sh", "-c", "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 -a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {}, "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n   0 120\n3  ....\n2  .##.\n1  .##.\n0  .#@.\n   0 120\n" + legend + "6 of 16 points pass\nsafest point X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\noriginal X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n", "", tune_status::ok}},
-    {"--keep centre", {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {}, "core_regulator::microvolts (rows)...", "padkit-tune-sim: mmc::rdqs: kept at the safest point, 36\npadkit-tune-sim: core_regulator::microvolts: kept at the safest point, 890000\n", tune_status::ok, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}, {"sys/class/regulator/regulator.2/microvolts", "890000"}}}},
+    {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--",
+                                         "sh", "-c", "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 "
+                                                     "-a $PADKIT_SHMOO_Y_VALUE -le 2 ]"}, {},
+        "mac-tx::delay (rows) against tarnm-ddra::odt (columns)\n"
+        "   0 120\n"
+        "3  ....\n"
+        "2  .##.\n"
+        "1  .##.\n"
+        "0  .#@.\n"
+        "   0 120\n" + legend + "6 of 16 points pass\n"
+        "safest point X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n"
+        "original X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n", "", ok}},
+    {"--keep centre", {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {},
+        "core_regulator::microvolts (rows)...",
+        p + "mmc::rdqs: kept at the safest point, 36\n" + p + core + ": kept at the safest point, 890000\n", ok,
+        "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}, {"sys/class/regulator/regulator.2/microvolts", "890000"}}}},
     // Hanging past the time-out at one point, and interrupted half-way.
-    {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"}, "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {}, chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) + "48 of 49 points pass\nsafest point X=37, Y=900000 (" + codes(2, 2) + ")\noriginal X=37, Y=900000 (" + codes(2, 2) + ")\n", "", tune_status::ok}},
+    {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"},
+                                     "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {},
+        chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) + "48 of 49 points pass\n"
+        "safest point X=37, Y=900000 (" + codes(2, 2) + ")\noriginal X=37, Y=900000 (" + codes(2, 2) + ")\n", "", ok}},
     // Partial: no safest point, no margin from points not measured.
-    {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"), {}, chart({"       ", "       ", "       ", "   X   ", "       ", "#######", "#######"}) + "partial: 14 of 49 points measured\n14 of 49 points pass\nno safest point from a partial shmoo\noriginal X=37, Y=900000: not measured\n", "padkit-tune-sim: interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
+    {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"),
+                              {},
+        chart({"       ", "       ", "       ", "   X   ", "       ", "#######", "#######"}) +
+        "partial: 14 of 49 points measured\n14 of 49 points pass\n"
+        "no safest point from a partial shmoo\noriginal X=37, Y=900000: not measured\n",
+        p + "interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
     // Refused before anything is written.
-    {"composite refused", {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq is a composite of tarnm-ddra-read0::dq0, tarnm-ddra-read0::dq1, tarnm-ddra-read0::dq2, tarnm-ddra-read0::dq3, tarnm-ddra-read0::dq4, tarnm-ddra-read0::dq5, tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7; a shmoo takes one of them; nothing written\n", tune_status::bad_input, ""}},
-    {"too many points", {{"shmoo", "-y", mmc, "2", "255", core, "800000", "1000000", "--", "true"}, {}, "", "padkit-tune-sim: 5334 points (254 by 21); a shmoo takes at most 4096\n", tune_status::bad_input, ""}},
-    {"same property twice", {{"shmoo", "-y", mmc, "30", "40", mmc, "2", "3", "--", "true"}, {}, "", "padkit-tune-sim: X and Y are both mmc::rdqs; a shmoo takes two different properties\n", tune_status::bad_input, ""}},
-    {"no terminal, no -y", {shmoo({}, "true"), {}, "", "WARNING! This shmoo sweeps mmc::rdqs over 34..40 (7 values) against core_regulator::microvolts over 870000..930000 (7 values) on the running board. A value outside its working window can hang the system or corrupt memory and storage.\npadkit-tune-sim: standard input is not a terminal; give -y to shmoo without asking\n", tune_status::bad_input, ""}},
+    {"composite refused", {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {},
+        "", p + "tarnm-ddra-read0::dq is a composite of " + members + "; a shmoo takes one of them; nothing written\n",
+        bad_input, ""}},
+    {"too many points", {{"shmoo", "-y", mmc, "2", "255", core, "800000", "1000000", "--", "true"}, {},
+        "", p + "5334 points (254 by 21); a shmoo takes at most 4096\n", bad_input, ""}},
+    {"same property twice", {{"shmoo", "-y", mmc, "30", "40", mmc, "2", "3", "--", "true"}, {},
+        "", p + "X and Y are both mmc::rdqs; a shmoo takes two different properties\n", bad_input, ""}},
+    {"no terminal, no -y", {shmoo({}, "true"), {},
+        "", "WARNING! This shmoo sweeps mmc::rdqs over 34..40 (7 values) against core_regulator::microvolts over "
+            "870000..930000 (7 values) on the running board. A value outside its working window can hang the system "
+            "or corrupt memory and storage.\n" +
+            p + "standard input is not a terminal; give -y to shmoo without asking\n",
+        bad_input, ""}},
 };
 // clang-format on
 
 }  // namespace
 
-TEST(padkit_tune_shmoo, charts_safest_points_and_what_is_left) {
+TEST(PadkitTuneShmoo, ChartsSafestPointsAndWhatIsLeft) {
     for (const auto& [name, c] : cases) {
         SCOPED_TRACE(name);
         tune_board b;
@@ -84,7 +131,7 @@ TEST(padkit_tune_shmoo, charts_safest_points_and_what_is_left) {
 }
 
 // The profile a shmoo writes gives the board that --keep centre leaves.
-TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
+TEST(PadkitTuneShmoo, ProfileGivesTheBoardKeepCentreLeaves) {
     tune_board kept, profiled;
     const std::string profile = (profiled.scratch / "p.conf").string();
     EXPECT_EQ(kept.run(shmoo({"-y", "--keep", "centre"}, dq_diamond, dq_grid)).status, tune_status::ok);
@@ -97,7 +144,7 @@ TEST(padkit_tune_shmoo, profile_gives_the_board_keep_centre_leaves) {
 
 // Row by row to the CSV after the facts; the SVG read back by an XML parser: a cell per point, both axes
 // titled with their units and ticked on both sides, both marks, the margin around the safest point, the summary.
-TEST(padkit_tune_shmoo, csv_and_svg) {
+TEST(PadkitTuneShmoo, CsvAndSvg) {
     tune_board b;
     const std::string csv = (b.scratch / "s.csv").string(), svg = (b.scratch / "s.svg").string();
     const result got = b.run(shmoo({"-y", "--csv", csv, "--svg", svg}, dq_diamond, dq_grid));
@@ -128,7 +175,7 @@ TEST(padkit_tune_shmoo, csv_and_svg) {
 
 // Two regions: below, five delays by five rows; above, the whole width by three rows. The square rule takes the
 // first; one delay step weighed like 5 mV (half a row) the second, and each margin is given in its axis's units.
-TEST(padkit_tune_shmoo, weighed_axes_choose_another_point) {
+TEST(PadkitTuneShmoo, WeighedAxesChooseAnotherPoint) {
     const strings grid = {dq3, "-4", "4", core, "860000", "940000"};
     const std::string regions =
         "[ $PADKIT_SHMOO_X_VALUE -le 0 -a $PADKIT_SHMOO_Y_VALUE -le 900000 ] || "
@@ -136,7 +183,8 @@ TEST(padkit_tune_shmoo, weighed_axes_choose_another_point) {
     // clang-format off
     const struct { strings options; std::string safest; } rows[] = {
         {{"-y"}, "safest point X=-2, Y=880000 (margin 2 delay steps in X, 20000 microvolts in Y)\n"},
-        {{"-y", "--weigh", "1:5000"}, "safest point X=-1, Y=930000 (margin 3 delay steps in X, 10000 microvolts in Y)\n"},
+        {{"-y", "--weigh", "1:5000"},
+            "safest point X=-1, Y=930000 (margin 3 delay steps in X, 10000 microvolts in Y)\n"},
     };
     // clang-format on
     for (const auto& row : rows) {

@@ -116,7 +116,8 @@ struct sim_board {
     }
 };
 
-// One run: the board's set-up, and what the run must print, return, access and leave.
+// One run: the board's set-up, and what the run must print, return, access and leave (in a table, on the
+// row's second line when the first is full).
 struct run_case {
     strings args;  // <B> stands for the board directory, here and in err
     settings changes;
@@ -157,6 +158,13 @@ struct named_case {
 inline void check(const sim_board& b, const named_case& c) {
     SCOPED_TRACE(c.name);
     check(b, c.c);
+}
+
+// Runs the program in a private mount namespace in which PATH is read-only; false where it cannot have one.
+inline bool read_only(sim_board& b, const fs::path& path) {
+    const char* remount = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
+    b.launcher = {"unshare", "-m", "sh", "-c", remount, path.string()};
+    return b.run({"--version"}).status == 0;
 }
 
 // padkit-tune-sim on a board created by padkit-sim -h (padkit-tune-sim's -h creates none).

@@ -17,8 +17,8 @@ std::string in(int lo, int hi) {
            " ]";
 }
 
-const std::string mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", cpu = "cpu_regulator::microvolts",
-                  dq = "tarnm-ddra-read0::dq";
+const std::string p = "padkit-tune-sim: ", mmc = "mmc::rdqs", odt = "tarnm-ddra::odt", dq = "tarnm-ddra-read0::dq";
+const std::string cpu = "cpu_regulator::microvolts";
 
 // Passes when the composite reads 5 everywhere but at the swept member, which holds the setting.
 const std::string members_apart =
@@ -45,33 +45,80 @@ strings sweep(strings args, const std::string& command) {
 // A case that names no board file leaves the swept property as it was.
 // clang-format off
 const named_case cases[] = {
-    {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {}, "           30   35   40  45\nmmc::rdqs  ..###..O####....\nmmc::rdqs: window 37..41 (5 values), centre 39\nmmc::rdqs: original 37: margin 0 below, 4 above\n", "", 0}},
-    {"falling, two equal windows", {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {}, "           39  35  30\nmmc::rdqs  ..O##.###.\nmmc::rdqs: window 35..37 (3 values), centre 36\nmmc::rdqs: original 37: margin 2 below, 0 above\n", "", 0}},
+    {"hole, original at the window's edge", {sweep({"-y", mmc, "30", "45"}, in(32, 34) + " || " + in(37, 41)), {},
+        "           30   35   40  45\n"
+        "mmc::rdqs  ..###..O####....\n"
+        "mmc::rdqs: window 37..41 (5 values), centre 39\nmmc::rdqs: original 37: margin 0 below, 4 above\n", "", 0}},
+    {"falling, two equal windows", {sweep({"-y", mmc, "39", "30"}, in(31, 33) + " || " + in(35, 37)), {},
+        "           39  35  30\n"
+        "mmc::rdqs  ..O##.###.\n"
+        "mmc::rdqs: window 35..37 (3 values), centre 36\nmmc::rdqs: original 37: margin 2 below, 0 above\n", "", 0}},
     // Every run must pass: here the second one passes at 2 only.
-    {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"}, "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; [ ! -e $f ] && touch $f || { rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {}, "               0  3\nmac-tx::delay  X.#.\nmac-tx::delay: window 2..2 (1 value), centre 2\nmac-tx::delay: original 0: outside the window\n", "", 0}},
-    {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {}, "           30   35   40  45\nmmc::rdqs  ...####O###.....\nmmc::rdqs: window 33..40 (8 values), centre 36\nmmc::rdqs: original 37: margin 4 below, 3 above\n", "padkit-tune-sim: mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
-    {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {}, "           2 3\nmmc::rdqs  ..\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"runs, original outside", {sweep({"-y", "--runs", "2", "mac-tx::delay", "0", "3"},
+                                      "f=${TMPDIR:-/tmp}/padkit-sweep-run.$PPID.$PADKIT_SWEEP_VALUE; "
+                                      "[ ! -e $f ] && touch $f || { rm $f; [ $PADKIT_SWEEP_VALUE = 2 ]; }"), {},
+        "               0  3\n"
+        "mac-tx::delay  X.#.\n"
+        "mac-tx::delay: window 2..2 (1 value), centre 2\nmac-tx::delay: original 0: outside the window\n", "", 0}},
+    {"keep centre, original inside", {sweep({"-y", "--keep", "centre", mmc, "30", "45"}, in(33, 40)), {},
+        "           30   35   40  45\n"
+        "mmc::rdqs  ...####O###.....\n"
+        "mmc::rdqs: window 33..40 (8 values), centre 36\nmmc::rdqs: original 37: margin 4 below, 3 above\n",
+        p + "mmc::rdqs: kept at the centre, 36\n", 0, "-", {{"sys/kernel/debug/mmc0/rdqs", "36"}}}},
+    {"no window, original off the axis", {sweep({"-y", "--keep", "centre", mmc, "2", "3"}, "false"), {},
+        "           2 3\n"
+        "mmc::rdqs  ..\n"
+        "mmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
     // Margins count delay steps, whatever the step, also from an original between two values.
-    {"step 2, margins in delay steps", {sweep({"-y", "--step", "2", dq + "3", "-10", "10"}, in(-4, 6)), {}, "                       -10  0  +10\n" + dq + "3  ...##O###..\n" + dq + "3: window -4..+6 (6 values), centre 0\n" + dq + "3: original 0: margin 4 below, 6 above\n", "", 0}},
-    {"original between two values", {sweep({"-y", "--step", "2", dq + "3", "-9", "9"}, in(-5, 3)), {}, "                       -9      +9\n" + dq + "3  ..#####...\n" + dq + "3: window -5..+3 (5 values), centre -1 (setting 1)\n" + dq + "3: original 0: margin 5 below, 3 above\n", "", 0}},
+    {"step 2, margins in delay steps", {sweep({"-y", "--step", "2", dq + "3", "-10", "10"}, in(-4, 6)), {},
+        "                       -10  0  +10\n" +
+        dq + "3  ...##O###..\n" +
+        dq + "3: window -4..+6 (6 values), centre 0\n" + dq + "3: original 0: margin 4 below, 6 above\n", "", 0}},
+    {"original between two values", {sweep({"-y", "--step", "2", dq + "3", "-9", "9"}, in(-5, 3)), {},
+        "                       -9      +9\n" +
+        dq + "3  ..#####...\n" +
+        dq + "3: window -5..+3 (5 values), centre -1 (setting 1)\n" + dq + "3: original 0: margin 5 below, 3 above\n",
+        "", 0}},
     // A window cut by the range: its edge there was not found, its margin there at least what it shows.
-    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {}, "                 40 120\ntarnm-ddra::odt  #O.\ntarnm-ddra::odt: window 40..60 (2 values), centre 40; lower edge not found\ntarnm-ddra::odt: original 60: margin at least 1 below, 0 above\n", "", 0}},
-    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {}, "                           1040000 1000000\ncpu_regulator::microvolts  .##\ncpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000; lower edge not found\ncpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
-    {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {}, "           40 41\nmmc::rdqs  TT\nmmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
-    {"interrupted", {sweep({"-y", mmc, "30", "40"}, "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {}, "           30   35  40\nmmc::rdqs  ####\nmmc::rdqs: partial (4 of 11 values measured): window 30..33 (4 values); neither edge found\n", "padkit-tune-sim: interrupted by Terminated; every swept property restored\n", 143}},
+    {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
+        "                 40 120\n"
+        "tarnm-ddra::odt  #O.\n"
+        "tarnm-ddra::odt: window 40..60 (2 values), centre 40; lower edge not found\n"
+        "tarnm-ddra::odt: original 60: margin at least 1 below, 0 above\n", "", 0}},
+    {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
+        "                           1040000 1000000\n"
+        "cpu_regulator::microvolts  .##\n"
+        "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000; lower edge not found\n"
+        "cpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
+    {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {},
+        "           40 41\n"
+        "mmc::rdqs  TT\n"
+        "mmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    {"interrupted", {sweep({"-y", mmc, "30", "40"},
+                           "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {},
+        "           30   35  40\n"
+        "mmc::rdqs  ####\n"
+        "mmc::rdqs: partial (4 of 11 values measured): window 30..33 (4 values); neither edge found\n",
+        p + "interrupted by Terminated; every swept property restored\n", 143}},
     // Refused before anything is written.
-    {"no consent", {sweep({mmc, "30", "40"}, "true"), {}, "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
-    {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {}, "", "padkit-tune-sim: TO: 'x' is not a decimal...", 2, ""}},
-    {"below the file's range", {sweep({"-y", mmc, "1", "40"}, "true"), {}, "", "padkit-tune-sim: mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""}},
-    {"no key between", {sweep({"-y", odt, "1", "30"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""}},
-    {"DQ codes are no delays", {sweep({"-y", dq + "3", "0", "127"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
-    {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {}, "", "padkit-tune-sim: tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
+    {"no consent", {sweep({mmc, "30", "40"}, "true"), {},
+        "", "WARNING! This sweeps mmc::rdqs over 30..40 (11 values)...", 2, ""}},
+    {"bad TO", {sweep({"-y", "--timeout", "1.", mmc, "30", "x"}, "true"), {},
+        "", p + "TO: 'x' is not a decimal...", 2, ""}},
+    {"below the file's range", {sweep({"-y", mmc, "1", "40"}, "true"), {},
+        "", p + "mmc::rdqs: 1 is not in 2..255; nothing written\n", 2, ""}},
+    {"no key between", {sweep({"-y", odt, "1", "30"}, "true"), {},
+        "", p + "tarnm-ddra::odt: no key of its table from 1 to 30\n", 2, ""}},
+    {"DQ codes are no delays", {sweep({"-y", dq + "3", "0", "127"}, "true"), {},
+        "", p + "tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
+    {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {},
+        "", p + "tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
 };
 // clang-format on
 
 }  // namespace
 
-TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
+TEST(PadkitTuneSweep, ChartsWindowsAndWhatIsLeft) {
     for (const auto& [name, c] : cases) {
         SCOPED_TRACE(name);
         tune_board b;
@@ -85,7 +132,7 @@ TEST(padkit_tune_sweep, charts_windows_and_what_is_left) {
 // Each member is swept with the others at their values, the first member's first value
 // hanging past the time-out (long enough for the check to run padkit-sim under an emulator);
 // the SVG is read back by an XML parser.
-TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
+TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     tune_board b;
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
@@ -122,12 +169,17 @@ TEST(padkit_tune_sweep, composite_member_by_member_to_csv_and_svg) {
 }
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
-TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
+TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
     const std::string dq3 = dq + "3", window = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)";
     // clang-format off
     const struct { const char* name; std::string from, to, ending, axis_labels; } rows[] = {
-        {"-20 20, the window cut by the range", "-20", "20", "-20  -15  -10  -5   0    +5   +10     +20\n" + dq3 + "  ..........######################O########\n" + window + "; upper edge not found\n" + dq3 + ": original +12: margin 22 below, at least 8 above\n", "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
-        {"-63 63", "-63", "63", window + "\n" + dq3 + ": original +12: margin 22 below, 8 above\n", "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
+        {"-20 20, the window cut by the range", "-20", "20",
+            "-20  -15  -10  -5   0    +5   +10     +20\n" +
+            dq3 + "  ..........######################O########\n" +
+            window + "; upper edge not found\n" + dq3 + ": original +12: margin 22 below, at least 8 above\n",
+            "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
+        {"-63 63", "-63", "63", window + "\n" + dq3 + ": original +12: margin 22 below, 8 above\n",
+            "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -148,7 +200,7 @@ TEST(padkit_tune_sweep, dq_member_on_its_signed_delay) {
 
 // Member k passes for k-8..k+8: the lane's common window is where all of them overlap. The profile
 // the sweep writes makes the board that --keep centre leaves.
-TEST(padkit_tune_sweep, composite_common_window_and_profile) {
+TEST(PadkitTuneSweep, CompositeCommonWindowAndProfile) {
     const std::string command =
         "k=${PADKIT_SWEEP_NAME##*dq}; [ $PADKIT_SWEEP_VALUE -ge $((k - 8)) -a $PADKIT_SWEEP_VALUE -le $((k + 8)) ]";
     tune_board kept, profiled;
@@ -166,7 +218,7 @@ TEST(padkit_tune_sweep, composite_common_window_and_profile) {
 
 // A lane stopped by SIGTERM once its first member is measured: partial in its summary, CSV and SVG, and no common
 // window from the one member measured.
-TEST(padkit_tune_sweep, composite_stopped_after_its_first_member_is_partial) {
+TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
     tune_board b;
     const std::string csv = (b.scratch / "lane.csv").string(), svg = (b.scratch / "lane.svg").string();
     const result got = b.run(sweep({"-y", "--csv", csv, "--svg", svg, dq, "-2", "2"},
@@ -209,7 +261,7 @@ std::string on_terminal(const tune_board& b, const std::string& args) {
 
 // On an 80-column terminal the charts of 128 values are wrapped into blocks no wider than it, every cell kept,
 // and the shmoo's legend wrapped too.
-TEST(padkit_tune_sweep, charts_and_legends_fit_an_80_column_terminal) {
+TEST(PadkitTuneSweep, ChartsAndLegendsFitAn80ColumnTerminal) {
     tune_board b;
     std::string board_csv = "name,value,result\n", board_cells, swept_cells;
     for (int value = 2; value <= 129; ++value) {
@@ -223,7 +275,8 @@ TEST(padkit_tune_sweep, charts_and_legends_fit_an_80_column_terminal) {
     // clang-format off
     const struct { const char* name; std::string args, row, shows; } rows[] = {
         {"sweep", "sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'", mmc + "  ", swept_cells},
-        {"shmoo", "shmoo -y " + mmc + " 2 129 mac-tx::delay 0 1 -- sh -c '[ $PADKIT_SHMOO_X_VALUE -ge 40 ]'", "0  ", "@ safest point"},
+        {"shmoo", "shmoo -y " + mmc + " 2 129 mac-tx::delay 0 1 -- sh -c '[ $PADKIT_SHMOO_X_VALUE -ge 40 ]'", "0  ",
+            "@ safest point"},
         {"merge", "merge " + (b.dir / "a.csv").string() + " " + (b.dir / "b.csv").string(), "b  ", board_cells},
     };
     // clang-format on

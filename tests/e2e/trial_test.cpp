@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Trial profiles through the life of a simulated board; a boot is apply
-// --system on the board put back to its fresh values.
+// --system on the board put back to its fresh values, with a boot id of its own: 1, 2, ...
 #include "runtime/exit_status.h"
 #include "tests/e2e/sim_board.h"
 
 namespace {
 
+using namespace tune_status;
 const std::string p = "padkit-tune-sim: ", lib = "<B>/var/lib/padkit/";
 std::string trying(const char* name, const char* count) { return p + "trying " + lib + name + ": try " + count + "\n"; }
 std::string failed(const char* name, const char* tries) {
@@ -20,12 +21,13 @@ struct step {
     const char* name;
     strings args;  // none: a boot
     std::string board, state, err = "";
-    int exit = tune_status::ok;
+    int exit = ok;
     settings changes = {};  // of the board, after a boot's reset
 };
 
 struct trial_board : tune_board {
     std::map<std::string, std::string> fresh_files = files();
+    int boots = 0;
     trial_board() {
         change("etc/padkit.d/50-board.conf", "mac-tx::delay = 1\n");
         change("t", "mmc::rdqs = 9\ncore_regulator::microvolts = 1000000\n");
@@ -38,7 +40,7 @@ struct trial_board : tune_board {
             PYTHON3
             " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
             "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
-            "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], end=\"\")' " +
+            "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], j[\"applied\"], end=\"\")' " +
             out + on_board(" <B>/var/lib/padkit <B>/etc/padkit.d >") + json;
         return std::system(python.c_str()) == 0 ? slurp(json) : "not JSON: " + slurp(out);
     }
@@ -47,6 +49,8 @@ struct trial_board : tune_board {
             SCOPED_TRACE(s.name);
             for (const auto& [path, text] : s.args.empty() ? fresh_files : decltype(fresh_files)())
                 change(path, text.c_str());
+            if (s.args.empty())
+                change("proc/sys/kernel/random/boot_id", (std::to_string(++boots) + "\n").c_str());
             check(*this, {s.args.empty() ? strings{"apply", "--system"} : s.args, s.changes, "...", s.err, s.exit});
             EXPECT_EQ(run({"dump", "mac-tx::delay", "mmc::rdqs"}).out,
                       "mac-tx::delay = " + s.board.substr(0, 1) + "\nmmc::rdqs = " + s.board.substr(2) + "\n");
@@ -59,37 +63,41 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 
 }  // namespace
 
-TEST(trial, blessed_after_its_first_try_is_known_good) {
+TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
     // clang-format off
     trial_board().live({
-        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
-        {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0", p + "trial " + lib + "trial-0001+2-0.conf has not been tried yet; not blessed\n", tune_status::not_done},
-        {"first boot", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
-        {"blessed", bless, tried, "50-board.conf ~trial-0001.conf | good None None"},
-        {"boot after", boot, tried, "50-board.conf ~trial-0001.conf | good None None"},
-        {"blessed twice", bless, tried, "50-board.conf ~trial-0001.conf | good None None", p + "no trial to bless\n", tune_status::not_done},
-        {"next trial", {"trial", "--now", "<B>/t"}, tried, "50-board.conf trial-0002+2-1.conf ~trial-0001.conf | pending 2 1"},
-        {"blessed at once", bless, tried, "50-board.conf ~trial-0001.conf ~trial-0002.conf | good None None"},
+        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0 False"},
+        {"untried refused", bless, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0 False", p + "trial " + lib + "trial-0001+2-0.conf has not been tried yet; not blessed\n", tune_status::not_done},
+        {"first boot", boot, tried, "50-board.conf trial-0001+1-1@1.conf | pending 1 1 True", trying("trial-0001+1-1.conf", "1 of 2")},
+        {"blessed", bless, tried, "50-board.conf ~trial-0001.conf | good None None None"},
+        {"boot after", boot, tried, "50-board.conf ~trial-0001.conf | good None None None"},
+        {"blessed twice", bless, tried, "50-board.conf ~trial-0001.conf | good None None None", p + "no trial to bless\n", tune_status::not_done},
+        {"next trial", {"trial", "--now", "<B>/t"}, tried, "50-board.conf trial-0002+2-1@2.conf ~trial-0001.conf | pending 2 1 True"},
+        {"blessed at once", bless, tried, "50-board.conf ~trial-0001.conf ~trial-0002.conf | good None None None"},
     });
     // clang-format on
 }
 
-TEST(trial, never_blessed_or_failed_is_left_out) {
+TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
+    const std::string not_applied = " has not been applied whole in this boot; not blessed\n";
     // clang-format off
     trial_board().live({
-        {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None", p + "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", tune_status::bad_input},
-        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0"},
-        {"boot 1", boot, tried, "50-board.conf trial-0001+1-1.conf | pending 1 1", trying("trial-0001+1-1.conf", "1 of 2")},
-        {"boot 2", boot, tried, "50-board.conf trial-0001+0-2.conf | pending 0 2", trying("trial-0001+0-2.conf", "2 of 2")},
-        {"boot 3", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", failed("trial-0001+0-2.bad", "2 tries")},
-        {"bad refused", bless, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2", p + "trial " + lib + "trial-0001+0-2.bad failed; not blessed\n", tune_status::not_done},
-        {"replaced", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0002+3-0.conf | pending 3 0"},
-        {"removed", remove_trial, known_good, "50-board.conf | none None None"},
-        {"removed twice", remove_trial, known_good, "50-board.conf | none None None", p + "no trial to remove\n", tune_status::not_done},
-        {"installed again", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0001+3-0.conf | pending 3 0"},
+        {"refused file", {"trial", "<B>/bad"}, fresh, "50-board.conf | none None None None", p + "<B>/bad:1: mmc::rdqs: 1 is not in 2..255\n", tune_status::bad_input},
+        {"installed", {"trial", "--tries", "2", "<B>/t"}, fresh, "50-board.conf trial-0001+2-0.conf | pending 2 0 False"},
+        {"boot 1", boot, tried, "50-board.conf trial-0001+1-1@1.conf | pending 1 1 True", trying("trial-0001+1-1.conf", "1 of 2")},
+        // Boot 2 stops before the trial: the trial applied in boot 1 is not blessed in boot 2.
+        {"boot 2, known-good refused", boot, fresh, "50-board.conf trial-0001+1-1@1.conf | pending 1 1 False", p + "<B>/etc/padkit.d/50-board.conf:1: expected NAME = VALUE\n", tune_status::bad_input, {{"etc/padkit.d/50-board.conf", "oops\n"}}},
+        {"not applied in boot 2", bless, fresh, "50-board.conf trial-0001+1-1@1.conf | pending 1 1 False", p + "trial " + lib + "trial-0001+1-1@1.conf" + not_applied, tune_status::not_done},
+        {"boot 3", boot, tried, "50-board.conf trial-0001+0-2@3.conf | pending 0 2 True", trying("trial-0001+0-2.conf", "2 of 2"), tune_status::ok, {{"etc/padkit.d/50-board.conf", "mac-tx::delay = 1\n"}}},
+        {"boot 4", boot, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2 None", failed("trial-0001+0-2.bad", "2 tries")},
+        {"bad refused", bless, known_good, "50-board.conf trial-0001+0-2.bad | bad 0 2 None", p + "trial " + lib + "trial-0001+0-2.bad failed; not blessed\n", tune_status::not_done},
+        {"replaced", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0002+3-0.conf | pending 3 0 False"},
+        {"removed", remove_trial, known_good, "50-board.conf | none None None None"},
+        {"removed twice", remove_trial, known_good, "50-board.conf | none None None None", p + "no trial to remove\n", tune_status::not_done},
+        {"installed again", {"trial", "<B>/t"}, known_good, "50-board.conf trial-0001+3-0.conf | pending 3 0 False"},
         // The regulator's limit is lower on the board it boots: a bad line fails the trial at once.
-        {"cannot be applied", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: 1000000 is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"), tune_status::ok, {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
-        {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1", failed("trial-0001+0-1.bad", "1 try")},
+        {"cannot be applied", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1 None", trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: 1000000 is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"), tune_status::ok, {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
+        {"boot after", boot, known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1 None", failed("trial-0001+0-1.bad", "1 try")},
     });
     // clang-format on
 }

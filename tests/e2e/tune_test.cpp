@@ -12,7 +12,7 @@
 
 namespace {
 
-const std::string regulator2 = "sys/class/regulator/regulator.2";
+const std::string p = "padkit-tune-sim: ", regulator2 = "sys/class/regulator/regulator.2";
 
 // Random registers, eMMC delay and voltages; drive strength and ODT codes stay in their tables.
 void randomize(const sim_board& b, std::mt19937& random) {
@@ -38,7 +38,7 @@ void randomize(const sim_board& b, std::mt19937& random) {
 
 }  // namespace
 
-TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
+TEST(PadkitTune, DumpChangeApplyGivesTheSameDump) {
     std::mt19937 random(12);
     for (const strings& dump : {strings{"dump"}, strings{"dump", "-x"}}) {
         SCOPED_TRACE(dump.back());
@@ -57,6 +57,8 @@ TEST(padkit_tune, dump_change_apply_gives_the_same_dump) {
 }
 
 // One profile with a bad line of each kind, each reported as FILE:LINE:; "" marks a good line.
+const std::string core = "core_regulator::microvolts";
+const std::string core_limits = " is not in the regulator's limits 800000..1000000";
 // clang-format off
 const std::pair<std::string, std::string> profile_lines[] = {
     {"; ok", ""},
@@ -71,9 +73,9 @@ const std::pair<std::string, std::string> profile_lines[] = {
     {"mmc::rdqs = 256", "mmc::rdqs: 256 is not in 2..255"},
     {"mmc::rdqs = 1", "mmc::rdqs: 1 is not in 2..255"},
     {"", ""},
-    {"core_regulator::microvolts = 1000001", "core_regulator::microvolts: 1000001 is not in the regulator's limits 800000..1000000"},
+    {core + " = 1000001", core + ": 1000001" + core_limits},
     {"core_regulator::microvolts = 800000", ""},
-    {"core_regulator::microvolts = 799999", "core_regulator::microvolts: 799999 is not in the regulator's limits 800000..1000000"},
+    {core + " = 799999", core + ": 799999" + core_limits},
     {"core_regulator::microvolts = 905000", "core_regulator::microvolts: 905000 is not a multiple of 10000 microvolts"},
     {"cpu_regulator::microvolts = 95%", "cpu_regulator::microvolts: '95%' is not a decimal or 0x hexadecimal number"},
     {"tarnm-ddrb-read3::dq = { 1,2,3,4,5,6,7,127 }", ""},
@@ -87,7 +89,7 @@ const std::pair<std::string, std::string> profile_lines[] = {
 };
 // clang-format on
 
-TEST(padkit_tune, bad_profile_writes_nothing) {
+TEST(PadkitTune, BadProfileWritesNothing) {
     tune_board b;
     const auto before = b.files();
     std::string profile, err;
@@ -109,19 +111,16 @@ TEST(padkit_tune, bad_profile_writes_nothing) {
 }
 
 // A regulator read-only in a private mount namespace refuses the last write: the rest is put back, last first.
-TEST(padkit_tune, failed_write_is_rolled_back) {
+TEST(PadkitTune, FailedWriteIsRolledBack) {
     tune_board b;
     const std::string before = b.run({"dump"}).out;
     b.change("p",
              "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
              "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
-    const char* read_only = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
-    b.launcher = {"unshare", "-m", "sh", "-c", read_only, (b.dir / regulator2).string()};
-    if (b.run({"--version"}).status != 0)
+    if (!read_only(b, b.dir / regulator2))
         GTEST_SKIP() << "no private mount namespace here";
     const result got = b.run({"apply", (b.dir / "p").string()});
     EXPECT_EQ(got.status, tune_status::not_done);
-    const std::string p = "padkit-tune-sim: ";
     EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
                            "cpu_regulator::microvolts: restored to 1100000\n" + p + "mmc::rdqs: restored to 37\n" + p +
                            "tarnm-ddrb-read3::dq5: restored to 0\n" + p + "mac-tx::delay: restored to 0\n" + p +
@@ -132,33 +131,59 @@ TEST(padkit_tune, failed_write_is_rolled_back) {
 
 const std::string rdqs = "sys/kernel/debug/mmc0/rdqs", cpu = "cpu_regulator::microvolts";
 const std::string cpu_volts = "sys/class/regulator/regulator.1/microvolts";
+std::string rdqs_invalid(const char* value) {
+    return p + "mmc::rdqs: current value " + value + " is not valid, valid range = 2 ~ 255\n";
+}
+const std::string dumped_json =
+    "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n"
+    "  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n";
 using namespace tune_status;
 
 // clang-format off
 const named_case cli_rows[] = {
-    {"no subcommand", {{}, {}, "", "padkit-tune-sim: no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
-    {"sweep, no arguments", {{"sweep"}, {}, "", "padkit-tune-sim: sweep needs NAME FROM TO, then -- and the command\nusage:...", bad_input}},
-    {"shmoo, a weight of 0", {{"shmoo", "--weigh", "1:0", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"}, {}, "", "padkit-tune-sim: --weigh: '1:0' is not X:Y, two whole numbers above 0\nusage:...", bad_input}},
-    {"unknown option", {{"dump", "-q"}, {}, "", "padkit-tune-sim: unknown option -q\nusage:...", bad_input}},
-    {"dump, unknown name", {{"dump", "nope"}, {}, "", "padkit-tune-sim: no property or group nope\nusage:...", bad_input}},
-    {"apply, no file", {{"apply"}, {}, "", "padkit-tune-sim: apply needs a FILE\nusage:...", bad_input}},
-    {"diff, missing file", {{"diff", "<B>/nope"}, {}, "", "padkit-tune-sim: <B>/nope: No such file or directory\n", bad_input}},
-    {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"}, {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}}, "{\n  \"mac-rx::delay\": 0,\n  \"mac-tx::delay\": 2,\n  \"mmc::rdqs\": null,\n  \"tarnm-ddrb-write7::dq\": [0,0,0,0,0,0,0,0,0]\n}\n", "padkit-tune-sim: mmc::rdqs: current value 1 is not valid, valid range = 2 ~ 255\n", not_done}},
-    {"dump -x, one unreadable", {{"dump", "-x", "mac-tx::delay", "mmc"}, {{rdqs, nullptr}, {"regs", "0x140000 0x300\n"}}, "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", "padkit-tune-sim: mmc::rdqs: open <B>/" + rdqs + " failed.\n", not_done}},
+    {"no subcommand", {{}, {}, "", p + "no subcommand\nusage: padkit-tune-sim dump...", bad_input}},
+    {"sweep, no arguments", {{"sweep"}, {},
+        "", p + "sweep needs NAME FROM TO, then -- and the command\nusage:...", bad_input}},
+    {"shmoo, a weight of 0", {{"shmoo", "--weigh", "1:0", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--",
+                               "true"}, {},
+        "", p + "--weigh: '1:0' is not X:Y, two whole numbers above 0\nusage:...", bad_input}},
+    {"unknown option", {{"dump", "-q"}, {}, "", p + "unknown option -q\nusage:...", bad_input}},
+    {"dump, unknown name", {{"dump", "nope"}, {}, "", p + "no property or group nope\nusage:...", bad_input}},
+    {"apply, no file", {{"apply"}, {}, "", p + "apply needs a FILE\nusage:...", bad_input}},
+    {"diff, missing file", {{"diff", "<B>/nope"}, {}, "", p + "<B>/nope: No such file or directory\n", bad_input}},
+    {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
+                                     {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}},
+        dumped_json, rdqs_invalid("1"), not_done}},
+    {"dump -x, one unreadable", {{"dump", "-x", "mac-tx::delay", "mmc"},
+                                 {{rdqs, nullptr}, {"regs", "0x140000 0x300\n"}},
+        "mac-tx::delay = 0x3\n# mmc::rdqs: unreadable\n", p + "mmc::rdqs: open <B>/" + rdqs + " failed.\n", not_done}},
     // A later member wins over its composite; equal values are not shown.
-    {"diff, member after composite", {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\ntarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}}, "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
-    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}}, "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
-    {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "", "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable\n", bad_input}},
-    {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}}, "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok, "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n", {{rdqs, "37\n"}}}},
-    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}}, "", "padkit-tune-sim: mmc::rdqs: current value 0 is not valid, valid range = 2 ~ 255\npadkit-tune-sim: mmc::rdqs: unreadable; nothing written\n", not_done}},
-    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
-    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}}, "...", "padkit-tune-sim: " + cpu + ": wrote 1095000...", left_changed}},
+    {"diff, member after composite", {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\n"
+                                                                "tarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
+        "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
+    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
+        "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
+    {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}},
+        "", rdqs_invalid("0") + p + "mmc::rdqs: unreadable\n", bad_input}},
+    {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}},
+        "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok, "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n",
+        {{rdqs, "37\n"}}}},
+    {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}},
+        "", rdqs_invalid("0") + p + "mmc::rdqs: unreadable; nothing written\n", not_done}},
+    {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}},
+        "...", p + cpu + ": wrote 1095000, reads back 1100000\n...", left_changed}},
+    {"shmoo, putting back fails", {{"shmoo", "-y", "mmc::rdqs", "36", "37", cpu, "1000000", "1010000", "--", "true"},
+                                   {{cpu_volts, "1095000"}},
+        "...", p + cpu + ": wrote 1095000...", left_changed}},
     {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
-    {"apply --system -v", {{"apply", "--system", "-v"}, {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"}, {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}, {"etc/padkit.d/x", "bad"}}, "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
+    {"apply --system -v", {{"apply", "--system", "-v"},
+                           {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"}, {"etc/padkit.d/x", "bad"},
+                            {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}},
+        "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
 };
 // clang-format on
 
-TEST(padkit_tune, command_line) {
+TEST(PadkitTune, CommandLine) {
     for (const named_case& row : cli_rows)
         check(tune_board(), row);
 }

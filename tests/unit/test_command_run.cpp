@@ -31,16 +31,18 @@ bool ends(pid_t pid) {
 
 }  // namespace
 
-TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
+TEST(CommandRun, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     char dir[] = "/tmp/padkit-command-run-XXXXXX";
     ASSERT_TRUE(mkdtemp(dir));
     const std::string pid_file = std::string(dir) + "/pid";
     // clang-format off
-    const struct { const char* name; std::vector<std::string> argv; double timeout; command_result::kind what; int detail; } rows[] = {
+    const struct { const char* name; std::vector<std::string> argv; double timeout; command_result::kind what;
+                   int detail; } rows[] = {
         {"killed", {"sh", "-c", "kill -KILL $$"}, 5, command_result::failed, 0},
         {"not found", {"/nonexistent/command"}, 5, command_result::not_started, ENOENT},
         // A background sleep shares the group: it ends with the command.
-        {"timed out, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2, command_result::timed_out, 0},
+        {"timed out, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file + "; wait"}, 1.2,
+            command_result::timed_out, 0},
         {"passed, group ended", {"sh", "-c", "sleep 30 & echo $! >" + pid_file}, 5, command_result::passed, 0},
         {"ignores SIGTERM", {"sh", "-c", "trap '' TERM; sleep 30"}, 0.2, command_result::timed_out, 0},
     };
@@ -64,7 +66,7 @@ TEST(command_run, OutcomesTimeoutAndWhatTheCommandLeftRunning) {
     rmdir(dir);
 }
 
-TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnored) {
+TEST(StopSignals, HeldUntilTakenIgnoredOnesStayIgnored) {
     signal(SIGHUP, SIG_IGN);
     stop_signals stop;
     EXPECT_TRUE(sigismember(&stop.set(), SIGINT) && sigismember(&stop.set(), SIGTERM));
@@ -75,7 +77,7 @@ TEST(stop_signals, HeldUntilTakenIgnoredOnesStayIgnored) {
     signal(SIGHUP, SIG_DFL);
 }
 
-TEST(command_run, CommandExistsLikeExecvpWouldFindIt) {
+TEST(CommandRun, CommandExistsLikeExecvpWouldFindIt) {
     // clang-format off
     const std::pair<const char*, bool> rows[] = {
         {"sh", true},

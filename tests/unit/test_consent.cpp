@@ -8,7 +8,7 @@
 #include "tests/unit/fake_hw.h"
 #include "tune/sweep/consent.h"
 
-TEST(consent, OnlyYOrYesOnATerminalProceeds) {
+TEST(Consent, OnlyYOrYesOnATerminalProceeds) {
     // clang-format off
     const struct { const char* name; bool terminal; const char* input; consent answer; } rows[] = {
         {"y", true, "y\n", consent::given},

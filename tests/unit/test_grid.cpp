@@ -35,14 +35,16 @@ grid_results grid(const std::vector<std::string>& rows, long long weigh_x = 0, l
 const std::vector<std::string> square_and_tall = {"#####.###", "#####.###", "#####.###", "#####.###",
                                                   "#####.###", "......###", "......###"};
 
-TEST(grid, SafestPoint) {
+TEST(Grid, SafestPointAtEdgesAroundHolesOnTiesAndWeighed) {
     // clang-format off
-    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near; long long weigh_x, weigh_y; std::size_t x, y, margin_x, margin_y; } cases[] = {
+    const struct { const char* name; std::vector<std::string> rows; std::optional<grid_point> near;
+                   long long weigh_x, weigh_y; std::size_t x, y, margin_x, margin_y; } cases[] = {
         {"diamond", {"..#..", ".###.", "#####", ".###.", "..#.."}, std::nullopt, 0, 0, 2, 2, 1, 1},
         {"edge moves inward", {"###..", "###..", "###..", "###.."}, std::nullopt, 0, 0, 1, 1, 1, 1},
         {"whole grid, tie to lower", {"####", "####", "####", "####"}, std::nullopt, 0, 0, 1, 1, 1, 1},
         {"whole grid, tie to nearest", {"####", "####", "####", "####"}, grid_point{3, 3}, 0, 0, 2, 2, 1, 1},
-        {"hole", {"#######", "#.#####", "#######", "#######", "#######", "#######", "#######"}, std::nullopt, 0, 0, 4, 2, 2, 2},
+        {"hole", {"#######", "#.#####", "#######", "#######", "#######", "#######", "#######"}, std::nullopt,
+            0, 0, 4, 2, 2, 2},
         {"lone point", {"...", ".#T", "..."}, std::nullopt, 0, 0, 1, 1, 0, 0},
         {"not measured is not passing", {"###", "###", "## "}, std::nullopt, 0, 0, 0, 0, 0, 0},
         {"tie to lower Y", {"#", ".", "#"}, grid_point{0, 1}, 0, 0, 0, 0, 0, 0},
@@ -51,7 +53,8 @@ TEST(grid, SafestPoint) {
         {"square rule", square_and_tall, std::nullopt, 0, 0, 2, 2, 2, 2},
         {"weighed 1:2", square_and_tall, std::nullopt, 1, 2, 7, 3, 1, 3},
         {"weighed 2:1, Y's room counts for half", square_and_tall, std::nullopt, 2, 1, 2, 1, 2, 1},
-        {"nearest by weighed distance: 2 X steps nearer than 1 Y step", {"..#", "#.."}, grid_point{0, 0}, 3, 1, 2, 0, 0, 0},
+        {"nearest by weighed distance: 2 X steps nearer than 1 Y step", {"..#", "#.."}, grid_point{0, 0},
+            3, 1, 2, 0, 0, 0},
     };
     // clang-format on
     for (const auto& c : cases) {

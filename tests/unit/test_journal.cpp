@@ -24,10 +24,11 @@ std::string shown(const journal_contents& c) {
 
 }  // namespace
 
-TEST(journal, ReaderAtItsEdges) {
+TEST(Journal, ReaderAtItsEdges) {
     // clang-format off
     const struct { const char* name; std::string text, expected; } rows[] = {
-        {"steps", head + "try \"x\" \"1\"\nresult pass\ntry \"x\" \"2\"\nstop\ntry \"x\" \"2\"\nresult timeout\n", "1:pass 2:timeout 137"},
+        {"steps", head + "try \"x\" \"1\"\nresult pass\ntry \"x\" \"2\"\nstop\ntry \"x\" \"2\"\nresult timeout\n",
+            "1:pass 2:timeout 137"},
         {"in flight", head + "try \"x\" \"1\"\nresult fail\ntry \"x\" \"2\"\n", "1:fail 2:hang in-flight 105"},
         {"torn last line", head + "try \"x\" \"1\"\nresult pa", "1:hang in-flight 81"},
         {"hang recorded", head + "try \"x\" \"1\"\nresult hang\nend\n", "1:hang ended 97"},
@@ -48,7 +49,8 @@ TEST(journal, ReaderAtItsEdges) {
         {"two tries", head + "try \"x\" \"1\"\ntry \"x\" \"2\"\n", "no: 6: a try while the one before has no result"},
         {"after the end", head + "end\ntry \"x\" \"1\"\n", "no: 6: a record after the end"},
         {"end in flight", head + "try \"x\" \"1\"\nend\n", "no: 6: the end while a try has no result"},
-        {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n", "no: 7: an original after the first try"},
+        {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n",
+            "no: 7: an original after the first try"},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -58,7 +60,7 @@ TEST(journal, ReaderAtItsEdges) {
     }
 }
 
-TEST(journal, WrittenAndReadBackByteForByte) {
+TEST(Journal, WrittenAndReadBackByteForByte) {
     const std::string path = system_path("/journal");
     std::remove(path.c_str());
     const journal_header header{

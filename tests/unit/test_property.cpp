@@ -15,8 +15,10 @@ struct stub : property {
     bool refuse;
 };
 
+using PropertySet = unit_test;
+
 // A composite's members are its own members' values, in order.
-TEST_F(unit_test, PropertySetSplitsChecksCountFirstAndNeverRollsBack) {
+TEST_F(PropertySet, SplitsChecksCountFirstAndNeverRollsBack) {
     // clang-format off
     const struct { const char *name, *text, *refuser, *err, *after; } rows[] = {
         {"blanks and an empty last member", "{1, 2,}", "", "", "{1, 2,}"},

@@ -2,10 +2,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
+#include "paths/system_paths.h"
 #include "platform/platform.h"
 #include "platform/tarnm.h"
 #include "tests/unit/fake_hw.h"
@@ -24,7 +29,7 @@ void forget_caches() {
     fake_hw::reset();
 }
 
-struct catalogue : unit_test {
+struct TarnmRegisters : unit_test {
     void SetUp() override {
         forget_caches();
         // Built once per process: they must outlive each test's registry.
@@ -37,7 +42,7 @@ struct catalogue : unit_test {
 };
 
 // A read shows the staged word without reading the hardware; each commit writes every staged word again.
-TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
+TEST_F(TarnmRegisters, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     // clang-format off
     const struct { const char* name; uint32_t code; const char* delta; uint32_t result; bool warns = false; } rows[] = {
         {"+5 less 5 is -0", 0x45, "-5", 0x00},
@@ -77,7 +82,7 @@ TEST_F(catalogue, DqRelativeChangeIsSignMagnitudeAndSaturatesAtMinus63) {
     EXPECT_TRUE(fake_hw::log.empty());
 }
 
-TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
+TEST_F(TarnmRegisters, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSelect) {
     std::set<std::tuple<char, uint32_t, uint32_t>> want;
     for (uint32_t address : {0x540008, 0x54001C, 0x540030, 0x540044, 0x140000, 0x190110, 0x190130, 0x190150, 0x190170,
                              0x190190, 0x1901B0, 0x1901D0, 0x1901F0, 0x191010, 0x191030, 0x191070, 0x191090})
@@ -94,6 +99,72 @@ TEST_F(catalogue, ReadingEveryPropertyReachesEveryCatalogueAddressThroughItsSele
     for (const auto& entry : property::properties())
         entry.second->get(value);  // strength code 0 is no table key: the read happens all the same
     EXPECT_EQ(decltype(want)(fake_hw::log.begin(), fake_hw::log.end()), want);
+}
+
+void put_board_file(const std::string& path, const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(system_path(path)).parent_path());
+    std::ofstream(system_path(path)) << text;
+}
+
+// Values a domain names, each with whether it is one of its values: both ends, the next one in, one between, just
+// past each end and, where there is room, a number between the first two.
+std::vector<std::pair<long long, bool>> samples(const value_domain& d) {
+    std::vector<long long> in = d.keys();
+    if (in.empty())
+        in = {d.low, std::min(d.low + d.step, d.high), d.low + (d.high - d.low) / d.step / 2 * d.step, d.high};
+    std::vector<std::pair<long long, bool>> values = {
+        {in.front(), true}, {in[1], true}, {in[in.size() / 2], true}, {in.back(), true}, {in.back() + d.step, false}};
+    if (in.front() - d.step >= 0)  // a text with a sign is a relative change
+        values.emplace_back(in.front() - d.step, false);
+    if (in[1] > in.front() + 1)
+        values.emplace_back(in.front() + 1, false);
+    return values;
+}
+
+// A profile's check and padkit's set take exactly the domain's values, with the code read back; the code written
+// back is what get shows.
+TEST_F(TarnmRegisters, EveryPropertyTakesItsDomainByCheckAndBySetAndNothingElse) {
+    put_board_file("/sys/kernel/debug/mmc0/rdqs", "37");
+    for (const char* regulator : {"/sys/class/regulator/regulator.1", "/sys/class/regulator/regulator.2"})
+        for (const auto& [file, microvolts] :
+             {std::pair{"/microvolts", "1100000"}, {"/min_microvolts", "800000"}, {"/max_microvolts", "1300000"}})
+            put_board_file(regulator + std::string(file), microvolts);
+    int composites = 0;
+    for (const auto& entry : property::properties()) {
+        const std::string name(entry.first);
+        property* prop = entry.second;  // a lambda takes it: C++17 captures no structured binding
+        prop->refresh();
+        const value_domain d = prop->domain();
+        ASSERT_TRUE(d.unknown.empty()) << name;
+        if (d.members) {
+            for (const std::string& member : *d.members)
+                EXPECT_NE(at(member), nullptr) << member;
+            ++composites;
+            continue;
+        }
+        for (const auto& [value, held] : samples(d)) {
+            const std::string text = std::to_string(value);
+            SCOPED_TRACE(name + " = " + text);
+            long long code = -1, now = -1;
+            std::string problem, shown;
+            EXPECT_EQ(d.code_of(text, &code, &problem), held) << problem;
+            bool set = false;
+            stderr_of([&] { set = prop->set(text); });
+            prop->refresh();
+            ASSERT_TRUE(prop->read_code(&now).ok);
+            if (!held) {
+                EXPECT_FALSE(set && now == value);
+                continue;
+            }
+            EXPECT_TRUE(set);
+            EXPECT_EQ(now, code);
+            EXPECT_TRUE(prop->write_code(code).ok);
+            prop->refresh();
+            EXPECT_TRUE(prop->get(shown));
+            EXPECT_EQ(shown, text);
+        }
+    }
+    EXPECT_EQ(composites, 24);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,8 +12,8 @@
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "runtime/stop_signals.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/apply.h"
-#include "tune/profile/board_io.h"
 #include "tune/profile/commands.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial.h"
@@ -21,7 +22,8 @@
 namespace {
 
 void print_change(const change& c) {
-    std::printf("%s: %s -> %s\n", c.prop->name.c_str(), c.before.c_str(), c.after.c_str());
+    std::printf("%s: %s -> %s\n", c.prop->name.c_str(), code_text(c.prop, c.before).c_str(),
+                code_text(c.prop, c.after).c_str());
 }
 
 // The settings that differ from the board, with the board's values; false
@@ -93,7 +95,7 @@ int apply_command(int argc, char** argv) {
 }
 
 int apply_profiles(const std::vector<std::string>& files, bool system_files, bool dry_run,
-                   bool verbose) {
+                   bool verbose, bool held_by_caller) {
     if (files.empty())
         return tune_status::ok;
     std::vector<setting> settings;
@@ -102,21 +104,26 @@ int apply_profiles(const std::vector<std::string>& files, bool system_files, boo
     std::vector<change> changes;
     if (!take_run_lock() || !plan(settings, &changes))
         return tune_status::not_done;
-    if (!dry_run) {
-        const stop_signals held;
-        const int status = write_all(changes, verbose);
-        std::fflush(stdout);
-        // A signal held during the writes acts once they are done and said,
-        // unless that would hide that something is left changed.
-        const int signal = held.take();
-        if (signal && status != tune_status::left_changed) {
-            report("apply %s; ending on %s, held until the writes were done",
-                   status == tune_status::ok ? "complete" : "failed", strsignal(signal));
-            stop_signals::die_of(signal);
-        }
-        return status;
+    if (dry_run) {
+        for (const change& c : changes)
+            print_change(c);
+        return tune_status::ok;
     }
-    for (const change& c : changes)
-        print_change(c);
-    return tune_status::ok;
+    std::optional<stop_signals> own;
+    if (!held_by_caller)
+        own.emplace();
+    const int status = write_all(changes, verbose);
+    std::fflush(stdout);
+    if (own)
+        end_if_stopped(*own, status);
+    return status;
+}
+
+void end_if_stopped(const stop_signals& held, int status) {
+    const int signal = held.take();
+    if (signal && status != tune_status::left_changed) {
+        report("apply %s; ending on %s, held until the writes were done",
+               status == tune_status::ok ? "complete" : "failed", strsignal(signal));
+        stop_signals::die_of(signal);
+    }
 }

@@ -10,7 +10,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/commands.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
@@ -40,12 +40,13 @@ int diff_command(int argc, char** argv) {
     if (json)
         std::fputs("[", stdout);
     for (const change& d : differences) {
+        const std::string board = code_text(d.prop, d.before), file = code_text(d.prop, d.after);
         if (json)
             std::printf("%s  {\"name\": %s, \"board\": %s, \"file\": %s}", separator,
-                        json_string(d.prop->name).c_str(), json_value(&d.before).c_str(),
-                        json_value(&d.after).c_str());
+                        json_string(d.prop->name).c_str(), json_value(&board).c_str(),
+                        json_value(&file).c_str());
         else
-            std::printf("%s: %s -> %s\n", d.prop->name.c_str(), d.before.c_str(), d.after.c_str());
+            std::printf("%s: %s -> %s\n", d.prop->name.c_str(), board.c_str(), file.c_str());
         separator = ",\n";
     }
     if (json)

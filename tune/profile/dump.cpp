@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <list>
 #include <optional>
 #include <set>
 #include <string>
@@ -13,7 +14,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
-#include "tune/profile/board_io.h"
+#include "tune/board/board_io.h"
 #include "tune/profile/commands.h"
 #include "tune/profile/json.h"
 #include "tune/usage/usage.h"
@@ -21,7 +22,7 @@
 namespace {
 
 // The properties the names and groups stand for (all when there are none),
-// in listing order; members of a chosen composite are left to it.
+// in listing order.
 bool choose(int count, char** names, std::vector<property*>* chosen) {
     std::set<property*> wanted;
     for (int i = 0; i < count; ++i) {
@@ -35,19 +36,42 @@ bool choose(int count, char** names, std::vector<property*>* chosen) {
             return false;
         }
     }
-    std::set<std::string> members;
     for (const auto& group : property_group::property_groups())
         for (const auto& entry : group.second->properties)
             if (count == 0 || wanted.count(entry.second))
                 chosen->push_back(entry.second);
+    return true;
+}
+
+// Members of a chosen composite are left to it. Asks the domains, which may
+// read the board, so the caller holds the lock.
+void leave_members_out(std::vector<property*>* chosen) {
+    std::set<std::string> members;
     for (property* prop : *chosen)
-        for (const std::string& member : prop->member_names())
-            members.insert(member);
+        if (const std::list<std::string>* names = prop->domain().members)
+            members.insert(names->begin(), names->end());
     std::vector<property*> kept;
     for (property* prop : *chosen)
         if (!members.count(prop->name))
             kept.push_back(prop);
     chosen->swap(kept);
+}
+
+// The value as a profile holds it, "{a,b,...}" for a composite; false for a
+// code that no key names.
+bool profile_text(property* prop, const board_value& codes, bool hex, std::string* text) {
+    const value_domain domain = prop->domain();
+    if (!domain.members)
+        return domain.value_text(codes.front(), hex, text);
+    auto code = codes.begin();
+    *text = "{";
+    for (const std::string& name : *domain.members) {
+        std::string member_text;
+        if (!property::get_property(name)->domain().value_text(*code++, hex, &member_text))
+            return false;
+        *text += (text->size() > 1 ? "," : "") + member_text;
+    }
+    *text += "}";
     return true;
 }
 
@@ -71,15 +95,17 @@ int dump_command(int argc, char** argv) {
         return tune_status::bad_input;
     if (!take_run_lock())
         return tune_status::not_done;
-    property::number_mode = hex && !json ? 1 : 0;
+    leave_members_out(&chosen);
     int status = 0;
     const char* separator = "\n";
     if (json)
         std::fputs("{", stdout);
-    const std::vector<std::optional<std::string>> values = read_all_now(chosen);
+    const std::vector<std::optional<board_value>> values = read_all_now(chosen);
     for (std::size_t i = 0; i < chosen.size(); ++i) {
         property* prop = chosen[i];
-        const std::string* value = values[i] ? &*values[i] : nullptr;
+        std::string text;
+        const std::string* value =
+            values[i] && profile_text(prop, *values[i], hex && !json, &text) ? &text : nullptr;
         if (!value)
             status = tune_status::not_done;
         if (json) {

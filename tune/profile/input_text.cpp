@@ -9,6 +9,11 @@
 
 #include "runtime/report.h"
 
+std::size_t after_byte_order_mark(const std::string& text) {
+    const std::string mark = "\xef\xbb\xbf";
+    return text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+}
+
 std::string shown(const std::string& text, std::size_t at_most) {
     std::string out;
     for (char c : text) {

@@ -13,6 +13,10 @@
 // more is refused. Failures are reported under the name given.
 bool read_bounded(int fd, const std::string& name, std::size_t limit, std::string* text);
 
+// Where the text begins after a UTF-8 byte order mark, as some editors
+// write one: 3 with one, else 0.
+std::size_t after_byte_order_mark(const std::string& text);
+
 // Control characters as \xNN; a text longer than at_most cut there and "..." added.
 std::string shown(const std::string& text, std::size_t at_most = std::string::npos);
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,7 @@ bool read_file(const std::string& path, bool system_file, std::string* text, boo
         return false;
     }
     const int flags = O_RDONLY | O_CLOEXEC | (system_file ? O_NONBLOCK : 0) |
-                      (system_file && !system_links_followed ? O_NOFOLLOW : 0);
+                      (system_file && !system_link_followed(path) ? O_NOFOLLOW : 0);
     const int fd = open(path.c_str(), flags);
     struct stat st {};
     if (fd < 0 || fstat(fd, &st) != 0) {
@@ -61,11 +62,57 @@ bool read_file(const std::string& path, bool system_file, std::string* text, boo
     return read;
 }
 
-void add(std::vector<setting>* settings, property* prop, const std::string& value) {
+void add(std::vector<setting>* settings, const setting& added) {
     settings->erase(std::remove_if(settings->begin(), settings->end(),
-                                   [prop](const setting& s) { return s.prop == prop; }),
+                                   [&added](const setting& s) { return s.prop == added.prop; }),
                     settings->end());
-    settings->push_back({prop, value});
+    settings->push_back(added);
+}
+
+bool settings_of(property* prop, const std::string& value, std::vector<setting>* taken,
+                 std::string* problem);
+
+// A composite's value: a brace list with one value per member, blanks around
+// each allowed, each checked by its member.
+bool member_settings(const std::list<std::string>& members, const std::string& value,
+                     std::vector<setting>* taken, std::string* problem) {
+    const std::string count = std::to_string(members.size());
+    std::vector<std::string> values;
+    if (!brace_elements(value, &values)) {
+        *problem = "expected a brace list of " + count + " values";
+        return false;
+    }
+    if (values.size() != members.size()) {
+        *problem = "expected " + count + " values, found " + std::to_string(values.size());
+        return false;
+    }
+    auto next_value = values.begin();
+    for (const std::string& member_name : members) {
+        property* member = property::get_property(member_name);
+        if (!member) {
+            *problem = "no member " + member_name;
+            return false;
+        }
+        if (!settings_of(member, trimmed(*next_value++), taken, problem)) {
+            *problem = member_name + ": " + *problem;
+            return false;
+        }
+    }
+    return true;
+}
+
+// The settings that a property's value stands for: its own code, or one per
+// member of a composite.
+bool settings_of(property* prop, const std::string& value, std::vector<setting>* taken,
+                 std::string* problem) {
+    const value_domain domain = prop->domain();
+    if (domain.members)
+        return member_settings(*domain.members, value, taken, problem);
+    long long code = 0;
+    if (!domain.code_of(value, &code, problem))
+        return false;
+    taken->push_back({prop, code});
+    return true;
 }
 
 // One line into the settings; false with *problem for a bad one.
@@ -91,24 +138,13 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
         *problem = name.empty() ? "missing name" : "no property " + name;
         return false;
     }
-    std::string canonical;
-    const std::vector<std::string> members = prop->member_names();
-    if (!members.empty()) {
-        std::vector<std::string> values;
-        if (!prop->check_members(value, &values, problem)) {
-            *problem = name + ": " + *problem;
-            return false;
-        }
-        auto next_value = values.begin();
-        for (const std::string& member : members)
-            add(settings, property::get_property(member), *next_value++);
-        return true;
-    }
-    if (!prop->check(value, &canonical, problem)) {
+    std::vector<setting> taken;
+    if (!settings_of(prop, value, &taken, problem)) {
         *problem = name + ": " + *problem;
         return false;
     }
-    add(settings, prop, canonical);
+    for (const setting& s : taken)
+        add(settings, s);
     return true;
 }
 
@@ -129,9 +165,7 @@ bool load_profiles(const std::vector<std::string>& files, std::vector<setting>* 
             good = false;
             continue;
         }
-        // A byte order mark, as some editors write one, is no part of a name.
-        const std::string mark = "\xef\xbb\xbf";
-        std::string::size_type start = text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+        std::string::size_type start = after_byte_order_mark(text);
         const std::string name = file == standard_input ? "(standard input)" : shown(file);
         for (int number = 1; start < text.size(); ++number) {
             std::string::size_type end = text.find('\n', start);
@@ -172,8 +206,9 @@ bool system_profiles(std::vector<std::string>* files, bool quiet) {
     std::sort(names.begin(), names.end());
     for (const std::string& name : names) {
         struct stat st {};
-        const bool found = fstatat(dirfd(listing), name.c_str(), &st,
-                                   system_links_followed ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
+        const bool found =
+            fstatat(dirfd(listing), name.c_str(), &st,
+                    system_link_followed(dir + "/" + name) ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
         if (found && S_ISREG(st.st_mode))
             files->push_back(dir + "/" + name);
         else if (!quiet)

@@ -8,13 +8,7 @@
 #include <vector>
 
 #include "properties/property.h"
-
-// One field to be given one value: a composite in a profile stands for one
-// setting per member.
-struct setting {
-    property* prop;
-    std::string value;  // as check() gives it: decimal
-};
+#include "tune/board/board_io.h"
 
 // Reads and checks the files in order ("-" is standard input, once). A
 // later setting of a field replaces an earlier one, and takes its place in

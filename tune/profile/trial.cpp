@@ -16,6 +16,7 @@
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
+#include "runtime/stop_signals.h"
 #include "tune/profile/apply.h"
 #include "tune/profile/commands.h"
 #include "tune/profile/json.h"
@@ -41,8 +42,11 @@ const char* state_name(trial_state state) {
 bool locked_listing(trial_listing* listing) { return take_run_lock() && list_trials(listing); }
 
 void report_failed(const trial& t) {
-    report("trial %s failed after %d %s; not applied", t.path.c_str(), t.done,
-           t.done == 1 ? "try" : "tries");
+    if (!t.regular)
+        report("trial %s is not a regular file; not applied", t.path.c_str());
+    else
+        report("trial %s failed after %d %s; not applied", t.path.c_str(), t.done,
+               t.done == 1 ? "try" : "tries");
 }
 
 // Renames a failed trial bad, and says so.
@@ -54,12 +58,27 @@ void mark_bad(trial* t) {
     report_failed(*t);
 }
 
-// Applies a trial whose try is counted; one that cannot be applied is bad at once.
-int apply_counted(trial t, bool verbose) {
-    const int status = apply_profiles({t.path}, true, false, verbose);
-    if (status == tune_status::ok)
-        return status;
-    mark_bad(&t);
+// Marks a trial applied whole in this boot, the one mark bless takes. Says
+// why it cannot.
+bool mark_applied(const trial& t) {
+    const std::string boot = boot_id();
+    if (boot.empty()) {
+        report("no boot id to mark %s applied; it cannot be blessed in this boot", t.path.c_str());
+        return false;
+    }
+    return move_synced(t.path, trial_dir() + "/" + pending_name(t.number, t.left, t.done, boot));
+}
+
+// Applies a trial whose try is counted, with the stop signals HELD since the
+// count, and marks it applied; one that cannot be applied is bad at once.
+// Then a signal held meanwhile ends the program.
+int apply_counted(trial t, bool verbose, const stop_signals& held) {
+    int status = apply_profiles({t.path}, true, false, verbose, true);
+    if (status != tune_status::ok)
+        mark_bad(&t);
+    else if (!mark_applied(t))
+        status = tune_status::not_done;
+    end_if_stopped(held, status);
     return status;
 }
 
@@ -94,30 +113,42 @@ int install(const std::string& file, int tries, bool now) {
     trial t;
     t.number = listing.highest + 1;
     if (t.number > 9999) {
-        report("no trial number left: remove the ~trial-*.conf files of %s",
-               known_good_dir().c_str());
+        // The last number is held by the trial itself, or by a blessed one.
+        if (listing.current.state == trial_state::good)
+            report("no trial number left: remove the ~trial-*.conf files of %s",
+                   known_good_dir().c_str());
+        else
+            report("no trial number left: remove the trial %s first (trial --remove)",
+                   listing.current.path.c_str());
         return tune_status::not_done;
     }
-    // --now tries it at once: that is its first try.
+    // --now tries it at once: that is its first try, counted as it is installed.
     t.left = tries - now;
     t.done = now;
     const std::string name = pending_name(t.number, t.left, t.done);
+    // From here on a stop signal waits until the trial is installed (and
+    // with --now marked applied or bad).
+    const stop_signals held;
     if (!install_trial_file(text, name))
         return tune_status::not_done;
     t.path = trial_dir() + "/" + name;
     // A replaced trial left behind by a cut-short run is ignored, the newest counts.
     if (!remove_synced(listing.trial_files))
         return tune_status::not_done;
-    return now ? apply_counted(t, false) : tune_status::ok;
+    return now ? apply_counted(t, false, held) : tune_status::ok;
 }
 
 void print_status(const trial& t, bool json) {
     const bool tries = t.state == trial_state::pending || t.state == trial_state::bad;
+    const bool pending = t.state == trial_state::pending;
     if (json) {
-        std::printf("{\"state\": \"%s\", \"file\": %s, \"tries_left\": %s, \"tries_done\": %s}\n",
-                    state_name(t.state), t.path.empty() ? "null" : json_string(t.path).c_str(),
-                    tries ? std::to_string(t.left).c_str() : "null",
-                    tries ? std::to_string(t.done).c_str() : "null");
+        std::printf(
+            "{\"state\": \"%s\", \"file\": %s, \"tries_left\": %s, \"tries_done\": %s, "
+            "\"applied\": %s}\n",
+            state_name(t.state), t.path.empty() ? "null" : json_string(t.path).c_str(),
+            tries ? std::to_string(t.left).c_str() : "null",
+            tries ? std::to_string(t.done).c_str() : "null",
+            pending ? (t.applied ? "true" : "false") : "null");
         return;
     }
     std::printf("state: %s\n", state_name(t.state));
@@ -125,6 +156,8 @@ void print_status(const trial& t, bool json) {
         std::printf("file: %s\n", t.path.c_str());
     if (tries)
         std::printf("tries left: %d\ntries done: %d\n", t.left, t.done);
+    if (pending)
+        std::printf("applied in this boot: %s\n", t.applied ? "yes" : "no");
 }
 
 int remove_trial() {
@@ -152,10 +185,11 @@ int apply_trial(bool verbose) {
         report_failed(t);
     if (t.state != trial_state::pending)
         return tune_status::ok;
+    const stop_signals held;
     if (!count_try(&t))
         return tune_status::not_done;
     report("trying %s: try %d of %d", t.path.c_str(), t.done, t.done + t.left);
-    const int status = apply_counted(t, verbose);
+    const int status = apply_counted(t, verbose, held);
     // The known-good profiles are in place, unless putting back failed.
     return status == tune_status::left_changed ? status : tune_status::ok;
 }
@@ -223,7 +257,8 @@ int bless_command(int argc, char** argv) {
         return tune_status::not_done;
     const trial& t = listing.current;
     if (t.state == trial_state::bad) {
-        report("trial %s failed; not blessed", t.path.c_str());
+        report("trial %s %s; not blessed", t.path.c_str(),
+               t.regular ? "failed" : "is not a regular file");
         return tune_status::not_done;
     }
     if (t.state != trial_state::pending) {
@@ -232,6 +267,10 @@ int bless_command(int argc, char** argv) {
     }
     if (t.done == 0) {
         report("trial %s has not been tried yet; not blessed", t.path.c_str());
+        return tune_status::not_done;
+    }
+    if (!t.applied) {
+        report("trial %s has not been applied whole in this boot; not blessed", t.path.c_str());
         return tune_status::not_done;
     }
     const std::string blessed = known_good_dir() + "/" + blessed_name(t.number);

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -38,17 +39,30 @@ bool take(const std::string& name, std::size_t* at, int* number) {
     return *at > start;
 }
 
-// A pending or bad trial's name into *t.
-bool parse_trial(const std::string& name, trial* t) {
+// A pending or bad trial's name into *t; BOOT is this boot's id.
+bool parse_trial(const std::string& name, const std::string& boot, trial* t) {
     std::size_t at = 0;
     if (!take(name, &at, "trial-") || !take(name, &at, &t->number) || !take(name, &at, "+") ||
         !take(name, &at, &t->left) || !take(name, &at, "-") || !take(name, &at, &t->done))
         return false;
     const std::string rest = name.substr(at);
-    t->state = rest == ".conf"                  ? trial_state::pending
+    const bool marked =
+        rest.size() > 6 && rest[0] == '@' && rest.compare(rest.size() - 5, 5, ".conf") == 0;
+    t->applied = marked && !boot.empty() && rest == "@" + boot + ".conf";
+    t->state = rest == ".conf" || marked        ? trial_state::pending
                : rest == ".bad" && t->left == 0 ? trial_state::bad
                                                 : trial_state::none;
     return t->state != trial_state::none;
+}
+
+// A FIFO or a directory in a trial's place is no profile to count, apply or bless.
+void check_regular(trial* t) {
+    struct stat st {};
+    t->regular = lstat(t->path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+    if (!t->regular) {
+        t->state = trial_state::bad;
+        t->applied = false;
+    }
 }
 
 bool parse_blessed(const std::string& name, trial* t) {
@@ -104,12 +118,14 @@ bool list_trials(trial_listing* listing) {
     std::vector<std::string> trials, known_good;
     if (!list_dir(trial_dir(), &trials) || !system_profiles(&known_good, true))
         return false;
+    const std::string boot = boot_id();
     trial newest;
     for (const std::string& name : trials) {
         trial t;
-        if (!parse_trial(name, &t))
+        if (!parse_trial(name, boot, &t))
             continue;
         t.path = trial_dir() + "/" + name;
+        check_regular(&t);
         listing->trial_files.push_back(t.path);
         if (t.number >= newest.number)
             newest = t;
@@ -130,10 +146,20 @@ bool list_trials(trial_listing* listing) {
     return true;
 }
 
-std::string pending_name(int number, int left, int done) {
+std::string pending_name(int number, int left, int done, const std::string& boot) {
     char name[64];
-    std::snprintf(name, sizeof name, "trial-%04d+%d-%d.conf", number, left, done);
-    return name;
+    std::snprintf(name, sizeof name, "trial-%04d+%d-%d", number, left, done);
+    return name + (boot.empty() ? "" : "@" + boot) + ".conf";
+}
+
+std::string boot_id() {
+    std::ifstream in(system_path("/proc/sys/kernel/random/boot_id"));
+    std::string id;
+    // A name holds it: no slash, no dot, nothing long.
+    if (!std::getline(in, id) || id.empty() || id.size() > 64 ||
+        id.find_first_not_of("0123456789abcdefABCDEF-") != std::string::npos)
+        return "";
+    return id;
 }
 
 std::string bad_name(int number, int done) {

@@ -2,12 +2,13 @@
 // The trial profile on disk. Its state is in file names alone, so that each
 // change of state is one rename and a directory listing tells the state,
 // whenever the power went:
-//   /var/lib/padkit/trial-G+L-D.conf   pending: L tries left, D tries done
-//   /var/lib/padkit/trial-G+0-D.bad    bad: failed after D tries
-//   /etc/padkit.d/~trial-G.conf        blessed: one of the known-good profiles
+//   /var/lib/padkit/trial-G+L-D.conf     pending: L tries left, D tries done
+//   /var/lib/padkit/trial-G+L-D@B.conf   pending, applied whole in the boot B
+//   /var/lib/padkit/trial-G+0-D.bad      bad: failed after D tries
+//   /etc/padkit.d/~trial-G.conf          blessed: one of the known-good profiles
 // G numbers the trials installed on the board. Of several trial files (a
 // replacement cut short) the one with the highest G is the trial, unless a
-// blessed one is newer.
+// blessed one is newer. A trial file that is not a regular file is bad.
 #ifndef PADKIT_TUNE_TRIAL_STORE_H
 #define PADKIT_TUNE_TRIAL_STORE_H
 
@@ -21,7 +22,9 @@ struct trial {
     std::string path;  // none: empty
     int number = 0;    // G
     int left = 0;
-    int done = 0;  // good: unknown, 0
+    int done = 0;          // good: unknown, 0
+    bool applied = false;  // pending: applied whole in this boot
+    bool regular = true;   // false: bad, as no regular file
 };
 
 struct trial_listing {
@@ -38,10 +41,15 @@ std::string known_good_dir();
 // one cannot be read.
 bool list_trials(trial_listing* listing);
 
-// The file name of a trial in each state.
-std::string pending_name(int number, int left, int done);
+// The file name of a trial in each state; BOOT: the boot that applied a
+// pending one whole, if any.
+std::string pending_name(int number, int left, int done, const std::string& boot = "");
 std::string bad_name(int number, int done);
 std::string blessed_name(int number);
+
+// The kernel's id of this boot (/proc/sys/kernel/random/boot_id), as a
+// trial's name carries it; empty when it cannot be read.
+std::string boot_id();
 
 // Creates the directory and its parents where missing. False, reported.
 bool make_dir(const std::string& dir);

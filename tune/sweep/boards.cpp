@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <map>
 
 #include "tune/sweep/chart.h"
@@ -24,9 +23,11 @@ sweep_results line_up(const std::string& name, const value_axis& kind,
         return std::all_of(positions.begin(), positions.end(),
                            [&](const auto& board) { return board.count(value); });
     };
+    // In the order of the axis, whatever order a board's file has.
     if (!boards.empty())
-        std::copy_if(boards.front().values.begin(), boards.front().values.end(),
-                     std::back_inserter(merged.axis.values), everywhere);
+        for (const auto& [value, at] : positions.front())
+            if (everywhere(value))
+                merged.axis.values.push_back(value);
     for (std::size_t board = 0; board < boards.size(); ++board) {
         merged.rows.push_back({boards[board].board, {}, {}, {}});
         for (long long value : merged.axis.values)

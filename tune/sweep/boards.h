@@ -11,7 +11,7 @@
 #include "tune/sweep/facts.h"
 #include "tune/sweep/window.h"
 
-// What one board measured of the property, in the order its sweep went.
+// What one board measured of the property, in any order.
 struct board_cells {
     std::string board;
     std::vector<long long> values;
@@ -19,9 +19,8 @@ struct board_cells {
 };
 
 // The boards as the rows of one sweep whose group is the property: on the
-// values that every board measured, in the first board's order, on an axis
-// of the kind of KIND (its sign, unit and keys). Rows carry no settings and
-// no original.
+// values that every board measured, rising, on an axis of the kind of KIND
+// (its sign, unit and keys). Rows carry no settings and no original.
 sweep_results line_up(const std::string& name, const value_axis& kind,
                       const std::vector<board_cells>& boards);
 

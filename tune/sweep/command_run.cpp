@@ -117,6 +117,9 @@ int end_group(pid_t pid) {
 [[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra,
                              const stop_signals& stop, int error_pipe) {
     setpgid(0, 0);
+    // Its output is no part of the run's: a reader of that (| head) that goes
+    // away must not fail the command.
+    dup2(STDERR_FILENO, STDOUT_FILENO);
     for (const auto& [name, value] : extra)
         setenv(name.c_str(), value.c_str(), 1);
     sigprocmask(SIG_SETMASK, &stop.original_mask(), nullptr);
@@ -172,21 +175,26 @@ command_result run_command(const std::vector<std::string>& argv, const environme
 
     const auto deadline = steady::now() + std::chrono::duration_cast<steady::duration>(
                                               std::chrono::duration<double>(timeout_seconds));
+    // By the clock, whatever wakes the wait: an adopted orphan's SIGCHLD may
+    // come more often than once a second.
+    auto next_second = steady::now() + std::chrono::seconds(1);
     while (!has_ended(pid)) {
         const auto now = steady::now();
         if (now >= deadline) {
             end_group(pid);
             return {command_result::timed_out, 0};
         }
-        const timespec nap =
-            as_timespec(std::min<steady::duration>(deadline - now, std::chrono::seconds(1)));
+        if (now >= next_second) {
+            if (every_second)
+                every_second();
+            next_second = now + std::chrono::seconds(1);
+        }
+        const timespec nap = as_timespec(std::min(deadline, next_second) - now);
         const int arrived = sigtimedwait(&wake, nullptr, &nap);
         if (arrived > 0 && arrived != SIGCHLD) {
             end_group(pid);
             return {command_result::interrupted, arrived};
         }
-        if (arrived < 0 && errno == EAGAIN && every_second)
-            every_second();
     }
     // What it left running in its group would overlap the next value.
     const int status = end_group(pid);

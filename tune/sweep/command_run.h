@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Runs the sweep's test command once: in a process group of its own, with
-// extra environment variables, within a time limit.
+// extra environment variables, its standard output on standard error, within
+// a time limit.
 #ifndef PADKIT_COMMAND_RUN_H
 #define PADKIT_COMMAND_RUN_H
 
@@ -29,7 +30,7 @@ constexpr double kill_grace_seconds = 2;
 // The caller becomes a child subreaper: what the command started outside its
 // group (setsid) is adopted and gets SIGTERM and, after the grace, SIGKILL
 // too. The caller must have no other children.
-// every_second runs about once a second while the command runs.
+// every_second runs once a second by the clock while the command runs.
 command_result run_command(const std::vector<std::string>& argv, const environment& extra,
                            double timeout_seconds, const stop_signals& stop,
                            const std::function<void()>& every_second);

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/watchdog.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,12 +23,22 @@ const char keep_alive_byte = '.', magic_close = 'V';
 
 bool watchdog_keeper::open(const std::string& path) {
     device = path;
-    fd = ::open(system_path(path).c_str(), O_WRONLY | O_CLOEXEC);
-    if (fd >= 0) {
+    // Without blocking: a FIFO in its place must not stop the run for good.
+    fd = ::open(system_path(path).c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat st {};
+    const bool opened = fd >= 0 && fstat(fd, &st) == 0;
+    if (opened && (S_ISCHR(st.st_mode) || (S_ISREG(st.st_mode) && watchdog_stand_in_allowed))) {
         last = std::chrono::steady_clock::now();
         return true;
     }
-    report("cannot open the watchdog %s: %s; nothing written", path.c_str(), std::strerror(errno));
+    if (opened)
+        report("cannot use the watchdog %s: not a character device; nothing written", path.c_str());
+    else
+        report("cannot open the watchdog %s: %s; nothing written", path.c_str(),
+               std::strerror(errno));
+    if (fd >= 0)
+        ::close(fd);
+    fd = -1;
     return false;
 }
 

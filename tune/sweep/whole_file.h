@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
-// A file that appears whole or not at all: written to a temporary file
-// beside it and renamed into place once complete.
+// A result file (CSV, SVG, profile): what its name holds decides how it is
+// written. A new or regular file appears whole or not at all: written to a
+// temporary file beside it and renamed into place once complete. A
+// character device, a FIFO or a link to standard output is written through,
+// never replaced. Anything else (a directory, a block device) is refused.
 #ifndef PADKIT_WHOLE_FILE_H
 #define PADKIT_WHOLE_FILE_H
 
@@ -16,11 +19,13 @@ public:
     ~whole_file();
 
     // Creates the temporary file (close-on-exec, with the permissions a new
-    // file gets); false, errno set, when it cannot.
+    // file gets), or opens what is written through; false, errno set, when
+    // it cannot or the name is refused.
     bool open(const std::string& path);
     std::FILE* stream() const { return file; }
-    // Flushes, syncs and renames the temporary file into place; false, errno
-    // set, when a step fails, and the temporary file is gone.
+    // Flushes, syncs and renames the temporary file into place (flushes what
+    // is written through); false, errno set, when a step fails, and the
+    // temporary file is gone.
     bool commit();
     void discard();
 
@@ -28,5 +33,10 @@ private:
     std::string path, temporary;
     std::FILE* file = nullptr;
 };
+
+// A result file written as a run goes, in place: refused, errno set, as
+// whole_file refuses it; standard output shared where it links there;
+// otherwise opened close-on-exec and emptied.
+std::FILE* open_in_place(const std::string& path);
 
 #endif

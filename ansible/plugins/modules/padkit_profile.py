@@ -33,9 +33,13 @@ options:
   dest:
     description:
       - Where to install the profile for boot, normally a C(.conf) file in
-        C(/etc/padkit.d). Its directory must exist.
+        C(/etc/padkit.d). Its directory must exist and be writable; that is
+        checked before the board is touched.
       - Written atomically, and only when the profile is accepted and, with
         I(apply), applied.
+      - Should writing it fail after the board was set, the task fails with
+        C(changed) true and says that the board holds the profile's settings
+        while the boot does not.
     type: path
   apply:
     description:
@@ -99,6 +103,7 @@ dest_changed:
 
 import json
 import os
+import tempfile
 
 from ansible.module_utils.basic import AnsibleModule
 from ansible.module_utils.common.text.converters import to_bytes, to_native
@@ -138,11 +143,23 @@ def apply_profile(module, profile, data):
         fail_tune(module, 'padkit-tune apply failed (status %d):' % rc, rc, out, err)
 
 
-def install(module, dest, text):
-    tmp = os.path.join(module.tmpdir, 'profile')
-    with open(tmp, 'wb') as f:
-        f.write(text)
-    module.atomic_move(tmp, dest)
+def install(module, dest, text, board_changed):
+    """Writes DEST whole: a hidden temporary file beside it (which
+    apply --system leaves out), renamed over it."""
+    fd, tmp = tempfile.mkstemp(dir=os.path.dirname(dest), prefix='.padkit-')
+    try:
+        with os.fdopen(fd, 'wb') as f:
+            f.write(text)
+            f.flush()
+            os.fsync(f.fileno())
+        os.chmod(tmp, 0o644)
+        os.rename(tmp, dest)
+    except OSError as e:
+        os.unlink(tmp)
+        board = ('the board holds the profile\'s settings now, but boots with what it had'
+                 if board_changed else 'the board is unchanged')
+        module.fail_json(msg='cannot install %s: %s; %s' % (dest, e.strerror, board),
+                         changed=board_changed)
 
 
 def main():
@@ -162,6 +179,9 @@ def main():
     # Known before the board is touched, not after it has been set.
     if p['dest'] and (os.path.isdir(p['dest']) or not os.path.isdir(os.path.dirname(p['dest']))):
         module.fail_json(msg='dest must name a file in an existing directory: %s' % p['dest'])
+    if p['dest'] and not os.access(os.path.dirname(p['dest']), os.W_OK):
+        module.fail_json(msg='dest %s cannot be written: its directory is not writable; '
+                         'the board is unchanged' % p['dest'])
     # Content goes to padkit-tune on standard input; no file to clean up.
     profile, data = ('-', to_bytes(p['content'])) if p['content'] is not None else (p['src'], None)
     settings = differences(module, profile, data)
@@ -172,7 +192,7 @@ def main():
     installed = read_file(p['dest']) if p['dest'] else text
     dest_changed = installed != text
     if dest_changed and not module.check_mode:
-        install(module, p['dest'], text)
+        install(module, p['dest'], text, bool(p['apply'] and settings))
 
     diff = []
     if p['apply'] and settings:

@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: MIT
 # Installation and Debian packages.
 #
-#   cmake --install <build> [--prefix <dir>]   padkit to sbin (a root tool),
-#       padkit-sim to bin, man pages, bash completion for both names
+#   cmake --install <build> [--prefix <dir>]   padkit, padkit-tune and
+#       padkit-memtest to sbin (root tools), the sims to bin, man pages, bash
+#       completion for every name
 #   cpack --config <build>/CPackConfig.cmake   padkit_<version>_<arch>.deb
 #
 # A native build packages padkit and padkit-sim for the build machine's
@@ -18,7 +19,8 @@ set(CPACK_PACKAGE_CONTACT "padkit developers <padkit@example.org>")
 
 # The man pages carry the project's version; the Debian changelog and
 # copyright file the version, the contact and the licence of this tree.
-foreach(page padkit.8 padkit-tune.8 padkit-sim.1 padkit-tune-sim.1)
+foreach(page padkit.8 padkit-tune.8 padkit-memtest.8 padkit-sim.1 padkit-tune-sim.1
+        padkit-memtest-sim.1)
     configure_file(${PROJECT_SOURCE_DIR}/doc/${page} ${padkit_doc}/${page} @ONLY)
 endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${padkit_doc}/changelog @ONLY)
@@ -32,7 +34,8 @@ configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright.in ${padkit_doc}/copyri
 
 # Man pages and changelog are installed compressed, as Debian wants them.
 set(padkit_compressed "")
-foreach(file padkit.8 padkit-tune.8 padkit-sim.1 padkit-tune-sim.1 changelog)
+foreach(file padkit.8 padkit-tune.8 padkit-memtest.8 padkit-sim.1 padkit-tune-sim.1
+        padkit-memtest-sim.1 changelog)
     add_custom_command(OUTPUT ${padkit_doc}/${file}.gz
         COMMAND gzip -9nkf ${padkit_doc}/${file}
         DEPENDS ${padkit_doc}/${file}
@@ -41,12 +44,15 @@ foreach(file padkit.8 padkit-tune.8 padkit-sim.1 padkit-tune-sim.1 changelog)
 endforeach()
 add_custom_target(padkit_compressed_docs ALL DEPENDS ${padkit_compressed})
 
-install(TARGETS padkit padkit-tune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(TARGETS padkit padkit-tune padkit-memtest RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(FILES ${padkit_doc}/padkit.8.gz ${padkit_doc}/padkit-tune.8.gz
+              ${padkit_doc}/padkit-memtest.8.gz
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit)
 install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
         DESTINATION ${padkit_completions} RENAME padkit-tune)
+install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-memtest.bash
+        DESTINATION ${padkit_completions} RENAME padkit-memtest)
 install(FILES ${padkit_doc}/copyright ${padkit_doc}/changelog.gz
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(PADKIT_STATIC)
@@ -76,12 +82,16 @@ install(CODE "
 
 # padkit-sim is for trying padkit on a workstation, not for the board.
 if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
-    install(TARGETS padkit-sim padkit-tune-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS padkit-sim padkit-tune-sim padkit-memtest-sim
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${padkit_doc}/padkit-sim.1.gz ${padkit_doc}/padkit-tune-sim.1.gz
+                  ${padkit_doc}/padkit-memtest-sim.1.gz
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${padkit_completion_script} DESTINATION ${padkit_completions} RENAME padkit-sim)
     install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-tune.bash
             DESTINATION ${padkit_completions} RENAME padkit-tune-sim)
+    install(FILES ${PROJECT_SOURCE_DIR}/completion/padkit-memtest.bash
+            DESTINATION ${padkit_completions} RENAME padkit-memtest-sim)
 endif()
 
 # Debian architecture of the binaries: the target's when cross compiling.
@@ -113,7 +123,8 @@ set(CPACK_PACKAGE_DESCRIPTION
     "padkit reads and writes DDR PHY drive strengths, on-die termination and
 DQ delays, USB EHCI PHY tuning, I2C and Ethernet MAC delays, the eMMC read
 DQS delay and the CPU and core supply voltages of a tarnm board, by name,
-as root, while the system runs. padkit-sim, when packaged, is the same
+as root, while the system runs. padkit-memtest tests memory and names the
+data bits of the bus that fail. padkit-sim, when packaged, is the same
 program on a simulated board.")
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)

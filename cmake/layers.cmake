@@ -12,6 +12,7 @@ set(padkit_layers
     "registers fileprops sim"   # sim: the simulated board's units of both seams
     "platform"
     "tune/sweep tune/usage"     # padkit-tune's parts that know no property
+    "memtest"                   # padkit-memtest, which knows no property either
     "tune/board"                # board reading and writing
     "tune/profile"              # profiles
     "tune cli completion"       # campaigns, the commands, the programs

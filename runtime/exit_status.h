@@ -26,4 +26,12 @@ constexpr int left_changed = 3;
 constexpr int output_lost = 4;
 }  // namespace tune_status
 
+// padkit-memtest's.
+namespace memtest_status {
+constexpr int ok = 0;           // no bit failed
+constexpr int failed = 1;       // some bits failed, named in the failing-bits file
+constexpr int bad_input = 2;    // nothing tested
+constexpr int output_lost = 4;  // as padkit-tune's
+}  // namespace memtest_status
+
 #endif

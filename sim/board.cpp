@@ -52,12 +52,12 @@ bool write_new_file(const std::string& path, const std::string& text) {
 }
 
 bool populate(const std::string& root) {
-    static const char* const files[][2] = {
+    const std::string files[][2] = {
         {"/sys/kernel/debug/mmc0/rdqs", "37\n"},
         {"/sys/class/regulator/regulator.1/microvolts", "1100000\n"},
         {"/sys/class/regulator/regulator.1/min_microvolts", "800000\n"},
         {"/sys/class/regulator/regulator.1/max_microvolts", "1300000\n"},
-        {"/sys/class/regulator/regulator.2/microvolts", "900000\n"},
+        {core_microvolts_path, std::to_string(nominal_core_microvolts) + "\n"},
         {"/sys/class/regulator/regulator.2/min_microvolts", "800000\n"},
         {"/sys/class/regulator/regulator.2/max_microvolts", "1000000\n"},
         {"/proc/sys/kernel/random/boot_id", "1\n"},
@@ -109,6 +109,22 @@ std::string open_board() {
 const std::string& board_dir() {
     static const std::string dir = open_board();
     return dir;
+}
+
+bool read_board_file(const std::string& path, std::string* text, mode_t* mode) {
+    int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    struct stat st;
+    bool ok = fstat(fd, &st) == 0;
+    if (ok && mode)
+        *mode = st.st_mode & 07777;
+    char buffer[4096];
+    ssize_t got = 0;
+    while (ok && (got = read(fd, buffer, sizeof buffer)) > 0)
+        text->append(buffer, static_cast<std::string::size_type>(got));
+    close(fd);
+    return ok && got == 0;
 }
 
 }  // namespace sim

@@ -3,6 +3,8 @@
 #ifndef PADKIT_SIM_BOARD_H
 #define PADKIT_SIM_BOARD_H
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace sim {
@@ -13,6 +15,16 @@ namespace sim {
 // When PADKIT_SIM_DIR, XDG_STATE_HOME and HOME are all unset or empty, says
 // so and ends the program with status 255.
 const std::string& board_dir();
+
+// The core regulator's voltage file, below the board directory, and the
+// voltage a fresh board holds.
+constexpr const char* core_microvolts_path = "/sys/class/regulator/regulator.2/microvolts";
+constexpr long nominal_core_microvolts = 900000;
+
+// Reads a file of the board whole, and its permissions when MODE is given.
+// A symbolic link reads as a missing file: a link in the board would make
+// root read, and then replace, what it names.
+bool read_board_file(const std::string& path, std::string* text, mode_t* mode = nullptr);
 
 }  // namespace sim
 

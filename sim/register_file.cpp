@@ -19,6 +19,7 @@
 
 #include "runtime/message.h"
 #include "sim/board.h"
+#include "sim/ddr_phy.h"
 
 namespace sim {
 
@@ -49,17 +50,6 @@ struct regs_file {
     std::string closing_comments;  // comment lines after the last entry
     mode_t mode = 0;
 };
-
-struct data_register {
-    uint32_t address;
-    uint32_t select_address;
-    bool per_dq;  // the PHY takes the update bit of a DQ delay word and clears it
-};
-constexpr data_register data_registers[] = {
-    {0x00f3813c, 0x00f3812c, false}, {0x00f38194, 0x00f3812c, true}, {0x00f381a0, 0x00f3812c, true},
-    {0x00f1813c, 0x00f1812c, false}, {0x00f18194, 0x00f1812c, true}, {0x00f181a0, 0x00f1812c, true},
-};
-constexpr uint32_t dq_update_bit = 0x80;
 
 std::string regs_path() { return board_dir() + "/regs"; }
 
@@ -123,23 +113,6 @@ bool parse_line(const std::string& line, std::string* comments, board_words* wor
     return true;
 }
 
-bool read_file(const std::string& path, std::string* text, mode_t* mode) {
-    // A link in the board would make root read, and then replace, what it names.
-    int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0)
-        return false;
-    struct stat st;
-    bool ok = fstat(fd, &st) == 0;
-    if (ok)
-        *mode = st.st_mode & 07777;
-    char buffer[4096];
-    ssize_t got = 0;
-    while (ok && (got = read(fd, buffer, sizeof buffer)) > 0)
-        text->append(buffer, static_cast<std::string::size_type>(got));
-    close(fd);
-    return ok && got == 0;
-}
-
 // Temporary files of a run killed while it replaced regs; only a run that
 // holds the lock reaches here, so none of them is still being written.
 void remove_stale_temporaries() {
@@ -154,11 +127,11 @@ void remove_stale_temporaries() {
     closedir(dir);
 }
 
-bool load(regs_file* regs) {
-    remove_stale_temporaries();
+// Without the clean-up of load: for a reader that holds no lock.
+bool read_regs(regs_file* regs) {
     const std::string path = regs_path();
     std::string text;
-    if (!read_file(path, &text, &regs->mode))
+    if (!read_board_file(path, &text, &regs->mode))
         return false;
     std::string comments;
     std::string::size_type start = 0;
@@ -172,6 +145,11 @@ bool load(regs_file* regs) {
     }
     regs->closing_comments = comments;
     return true;
+}
+
+bool load(regs_file* regs) {
+    remove_stale_temporaries();
+    return read_regs(regs);
 }
 
 std::string format(const board_words& words, const std::string& closing_comments = "") {
@@ -210,16 +188,19 @@ bool save(const regs_file& regs) {
 }
 
 // The word an access to the address reaches, given the PHY select registers.
-word_key key_for(const board_words& words, uint32_t address, const data_register** data) {
-    *data = nullptr;
-    for (const data_register& candidate : data_registers) {
-        if (candidate.address != address)
-            continue;
-        *data = &candidate;
-        const auto select = words.find(word_key{candidate.select_address, false, 0});
-        return {address, true, select == words.end() ? 0 : select->second.value};
-    }
-    return {address, false, 0};
+word_key key_for(const board_words& words, uint32_t address, bool* per_dq) {
+    phy_data_register data{};
+    *per_dq = false;
+    if (!find_data_register(address, &data))
+        return {address, false, 0};
+    *per_dq = data.per_dq;
+    const auto select = words.find(word_key{data.select_address, false, 0});
+    return {address, true, select == words.end() ? 0 : select->second.value};
+}
+
+uint32_t word_at(const board_words& words, const word_key& key) {
+    const auto found = words.find(key);
+    return found == words.end() ? 0 : found->second.value;
 }
 
 }  // namespace
@@ -237,9 +218,18 @@ bool read_word(uint32_t address, uint32_t* word) {
     regs_file regs;
     if (!load(&regs))
         return false;
-    const data_register* data = nullptr;
-    const auto found = regs.words.find(key_for(regs.words, address, &data));
-    *word = found == regs.words.end() ? 0 : found->second.value;
+    bool per_dq = false;
+    *word = word_at(regs.words, key_for(regs.words, address, &per_dq));
+    return true;
+}
+
+bool read_selected_words(const std::vector<selected_word>& wanted, std::vector<uint32_t>* words) {
+    regs_file regs;
+    if (!read_regs(&regs))
+        return false;
+    words->clear();
+    for (const selected_word& word : wanted)
+        words->push_back(word_at(regs.words, {word.address, true, word.select}));
     return true;
 }
 
@@ -247,9 +237,9 @@ bool write_word(uint32_t address, uint32_t value) {
     regs_file regs;
     if (!load(&regs))
         return false;
-    const data_register* data = nullptr;
-    const word_key key = key_for(regs.words, address, &data);
-    regs.words[key].value = data && data->per_dq ? value & ~dq_update_bit : value;
+    bool per_dq = false;
+    const word_key key = key_for(regs.words, address, &per_dq);
+    regs.words[key].value = per_dq ? value & ~dq_update_bit : value;
     return save(regs);
 }
 

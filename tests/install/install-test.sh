@@ -11,10 +11,12 @@ installed() {
     local c=share/bash-completion/completions
     local f=(sbin/padkit share/man/man8/padkit.8.gz $c/padkit share/doc/padkit/copyright
         share/doc/padkit/changelog.gz sbin/padkit-tune share/man/man8/padkit-tune.8.gz
-        $c/padkit-tune lib/systemd/system/padkit-tune.service lib/systemd/system/padkit-tune-bless.service)
+        $c/padkit-tune lib/systemd/system/padkit-tune.service lib/systemd/system/padkit-tune-bless.service
+        sbin/padkit-memtest share/man/man8/padkit-memtest.8.gz $c/padkit-memtest)
     grep -q '^PADKIT_STATIC:BOOL=ON$' "$build/CMakeCache.txt" && f+=(share/lintian/overrides/padkit)
     [ -n "$sim" ] && f+=(bin/padkit-sim share/man/man1/padkit-sim.1.gz $c/padkit-sim
-        share/man/man1/padkit-tune-sim.1.gz bin/padkit-tune-sim $c/padkit-tune-sim)
+        share/man/man1/padkit-tune-sim.1.gz bin/padkit-tune-sim $c/padkit-tune-sim
+        share/man/man1/padkit-memtest-sim.1.gz bin/padkit-memtest-sim $c/padkit-memtest-sim)
     { printf "$1%s\n" "${f[@]}"; echo "${2}etc/init.d/padkit-tune"; } | sort | xargs
 }
 # An installation below $tmp/stage: DESTDIR keeps even absolute paths there.
@@ -23,7 +25,7 @@ stage() { DESTDIR=$tmp/stage cmake --install "$build" --prefix /opt/padkit >/dev
 case $case in
 man)
     command -v mandoc >/dev/null || "$src/scripts/need-packages" mandoc || exit 1
-    pages=("$build/doc/padkit.8" "$build/doc/padkit-tune.8" "$build/doc/padkit-sim.1")
+    pages=("$build/doc/padkit.8" "$build/doc/padkit-tune.8" "$build/doc/padkit-memtest.8" "$build/doc/padkit-sim.1")
     expect "" "$(grep -H '@[A-Z_]*@' "${pages[@]}")" "substituted"
     expect "" "$(mandoc -T lint "${pages[@]}" 2>&1)" "mandoc -T lint" ;;
 completion)
@@ -45,7 +47,13 @@ completion)
     expect "dq8" "$(complete_line "padkit-sim -r tarnm-ddrb-write7::dq8")" "name after -r"
     expect "0x1e 0x22 0x28 0x3c" "$(complete_line "padkit-sim -x tarnm-ddrb::dqsdrv ")" "hex keys"
     expect "0 1 2" "$(complete_line "padkit-sim ehci2-phy::tx-crossover ")" "values from help"
-    expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value" ;;
+    expect "" "$(complete_line "padkit-sim mac-tx::delay 1 ")" "nothing after the value"
+    # padkit-memtest-sim's, with the patterns its usage lists.
+    _completion_loader padkit-memtest-sim
+    COMP_WORDS=("${sim%/*}/padkit-memtest-sim" --patterns switching,r) COMP_CWORD=2 && _padkit_memtest
+    expect "switching,random" "${COMPREPLY[*]}" "patterns after a comma"
+    COMP_WORDS=(padkit-memtest-sim --bus-width "") && _padkit_memtest
+    expect "16 32 64" "${COMPREPLY[*]}" "bus widths" ;;
 boot)
     command -v systemd-analyze >/dev/null || "$src/scripts/need-packages" systemd || exit 77
     command -v shellcheck >/dev/null || "$src/scripts/need-packages" shellcheck || exit 77

@@ -15,7 +15,8 @@ set(padkit_layers
     "memtest"                   # padkit-memtest, which knows no property either
     "tune/board"                # board reading and writing
     "tune/profile"              # profiles
-    "tune cli completion"       # campaigns, the commands, the programs
+    "tune/campaign"             # the campaign driver under every kind
+    "tune cli completion"       # the commands, the programs
 )
 
 # The project's targets that TARGET links directly.

@@ -68,10 +68,15 @@ property_regulator_voltage::~property_regulator_voltage() = default;
 
 bool property_regulator_voltage::_load_limits() {
     if (!limits_loaded)
-        limits_loaded = read_microvolts(microvolts_file, &base_uv) &&
-                        read_microvolts(min_file, &min_uv) && read_microvolts(max_file, &max_uv) &&
+        limits_loaded = read_microvolts(min_file, &min_uv) && read_microvolts(max_file, &max_uv) &&
                         min_uv <= max_uv;
     return limits_loaded;
+}
+
+bool property_regulator_voltage::_load_base() {
+    if (!base_loaded)
+        base_loaded = read_microvolts(microvolts_file, &base_uv) && _load_limits();
+    return base_loaded;
 }
 
 bool property_regulator_voltage::get(std::string& value) {
@@ -83,7 +88,7 @@ bool property_regulator_voltage::get(std::string& value) {
 }
 
 bool property_regulator_voltage::set(const std::string& value) {
-    if (!_load_limits())
+    if (!_load_base())
         return false;
     double number = 0;
     if (!parse_double(value, &number)) {
@@ -113,7 +118,7 @@ access_result property_regulator_voltage::write_target(uint32_t target) {
     return access_result::failed(problem);
 }
 
-void property_regulator_voltage::refresh() { limits_loaded = false; }
+void property_regulator_voltage::refresh() { limits_loaded = base_loaded = false; }
 
 value_domain property_regulator_voltage::domain() {
     value_domain microvolts;
@@ -132,7 +137,7 @@ value_domain property_regulator_voltage::domain() {
 
 access_result property_regulator_voltage::read_code(long long* code) {
     int64_t microvolts = 0;
-    if (!_load_limits() || !read_microvolts(microvolts_file, &microvolts))
+    if (!_load_base() || !read_microvolts(microvolts_file, &microvolts))
         return access_result::failed();
     *code = microvolts;
     return {};

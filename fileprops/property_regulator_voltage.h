@@ -21,7 +21,8 @@ public:
 
     bool set(const std::string& value) override;
     bool get(std::string& value) override;
-    // Reads the limit files again at the next use.
+    // Reads the voltage found at first use and the limit files again at the
+    // next use.
     void refresh() override;
     // Microvolts on the 10 mV step within the limit files: what set() writes
     // unchanged, since it rounds and refuses nothing else.
@@ -39,9 +40,13 @@ public:
     int64_t max_uv = 0;
     bool limits_loaded = false;
     int64_t base_uv = 0;
+    bool base_loaded = false;
 
 private:
+    // The limit files, all that the domain and a code's write need.
     bool _load_limits();
+    // The voltage found at first use, then the limits.
+    bool _load_base();
     // Writes microvolts within the limits; says what refuses or fails.
     access_result write_target(uint32_t target);
 };

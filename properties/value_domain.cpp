@@ -97,15 +97,23 @@ std::string value_domain::shown(long long code) const {
     return value_text(code, false, &text) ? text : code_prefix + std::to_string(code);
 }
 
-bool value_domain::code_of_shown(const std::string& text, long long* code) const {
+bool value_domain::code_of_shown(const std::string& text, long long* code,
+                                 std::string* problem) const {
     const std::string::size_type prefix = sizeof code_prefix - 1;
     const bool without_key = text.compare(0, prefix, code_prefix) == 0;
     uint32_t number = 0;
-    std::string problem;
-    if (!parse_strict_u32(without_key ? text.substr(prefix) : text, &number, &problem))
+    if (!parse_strict_u32(without_key ? text.substr(prefix) : text, &number, problem))
         return false;
     *code = number;
-    return without_key || code_named(number, code);
+    if (!without_key && !code_named(number, code)) {
+        *problem = text + " is not " + range_text();
+        return false;
+    }
+    if (*code >= low && *code <= high)
+        return true;
+    *problem =
+        text + " is not in " + range_name + std::to_string(low) + ".." + std::to_string(high);
+    return false;
 }
 
 sweep_axis value_domain::axis() const {

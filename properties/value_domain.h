@@ -60,8 +60,10 @@ struct value_domain {
     // Any code the hardware may hold, as padkit-tune shows it: "code N"
     // where no key names it.
     std::string shown(long long code) const;
-    // The code that shown() gives the text for; false for any other text.
-    bool code_of_shown(const std::string& text, long long* code) const;
+    // The code that shown() gives the text for, one of the domain's codes
+    // low..high (a code that no key names, or off the step, is one the
+    // hardware may hold); else what is wrong with the text.
+    bool code_of_shown(const std::string& text, long long* code, std::string* problem) const;
 
     // The sweep's axis: the keys, the signed delays or the codes.
     sweep_axis axis() const;

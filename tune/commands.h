@@ -5,8 +5,8 @@
 #ifndef PADKIT_TUNE_COMMANDS_H
 #define PADKIT_TUNE_COMMANDS_H
 
-int sweep_command(int argc, char** argv);
-int shmoo_command(int argc, char** argv);
+// sweep and shmoo: a campaign of the kind its name gives.
+int campaign_command(int argc, char** argv);
 int resume_command(int argc, char** argv);
 int merge_command(int argc, char** argv);
 

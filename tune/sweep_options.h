@@ -6,18 +6,7 @@
 #include <string>
 #include <vector>
 
-// What sweep and shmoo share: how the test command runs, and what is left
-// and written at the end.
-struct test_options {
-    bool assume_yes = false;
-    long long runs = 1;
-    double timeout_seconds = 60;
-    bool keep_centre = false;
-    std::string csv_path, svg_path, profile_path;
-    std::string journal_path, watchdog_path;
-    std::vector<std::string> command;
-    std::vector<std::string> words;  // all of the subcommand's, as given, for the journal
-};
+#include "tune/campaign/test_options.h"
 
 // One swept property and its range.
 struct swept_range {

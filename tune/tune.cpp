@@ -41,12 +41,12 @@ const subcommand subcommands[] = {
      "      [--csv FILE] [--svg FILE] [--profile FILE]\n"
      "      [--journal FILE [--watchdog DEVICE]] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
-     sweep_command},
+     campaign_command},
     {"shmoo",
      "shmoo [-y] [--xstep N] [--ystep N] [--weigh X:Y] [--runs K] [--timeout SEC]\n"
      "      [--keep original|centre] [--csv FILE] [--svg FILE] [--profile FILE]\n"
      "      [--journal FILE [--watchdog DEVICE]] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
-     shmoo_command},
+     campaign_command},
     {"resume", "resume [--restore] FILE", resume_command},
     {"trial",
      "trial [--tries N] [--now] FILE\n"

@@ -93,6 +93,26 @@ tune)  # padkit-tune (the binary given): nothing half-applied, nothing read as z
     "${t[@]}" sweep -y --profile /dev/.device mmc::rdqs 30 31 -- true >/dev/null 2>&1
     got="$?|$(stat -c %F /dev/.device)" what="--profile naming a device"; expect "0|character special file"
     [ $# -gt 2 ] && exit $fails  # strace cannot trace what qemu-user runs
+    # A sweep that gets SIGTERM at each fsync in turn closes the watchdog: a pseudo-terminal, whose master reads what
+    # the sweep wrote. watched N: the sweep's status and the last byte, "-" for none.
+    mkdir /dev/pts && mount -t devpts -o newinstance,ptmxmode=0666 devpts /dev/pts && ln -s pts/ptmx /dev/ptmx || exit 1
+    watched() {
+        python3 -c 'import os, subprocess, sys, tty
+m, s = os.openpty(); tty.setraw(s)
+status = subprocess.call([w.replace("@pty", os.ttyname(s)) for w in sys.argv[1:]], stdout=subprocess.DEVNULL,
+                         stderr=subprocess.DEVNULL)
+os.close(s); got = b""
+try:
+    while True: got += os.read(m, 1024)
+except OSError: print(status if status >= 0 else 128 - status, (got[-1:] or b"-").decode())' \
+            strace -f -o /dev/null --inject="fsync:signal=TERM:when=$1" "${t[@]}" sweep -y --journal /dev/.journal \
+            --watchdog @pty mmc::rdqs 30 31 -- true
+    }
+    for ((n = 1, status = 143; status == 143; ++n)); do
+        rm -f /dev/.journal && read -r status last <<<"$(watched $n)"
+        what="sweep, SIGTERM at fsync $n: status $status, last byte to the watchdog"; expect V "$last"
+    done
+    what="sweep past the last fsync"; expect 0 "$status"
     # apply --system killed at each call in turn: bless refuses a trial that is not applied. bless renames from
     # /var/lib/padkit to /etc/padkit.d: both on one private file system, a copy of /etc.
     mkdir /dev/.etc /dev/.lib && cp -a /etc/. /dev/.etc && mkdir /dev/.etc/padkit.d /dev/.etc/.lib &&

@@ -57,6 +57,16 @@ std::string settings_of(const std::string& profile) {
     return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
 }
 
+// The program run under strace with OPTIONS. LeakSanitizer refuses to run under ptrace; a sanitized build runs here
+// without it.
+void under_strace(sim_board& b, const strings& options) {
+    const std::string asan = std::getenv("ASAN_OPTIONS") ? std::getenv("ASAN_OPTIONS") : "";
+    if (asan.find(":detect_leaks=0") == std::string::npos)
+        setenv("ASAN_OPTIONS", (asan + ":detect_leaks=0").c_str(), 1);
+    b.launcher = {"strace", "-f"};
+    b.launcher.insert(b.launcher.end(), options.begin(), options.end());
+}
+
 using namespace tune_status;
 
 }  // namespace
@@ -185,10 +195,7 @@ TEST(PadkitTuneJournal, EveryRecordOnDiskBeforeTheNextWrite) {
         GTEST_SKIP() << "strace follows the emulator, not the program";
     tune_board b;
     const std::string journal = (b.scratch / "j").string(), log = (b.scratch / "strace").string();
-    b.launcher = {"strace", "-f", "-y", "-o", log, "-e", "trace=fsync,fdatasync,write,pwrite64"};
-    // LeakSanitizer refuses to run under ptrace; a sanitized build runs here without it.
-    const char* asan = std::getenv("ASAN_OPTIONS");
-    setenv("ASAN_OPTIONS", (std::string(asan ? asan : "") + ":detect_leaks=0").c_str(), 1);
+    under_strace(b, {"-y", "-o", log, "-e", "trace=fsync,fdatasync,write,pwrite64"});
     ASSERT_EQ(b.run({"sweep", "-y", "--journal", journal, "mac-tx::delay", "0", "3", "--", "true"}).status,
               tune_status::ok);
     std::istringstream in(slurp(log));
@@ -200,4 +207,56 @@ TEST(PadkitTuneJournal, EveryRecordOnDiskBeforeTheNextWrite) {
             events += 'S';
     // The header; per value its try, the write, its result; the original put back; the end.
     EXPECT_EQ(events, "SSWSSWSSWSSWSWS");
+}
+
+// SIGTERM at each fsync in turn, the journal's creation first: held from before the watchdog (a stand-in file) is
+// opened, so that its last byte is the magic close.
+TEST(PadkitTuneJournal, StopSignalAtAnySyncLeavesTheWatchdogClosed) {
+    if (*PADKIT_SIM_EMULATOR)
+        GTEST_SKIP() << "strace follows the emulator, not the program";
+    tune_board b;
+    const std::string journal = (b.scratch / "j").string();
+    int status = 128 + SIGTERM;
+    for (int n = 1; status == 128 + SIGTERM; ++n) {
+        b.change("dev/watchdog0", "");
+        fs::remove(journal);
+        under_strace(b, {"-o", "/dev/null", "--inject=fsync:signal=TERM:when=" + std::to_string(n)});
+        status = b.run({"sweep", "-y", "--journal", journal, "--watchdog", "/dev/watchdog0", "mmc::rdqs", "30", "31",
+                        "--", "true"})
+                     .status;
+        const std::string written = slurp(b.dir / "dev/watchdog0");
+        EXPECT_EQ(written.empty() ? '-' : written.back(), 'V') << "SIGTERM at fsync " << n;
+    }
+    EXPECT_EQ(status, ok) << "past the last fsync";
+}
+
+// Killed at each rename in turn (the profile's), then resumed unless its journal ended: every result file as a run
+// in one go leaves it, and the centre kept.
+TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
+    if (*PADKIT_SIM_EMULATOR)
+        GTEST_SKIP() << "strace follows the emulator, not the program";
+    for (const std::string call : {"rename", "renameat", "renameat2"}) {
+        if (std::system(("strace -o /dev/null -e trace=" + call + " true 2>/dev/null").c_str()) != 0)
+            continue;
+        for (int n = 1, status = 128 + SIGKILL; status == 128 + SIGKILL; ++n) {
+            SCOPED_TRACE("killed at " + call + " " + std::to_string(n));
+            tune_board b;
+            const std::string at = b.scratch.string() + "/";
+            under_strace(b, {"-o", "/dev/null", "--inject=" + call + ":signal=KILL:when=" + std::to_string(n)});
+            status = b.run({"sweep", "-y", "--keep", "centre", "--journal", at + "j", "--csv", at + "csv", "--svg",
+                            at + "svg", "--profile", at + "conf", "mmc::rdqs", "30", "32", "--", "true"})
+                         .status;
+            b.launcher.clear();
+            const bool ended = slurp(at + "j").find("\nend\n") != std::string::npos;
+            EXPECT_EQ(ended ? ok : b.run({"resume", at + "j"}).status, ok);
+            const std::string csv = slurp(at + "csv");
+            EXPECT_EQ(csv.substr(std::min(csv.size(), csv.find("name,value,result"))),
+                      "name,value,result\nmmc::rdqs,30,pass\nmmc::rdqs,31,pass\nmmc::rdqs,32,pass\n"
+                      "# summary: mmc::rdqs: window 30..32 (3 values), centre 31; neither edge found\n"
+                      "# summary: mmc::rdqs: original 37: not on the axis\n");
+            EXPECT_NE(slurp(at + "svg").find("</svg>"), std::string::npos);
+            EXPECT_EQ(settings_of(slurp(at + "conf")), "mmc::rdqs = 31\n");
+            EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, "mmc::rdqs = 31\n");
+        }
+    }
 }

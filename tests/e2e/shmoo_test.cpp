@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "tests/e2e/sim_board.h"
 
@@ -140,6 +141,17 @@ TEST(PadkitTuneShmoo, ProfileGivesTheBoardKeepCentreLeaves) {
     EXPECT_EQ(profiled.run({"apply", profile}).status, tune_status::ok);
     EXPECT_EQ(profiled.run({"dump", dq3, core}).out, kept.run({"dump", dq3, core}).out);
     EXPECT_EQ(kept.run({"dump", dq3}).out, dq3 + " = 65\n");
+}
+
+// The slow Y is written once a row, then put back; X (mmc::rdqs, a debugfs file) leaves no trace.
+TEST(PadkitTuneShmoo, YWrittenOnceARow) {
+    tune_board b;
+    const strings axes = {mmc, "30", "32", "mac-tx::delay", "0", "2"};
+    std::istringstream trace(b.run(shmoo({"-y"}, "true", axes)).trace);
+    std::string writes;
+    for (std::string kind, address, word; trace >> kind >> address >> word;)
+        writes += kind == "W" ? word + " " : "";
+    EXPECT_EQ(writes, "0x00000000 0x00000100 0x00000200 0x00000000 ");
 }
 
 // Row by row to the CSV after the facts; the SVG read back by an XML parser: a cell per point, both axes

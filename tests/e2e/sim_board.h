@@ -160,11 +160,20 @@ inline void check(const sim_board& b, const named_case& c) {
     check(b, c.c);
 }
 
-// Runs the program in a private mount namespace in which PATH is read-only; false where it cannot have one.
-inline bool read_only(sim_board& b, const fs::path& path) {
-    const char* remount = "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\" && exec \"$@\"";
-    b.launcher = {"unshare", "-m", "sh", "-c", remount, path.string()};
+// Runs the program in a private mount namespace that MOUNT ("$0" is PATH) has set up; false where it cannot have one.
+inline bool in_namespace(sim_board& b, const fs::path& path, const std::string& mount) {
+    b.launcher = {"unshare", "-m", "sh", "-c", mount + " && exec \"$@\"", path.string()};
     return b.run({"--version"}).status == 0;
+}
+
+// ... in which PATH is read-only.
+inline bool read_only(sim_board& b, const fs::path& path) {
+    return in_namespace(b, path, "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" \"$0\"");
+}
+
+// ... in which PATH is a mount point, which nothing can be renamed over.
+inline bool mount_point(sim_board& b, const fs::path& path) {
+    return in_namespace(b, path, "mount --bind \"$0\" \"$0\"");
 }
 
 // padkit-tune-sim on a board created by padkit-sim -h (padkit-tune-sim's -h creates none).

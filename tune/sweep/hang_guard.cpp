@@ -3,7 +3,7 @@
 
 bool hang_guard::trying(const journal_point& point) {
     watchdog.keep_alive();
-    return !journal.is_open() || journal.tried(point);
+    return !watchdog.failed() && (!journal.is_open() || journal.tried(point));
 }
 
 void hang_guard::measured(outcome result) {
@@ -18,7 +18,7 @@ void hang_guard::not_measured() {
 }
 
 bool hang_guard::keeping() {
-    keep_refused = journal.is_open() && !journal.keeping();
+    keep_refused = watchdog.failed() || (journal.is_open() && !journal.keeping());
     return !keep_refused;
 }
 

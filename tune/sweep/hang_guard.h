@@ -13,21 +13,23 @@ struct hang_guard {
     journal_file journal;
     watchdog_keeper watchdog;
 
-    // Before a point is written: its try record, and a keep-alive.
+    // Before a point is written: its try record, and a keep-alive; false
+    // when either failed, now or before: the point must not be written.
     bool trying(const journal_point& point);
     // After the command; a failed record is reported, and the next try fails.
     void measured(outcome result);
     // The point tried last was not measured.
     void not_measured();
     // Before --keep centre writes; false when it must not: its record cannot
-    // be written, or a run before on this journal stopped while it kept.
+    // be written, a run before on this journal stopped while it kept, or the
+    // watchdog failed.
     bool keeping();
     // After the last write: the end record unless the run stopped early and
     // can carry on, and the watchdog closed.
     void close(bool run_ended);
-    // Whether a record could not be written or the keep was refused: the run
-    // did not do all it was asked.
-    bool failed() const { return journal.failed() || keep_refused; }
+    // Whether a record or a keep-alive could not be written or the keep was
+    // refused: the run did not do all it was asked.
+    bool failed() const { return journal.failed() || watchdog.failed() || keep_refused; }
 
 private:
     bool keep_refused = false;

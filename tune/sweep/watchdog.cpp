@@ -47,8 +47,8 @@ void watchdog_keeper::keep_alive() {
     if (fd < 0 || now - last < std::chrono::milliseconds(500))
         return;
     last = now;
-    if (write(fd, &keep_alive_byte, 1) != 1 && !failed) {
-        failed = true;
+    if (write(fd, &keep_alive_byte, 1) != 1 && !broken) {
+        broken = true;
         report("cannot keep the watchdog %s alive: %s; it will reset the board", device.c_str(),
                std::strerror(errno));
     }

@@ -23,12 +23,15 @@ public:
     // Writes the magic close character and closes; warns when the watchdog
     // stays armed.
     void close();
+    // Whether a keep-alive could not be written: the watchdog will reset the
+    // board.
+    bool failed() const { return broken; }
 
 private:
     int fd = -1;
     std::string device;
     std::chrono::steady_clock::time_point last;
-    bool failed = false;  // a failed keep-alive is reported once
+    bool broken = false;  // a failed keep-alive is reported once
 };
 
 #endif

@@ -66,6 +66,10 @@ bool whole_file::open(const std::string& target_path) {
     const target kind = target_of(target_path);
     if (kind != target::whole)
         return (file = open_as(kind, target_path)) != nullptr;
+    // A file that cannot be written now is refused now, not after all the
+    // work, as it would be if it were written in place.
+    if (access(target_path.c_str(), W_OK) != 0 && errno != ENOENT)
+        return false;
     std::string name = target_path + ".XXXXXX";
     const int fd = mkostemp(name.data(), O_CLOEXEC);
     if (fd < 0)

@@ -20,7 +20,7 @@ public:
 
     // Creates the temporary file (close-on-exec, with the permissions a new
     // file gets), or opens what is written through; false, errno set, when
-    // it cannot or the name is refused.
+    // it cannot, the name is refused or names a file that cannot be written.
     bool open(const std::string& path);
     std::FILE* stream() const { return file; }
     // Flushes, syncs and renames the temporary file into place (flushes what

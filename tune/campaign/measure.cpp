@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "tune/test_run.h"
+#include "tune/campaign/measure.h"
 
-#include <unistd.h>
+#include <signal.h>
 
-#include <cerrno>
 #include <cstring>
 
-#include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "tune/board/board_io.h"
-#include "tune/sweep/consent.h"
 
 namespace {
 
@@ -89,9 +86,9 @@ point_result run_tests(const test_options& options, const environment& names,
 
 }  // namespace
 
-point_result test_point(const std::vector<setting>& changes, const journal_point& point,
-                        const test_options& options, const environment& names,
-                        const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+point_result measure_point(const std::vector<setting>& changes, const journal_point& point,
+                           const test_options& options, const environment& names,
+                           const stop_signals& stop, progress_line& progress, hang_guard& guard) {
     if (const int signal = stop.take())
         return {point_result::interrupted, outcome::fail, signal};
     if (!guard.trying(point))
@@ -107,78 +104,4 @@ point_result test_point(const std::vector<setting>& changes, const journal_point
     else
         guard.not_measured();
     return got;
-}
-
-bool confirmed(const test_options& options, const std::string& warning, const char* what) {
-    if (options.assume_yes)
-        return true;
-    switch (ask_consent(warning, stdin, isatty(STDIN_FILENO), stderr)) {
-    case consent::given: return true;
-    case consent::refused: report("%s cancelled; nothing written", what); return false;
-    case consent::no_terminal:
-        report("standard input is not a terminal; give -y to %s without asking", what);
-        return false;
-    }
-    return false;
-}
-
-bool command_ready(const test_options& options) {
-    if (command_exists(options.command.front()))
-        return true;
-    report("%s: no such command, or not executable; nothing written",
-           options.command.front().c_str());
-    return false;
-}
-
-// Close-on-exec, since the test command has no business with it.
-bool open_output(const std::string& path, file_ptr* file,
-                 const std::function<void(std::FILE*)>& header) {
-    if (path.empty())
-        return true;
-    file->reset(open_in_place(path));
-    if (*file && header)
-        header(file->get());
-    if (*file && std::fflush(file->get()) == 0 && !std::ferror(file->get()))
-        return true;
-    report("cannot write %s: %s; nothing written", path.c_str(), std::strerror(errno));
-    return false;
-}
-
-bool open_profile(const test_options& options, whole_file* profile) {
-    if (options.profile_path.empty() || profile->open(options.profile_path))
-        return true;
-    report("cannot write %s: %s; nothing written", options.profile_path.c_str(),
-           std::strerror(errno));
-    return false;
-}
-
-bool write_profile(whole_file* profile, const std::string& path, bool finished, const char* what,
-                   const std::function<void(std::FILE*)>& print) {
-    if (!profile)
-        return true;
-    if (!finished) {
-        profile->discard();
-        report("%s: not written; the %s did not finish", path.c_str(), what);
-        return false;
-    }
-    print(profile->stream());
-    if (profile->commit())
-        return true;
-    report("cannot write %s: %s", path.c_str(), std::strerror(errno));
-    return false;
-}
-
-int end_status(point_result::kind ended, int signal, bool left_changed, bool found,
-               const char* restored) {
-    if (ended == point_result::interrupted) {
-        report("interrupted by %s; %s", strsignal(signal),
-               left_changed ? "not everything restored" : restored);
-        if (!left_changed)
-            stop_signals::die_of(signal);
-    }
-    if (left_changed)
-        return tune_status::left_changed;
-    if (ended == point_result::not_started)
-        return tune_status::bad_input;
-    return ended == point_result::write_failed || !found ? tune_status::not_done : tune_status::ok;
 }

@@ -35,7 +35,7 @@ _padkit_tune()
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
             --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
-            --step | --xstep | --ystep | --runs | --timeout) return ;;
+            --step | --xstep | --ystep | --weigh | --runs | --timeout) return ;;
         esac
     fi
     [[ $command == trial && ${COMP_WORDS[COMP_CWORD - 1]} == --tries ]] && return
@@ -49,8 +49,8 @@ _padkit_tune()
             mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
                 --watchdog --" -- "$cur") ;;
         shmoo:-*)
-            mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --runs --timeout --keep --csv --svg --profile
-                --journal --watchdog --" -- "$cur") ;;
+            mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
+                --profile --journal --watchdog --" -- "$cur") ;;
         resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The

@@ -118,11 +118,12 @@ bool value_domain::code_of_shown(const std::string& text, long long* code,
 
 sweep_axis value_domain::axis() const {
     if (table)
-        return table->empty() ? sweep_axis{}
-                              : sweep_axis{table->begin()->first, table->rbegin()->first, 1, false};
+        return table->empty()
+                   ? sweep_axis{}
+                   : sweep_axis{table->begin()->first, table->rbegin()->first, 1, false, "keys"};
     if (direction_bit)
-        return {1 - direction_bit, direction_bit - 1, 1, true};
-    return {low, high, step, false};
+        return {1 - direction_bit, direction_bit - 1, 1, true, "delay steps"};
+    return {low, high, step, false, *unit ? unit : sweep_axis{}.unit};
 }
 
 std::vector<long long> value_domain::keys() const {

@@ -18,6 +18,8 @@ struct sweep_axis {
     long long low = 0, high = -1;  // low > high: the property is not swept
     long long step = 1;            // the distance between two swept values unless told otherwise
     bool is_signed = false;        // values are shown with their sign: -3, 0, +5
+    // What a value counts, in the plural: margins and pictures name it.
+    const char* unit = "codes";
 
     bool sweepable() const { return low <= high; }
     bool holds(long long value) const { return value >= low && value <= high; }

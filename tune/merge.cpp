@@ -22,6 +22,7 @@
 #include "tune/profile/input_text.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/outcome.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/svg.h"
@@ -46,6 +47,7 @@ struct board_file {
     std::vector<std::string> names;
     std::map<std::string, board_cells> cells;
     std::map<std::string, std::set<long long>> seen;
+    facts about;  // from its comment lines "# key: value"
 };
 
 // The board a file is named after: its name without directory and ".csv".
@@ -127,6 +129,7 @@ bool read_board(const std::string& path, board_file* file) {
     file->path = shown(path);
     file->board = board_name(path);
     std::string::size_type start = after_byte_order_mark(text);
+    bool header = false;
     for (int number = 1; start < text.size(); ++number) {
         std::string::size_type end = text.find('\n', start);
         if (end == std::string::npos)
@@ -134,9 +137,14 @@ bool read_board(const std::string& path, board_file* file) {
         const std::string line = trimmed(text.substr(start, end - start));
         start = end + 1;
         std::string problem;
-        if (number == 1 && line != "name,value,result")
+        fact about;
+        if (parse_fact_line(line, &about))
+            file->about.push_back(about);
+        else if (!header && line != "name,value,result")
             problem = "expected the header name,value,result";
-        else if (number > 1 && !line.empty())
+        else if (!header)
+            header = true;
+        else if (!line.empty())
             take_row(line, file, &problem);
         if (!problem.empty()) {
             report("%s:%d: %s", file->path.c_str(), number, problem.c_str());
@@ -171,8 +179,11 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
             most = std::max(most, cells->second.values.size());
         }
         const value_domain domain = property::get_property(name)->domain();
-        merged->push_back(line_up(name, domain.axis().is_signed, boards));
+        merged->push_back(line_up(name, axis_kind(domain), boards));
         sweep_results& property_results = merged->back();
+        property_results.partial = std::any_of(
+            files.begin(), files.end(),
+            [](const board_file& file) { return !fact_value(file.about, partial_key).empty(); });
         if (property_results.axis.size() == 0) {
             report("%s: no value that every board measured", name.c_str());
             return false;
@@ -276,6 +287,10 @@ int merge_command(int argc, char** argv) {
             return tune_status::bad_input;
         }
     }
+    std::vector<facts> board_facts;
+    for (const board_file& file : files)
+        board_facts.push_back(file.about);
+    const facts about = merged_facts(merged, board_facts);
     bool every_window = true;
     for (const sweep_results& property_results : merged) {
         std::printf("%s%s\n", &property_results == &merged.front() ? "" : "\n",
@@ -286,9 +301,9 @@ int merge_command(int argc, char** argv) {
     }
     std::fflush(stdout);
     if (!csv.path.empty())
-        print_merged_csv(csv.file.stream(), merged);
+        print_merged_csv(csv.file.stream(), merged, about);
     if (!svg.path.empty())
-        print_svg(svg.file.stream(), merged, "padkit-tune merge");
+        print_svg(svg.file.stream(), merged, about, mark::ship);
     if (!profile.path.empty())
         print_merged_profile(profile.file.stream(), merged, profile_header(argc, argv));
     bool written = true;

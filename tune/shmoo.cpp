@@ -13,6 +13,7 @@
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
 #include "tune/shmoo_plan.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/grid.h"
 #include "tune/sweep/grid_chart.h"
 #include "tune/sweep/grid_svg.h"
@@ -29,7 +30,11 @@ public:
           given(std::move(options)),
           x(std::move(x)),
           y(std::move(y)),
-          results(this->x.rising(), this->y.rising()) {}
+          results(this->x.rising(), this->y.rising()),
+          about(shmoo_facts(given, this->x, this->y)) {
+        results.weigh_x = given.weigh_x;
+        results.weigh_y = given.weigh_y;
+    }
 
     const test_options& options() const override { return given; }
     std::vector<property*> properties() const override { return {x.prop, y.prop}; }
@@ -70,7 +75,7 @@ public:
         return next;
     }
 
-    void print_csv_header(std::FILE* out) const override { print_grid_csv_header(out); }
+    void print_csv_header(std::FILE* out) const override { print_grid_csv_header(out, about); }
 
     void record(std::size_t step, outcome result, std::FILE* csv) override {
         const grid_point at{x.other_order(step % x.visits.size()),
@@ -80,7 +85,10 @@ public:
             print_grid_csv_point(csv, results, at);
     }
 
-    void conclude() override { safest = find_safest(results, results.original); }
+    void conclude(bool partial) override {
+        results.partial = partial;
+        safest = find_safest(results, results.original);
+    }
     bool found() const override { return safest.has_value(); }
     std::vector<setting> kept() const override {
         if (!safest)
@@ -101,7 +109,10 @@ public:
         for (const std::string& line : grid_summary(results, safest))
             std::fprintf(out, "%s\n", line.c_str());
     }
-    void print_svg(std::FILE* out) const override { print_grid_svg(out, results, safest); }
+    void print_csv_summary(std::FILE* out) const override {
+        print_summary_facts(out, results.partial, grid_summary(results, safest));
+    }
+    void print_svg(std::FILE* out) const override { print_grid_svg(out, results, safest, about); }
     // Both settings at the safest point.
     void print_profile(std::FILE* out, const std::string& header) const override {
         std::fputs(header.c_str(), out);
@@ -118,6 +129,7 @@ private:
     const shmoo_options given;
     shmoo_axis x, y;
     grid_results results;
+    const facts about;
     std::optional<safest_point> safest;
 };
 

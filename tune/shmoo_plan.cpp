@@ -20,8 +20,7 @@ long long shmoo_axis::code_at(std::size_t position) const { return codes[other_o
 grid_axis shmoo_axis::rising() const {
     grid_axis axis;
     axis.name = prop->name;
-    axis.values = visits.values;
-    axis.is_signed = visits.is_signed;
+    static_cast<value_axis&>(axis) = visits;
     std::sort(axis.values.begin(), axis.values.end());
     return axis;
 }
@@ -86,4 +85,13 @@ bool plan_shmoo(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y) {
         return false;
     }
     return true;
+}
+
+facts shmoo_facts(const shmoo_options& options, const shmoo_axis& x, const shmoo_axis& y) {
+    std::string what = x.prop->name + " " + x.visits.swept_text() + " against " + y.prop->name +
+                       " " + y.visits.swept_text();
+    if (options.weigh_x)
+        what +=
+            ", weighed " + std::to_string(options.weigh_x) + ":" + std::to_string(options.weigh_y);
+    return run_facts("shmoo", what, options.command);
 }

@@ -10,6 +10,7 @@
 
 #include "properties/property.h"
 #include "tune/sweep/axis.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/grid.h"
 #include "tune/sweep_options.h"
 
@@ -41,5 +42,9 @@ constexpr std::size_t max_shmoo_points = 4096;
 // The axes of X and Y, two properties that are not composites, and at most
 // max_shmoo_points points. On failure says why and returns false.
 bool plan_shmoo(const shmoo_options& options, shmoo_axis* x, shmoo_axis* y);
+
+// What the shmoo of the options over X and Y says of itself: both swept as
+// visited, the weights when given, the host, the time and the test.
+facts shmoo_facts(const shmoo_options& options, const shmoo_axis& x, const shmoo_axis& y);
 
 #endif

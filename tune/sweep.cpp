@@ -12,6 +12,7 @@
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/svg.h"
 #include "tune/sweep_options.h"
 #include "tune/sweep_plan.h"
@@ -25,7 +26,9 @@ public:
     sweep(sweep_options options, sweep_plan plan)
         : campaign_kind("sweep", "value", "every swept property restored"),
           given(std::move(options)),
-          plan(std::move(plan)) {
+          plan(std::move(plan)),
+          about(
+              run_facts("sweep", given.name + " " + this->plan.axis.swept_text(), given.command)) {
         results.axis = this->plan.axis;
         results.group = this->plan.group;
     }
@@ -58,7 +61,7 @@ public:
         return next;
     }
 
-    void print_csv_header(std::FILE* out) const override { ::print_csv_header(out); }
+    void print_csv_header(std::FILE* out) const override { ::print_csv_header(out, about); }
 
     void record(std::size_t step, outcome result, std::FILE* csv) override {
         const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
@@ -73,7 +76,8 @@ public:
             print_csv_line(csv, results.rows.back().name, plan.axis.text_at(at), result);
     }
 
-    void conclude() override {
+    void conclude(bool partial) override {
+        results.partial = partial;
         centres.clear();
         for (const sweep_row& row : results.rows) {
             const sweep_window window = widest_window(row.results);
@@ -108,8 +112,9 @@ public:
     }
     // The chart ends with the lines that sum it up.
     void print_summary(std::FILE*) const override {}
+    void print_csv_summary(std::FILE* out) const override { ::print_csv_summary(out, results); }
     void print_svg(std::FILE* out) const override {
-        ::print_svg(out, {results}, "padkit-tune sweep");
+        ::print_svg(out, {results}, about, mark::common_centre);
     }
     void print_profile(std::FILE* out, const std::string& header) const override {
         ::print_profile(out, results, header);
@@ -118,6 +123,7 @@ public:
 private:
     const sweep_options given;
     const sweep_plan plan;
+    const facts about;
     std::vector<long long> originals;  // per row, the code before the sweep
     sweep_results results;
     std::vector<std::optional<std::size_t>> centres;  // per row measured, of its window

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,8 @@ bool take_file_name(const char* option, const char* value, std::string* path) {
 
 namespace {
 
-// getopt's value of the first step option; the others follow.
-constexpr int first_step_option = 256;
+// getopt's value of the first option of one subcommand; the others follow.
+constexpr int first_own_option = 256;
 
 // Seconds as digits with at most one decimal point; more than 0 and at most
 // about eleven days.
@@ -69,14 +70,36 @@ bool parse_nonzero(const char* what, const char* text, long long* out) {
     return true;
 }
 
-// The options that only one subcommand has: a step, by its long name.
-struct step_option {
+// An option that only one subcommand has, by its long name, and what takes its value.
+struct own_option {
     const char* name;
-    long long* step;
+    std::function<bool(const char*)> take;
 };
 
+// A step: a number other than 0.
+own_option step_option(const char* name, long long* step) {
+    return {name, [name, step](const char* arg) {
+                return parse_nonzero((std::string("--") + name).c_str(), arg, step);
+            }};
+}
+
+// Weights "X:Y", two whole numbers above 0.
+bool parse_weights(const char* text, long long* x, long long* y) {
+    const char* colon = std::strchr(text, ':');
+    uint32_t parts[2] = {0, 0};
+    std::string problem;
+    if (colon && parse_strict_u32(std::string(text, colon), &parts[0], &problem) &&
+        parse_strict_u32(colon + 1, &parts[1], &problem) && parts[0] > 0 && parts[1] > 0) {
+        *x = parts[0];
+        *y = parts[1];
+        return true;
+    }
+    usage_error(std::string("--weigh: '") + text + "' is not X:Y, two whole numbers above 0");
+    return false;
+}
+
 bool parse_option(int option, const char* arg, test_options& options,
-                  const std::vector<step_option>& steps) {
+                  const std::vector<own_option>& own) {
     switch (option) {
     case 'y': options.assume_yes = true; return true;
     case 'r':
@@ -103,16 +126,14 @@ bool parse_option(int option, const char* arg, test_options& options,
     case 'j': return take_file_name("--journal", arg, &options.journal_path);
     case 'w': return take_file_name("--watchdog", arg, &options.watchdog_path);
     }
-    const step_option& step = steps.at(static_cast<std::size_t>(option - first_step_option));
-    return parse_nonzero((std::string("--") + step.name).c_str(), arg, step.step);
+    return own.at(static_cast<std::size_t>(option - first_own_option)).take(arg);
 }
 
 // Options end at the first operand, whatever the environment says, so that
 // a range may be negative; then exactly as many operands as NEEDS names,
 // "--" and the command.
 sweep_request parse_words(int argc, char** argv, test_options& options,
-                          const std::vector<step_option>& steps,
-                          const std::vector<const char*>& needs,
+                          const std::vector<own_option>& own, const std::vector<const char*>& needs,
                           std::vector<std::string>* operands) {
     int separator = 1;
     while (separator < argc && std::strcmp(argv[separator], "--") != 0)
@@ -123,9 +144,9 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
         {"svg", required_argument, nullptr, 'g'},     {"profile", required_argument, nullptr, 'p'},
         {"journal", required_argument, nullptr, 'j'}, {"watchdog", required_argument, nullptr, 'w'},
         {"help", no_argument, nullptr, 'h'}};
-    for (std::size_t at = 0; at < steps.size(); ++at)
+    for (std::size_t at = 0; at < own.size(); ++at)
         long_options.push_back(
-            {steps[at].name, required_argument, nullptr, first_step_option + static_cast<int>(at)});
+            {own[at].name, required_argument, nullptr, first_own_option + static_cast<int>(at)});
     long_options.push_back({nullptr, 0, nullptr, 0});
     optind = 0;
     for (int option;
@@ -137,7 +158,7 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
         else if (option == ':')
             return usage_error(std::string(argv[optind - 1]) + " needs a value"),
                    sweep_request::bad;
-        else if (!parse_option(option, optarg, options, steps))
+        else if (!parse_option(option, optarg, options, own))
             return sweep_request::bad;
     }
     operands->assign(argv + optind, argv + separator);
@@ -182,8 +203,9 @@ bool parse_range(const std::vector<std::string>& operands, std::size_t first, sw
 
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
     std::vector<std::string> operands;
-    const sweep_request request = parse_words(argc, argv, options, {{"step", &options.step}},
-                                              {"NAME", "FROM", "TO"}, &operands);
+    const sweep_request request =
+        parse_words(argc, argv, options, {step_option("step", &options.step)},
+                    {"NAME", "FROM", "TO"}, &operands);
     if (request != sweep_request::run)
         return request;
     return parse_range(operands, 0, &options) ? sweep_request::run : sweep_request::bad;
@@ -191,9 +213,13 @@ sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options)
 
 sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options) {
     std::vector<std::string> operands;
-    const sweep_request request =
-        parse_words(argc, argv, options, {{"xstep", &options.x.step}, {"ystep", &options.y.step}},
-                    {"X", "XFROM", "XTO", "Y", "YFROM", "YTO"}, &operands);
+    const sweep_request request = parse_words(
+        argc, argv, options,
+        {step_option("xstep", &options.x.step),
+         step_option("ystep", &options.y.step),
+         {"weigh",
+          [&](const char* arg) { return parse_weights(arg, &options.weigh_x, &options.weigh_y); }}},
+        {"X", "XFROM", "XTO", "Y", "YFROM", "YTO"}, &operands);
     if (request != sweep_request::run)
         return request;
     return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y)

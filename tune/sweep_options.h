@@ -19,6 +19,8 @@ struct sweep_options : test_options, swept_range {};
 
 struct shmoo_options : test_options {
     swept_range x, y;
+    // --weigh X:Y, X units of X counting like Y units of Y; 0: one step of each.
+    long long weigh_x = 0, weigh_y = 0;
 };
 
 // A value as a profile writes it, or with a sign; the property decides

@@ -90,10 +90,9 @@ bool build_axis(const swept_range& options, const value_domain& domain, value_ax
         report("%s: cannot be swept; nothing written", options.name.c_str());
         return false;
     }
-    axis->is_signed = range.is_signed;
-    const std::vector<long long> table = domain.keys();
-    return table.empty() ? values_between(options, range, domain.range_name, axis)
-                         : keys_between(options, table, axis);
+    *axis = axis_kind(domain);
+    return axis->keys.empty() ? values_between(options, range, domain.range_name, axis)
+                              : keys_between(options, axis->keys, axis);
 }
 
 // The codes of the axis values for one row, each one of the row's values.
@@ -116,6 +115,15 @@ bool row_codes(property* row, const value_axis& axis, sweep_plan* plan) {
 }
 
 }  // namespace
+
+value_axis axis_kind(const value_domain& domain) {
+    const sweep_axis range = domain.axis();
+    value_axis kind;
+    kind.is_signed = range.is_signed;
+    kind.unit = range.unit;
+    kind.keys = domain.keys();
+    return kind;
+}
 
 bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, plan) || plan->rows.empty() ||

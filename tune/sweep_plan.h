@@ -24,6 +24,9 @@ struct sweep_plan {
 // Beyond this a range is a typing mistake rather than a sweep.
 constexpr std::size_t max_sweep_values = 4096;
 
+// An axis of the domain's kind, without values: its sign, unit and table keys.
+value_axis axis_kind(const value_domain& domain);
+
 // Finds the properties and the values on the first row's axis: every
 // step-th value from FROM to TO, both on the axis, or for a table every
 // step-th key between them, the step by default the property's own. Every

@@ -43,9 +43,9 @@ const subcommand subcommands[] = {
      "      (options before NAME; FROM, TO and N may be negative)",
      campaign_command},
     {"shmoo",
-     "shmoo [-y] [--xstep N] [--ystep N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] [--profile FILE] [--journal FILE [--watchdog DEVICE]]\n"
-     "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     "shmoo [-y] [--xstep N] [--ystep N] [--weigh X:Y] [--runs K] [--timeout SEC]\n"
+     "      [--keep original|centre] [--csv FILE] [--svg FILE] [--profile FILE]\n"
+     "      [--journal FILE [--watchdog DEVICE]] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      campaign_command},
     {"resume", "resume [--restore] FILE", resume_command},
     {"trial",

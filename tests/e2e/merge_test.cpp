@@ -12,16 +12,17 @@ namespace {
 const std::string p = "padkit-tune-sim: ", dq3 = "tarnm-ddra-read0::dq3";
 using namespace tune_status;
 
-// The CSV of a sweep of dq3 over FROM..TO that passed for LO..HI.
-std::string csv(int from, int to, int lo, int hi) {
+// The CSV of a sweep of dq3 over FROM..TO by STEP that passed for LO..HI.
+std::string csv(int from, int to, int lo, int hi, int step = 1) {
     std::string text = "name,value,result\n";
-    for (int value = from; value <= to; ++value)
+    for (int value = from; value <= to; value += step)
         text += dq3 + "," + (value > 0 ? "+" : "") + std::to_string(value) +
                 (value >= lo && value <= hi ? ",pass\n" : ",fail\n");
     return text;
 }
 
 const std::string a = csv(-3, 3, -2, 1), none = csv(-3, 3, 9, 9), later = csv(0, 5, 1, 4);
+const std::string wide = csv(-6, 6, -4, 4, 2), high = csv(-6, 6, -2, 6, 2), cut = a + "# partial: interrupted\n";
 const std::string good = "name,value,result\n" + dq3 + ",+1,pass\n", far = csv(5, 6, 5, 6);
 const std::string marked = "\xef\xbb\xbf" + good;  // a UTF-8 byte order mark first
 // Bad at line 3.
@@ -31,14 +32,33 @@ const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pa
 // clang-format off
 const named_case cases[] = {
     {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
-    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"}, {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}}, dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0\nlater: window +1..+3 (3 values), centre +2 (setting 66)\n" + dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" + dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n", "padkit-tune-sim: " + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", tune_status::ok}},
+    {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"},
+                                                  {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}},
+        dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0; lower edge not found\n"
+        "later: window +1..+3 (3 values), centre +2 (setting 66); upper edge not found\n" +
+        dq3 + ": common window +1..+1 (1 value), centre +1 (setting 65)\n" +
+        dq3 + ": centre +1: margin 0 below, 0 above (worst: later below, a above)\n",
+        p + dq3 + ": the boards' sweeps differ; merged on the 4 values every board measured\n", ok}},
+    {"step 2: margins in delay steps", {{"merge", "<B>/wide.csv", "<B>/high.csv"},
+                                        {{"wide.csv", wide.c_str()}, {"high.csv", high.c_str()}},
+        dq3 + "\n      -6 0 +6\nwide  .#####.\nhigh  ..#####\nwide: window -4..+4 (5 values), centre 0\n"
+        "high: window -2..+6 (5 values), centre +2 (setting 66); upper edge not found\n" +
+        dq3 + ": common window -2..+4 (4 values), centre 0\n" +
+        dq3 + ": centre 0: margin 2 below, 4 above (worst: high below, wide above)\n", "", ok}},
+    {"a partial board: no common window", {{"merge", "<B>/a.csv", "<B>/cut.csv"},
+                                           {{"a.csv", a.c_str()}, {"cut.csv", cut.c_str()}},
+        dq3 + "\n     -3 0 +3\na    .####..\ncut  .####..\na: window -2..+1 (4 values), centre -1 (setting 1)\n"
+        "cut: window -2..+1 (4 values), centre -1 (setting 1)\n" + dq3 + ": partial; no common window\n",
+        "", not_done}},
     {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
     {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
     {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
     {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
     {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
     {"an output that is an input, through a link", {{"merge", "--svg", "<B>/link", "<B>/a.csv"}, {{"a.csv", a.c_str()}, {"link", "->a.csv"}}, "", "padkit-tune-sim: cannot write <B>/link: it is <B>/a.csv, one of the files merged; nothing written\n", tune_status::bad_input, "-", {{"a.csv", a}}}},
-    {"a byte order mark before the header", {{"merge", "<B>/bom.csv"}, {{"bom.csv", marked.c_str()}}, dq3 + "\n     +1\nbom  #\nbom: window +1..+1 (1 value), centre +1 (setting 65)\n...", "", tune_status::ok}},
+    {"a byte order mark before the header", {{"merge", "<B>/bom.csv"}, {{"bom.csv", marked.c_str()}},
+        dq3 + "\n     +1\nbom  #\nbom: window +1..+1 (1 value), centre +1 (setting 65); neither edge found\n...",
+        "", ok}},
 };
 // clang-format on
 
@@ -104,6 +124,10 @@ TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
     EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << slurp(in_dir("m.conf"));
     EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
     const std::string svg = in_dir("m.svg");
-    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " | grep -e '^common' -e '^name' >" + svg + ".txt").c_str()), 0);
-    EXPECT_EQ(slurp(svg + ".txt"), "name b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n");
+    EXPECT_EQ(
+        std::system((SVG_SHOWS " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),
+        0);
+    EXPECT_EQ(slurp(svg + ".txt"), "block " + dq3 +
+                                       "\nname b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n" +
+                                       "ship b1 = +3: pass\n");
 }

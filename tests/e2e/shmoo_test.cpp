@@ -32,6 +32,13 @@ strings shmoo(strings options, const std::string& command,
 const std::string legend = "# pass  . fail  T time-out  O original passing  X original not passing  @ safest point\n";
 const std::string dq3 = "tarnm-ddra-read0::dq3", dq_diamond = diamond(1, 900000, 2);
 const strings dq_grid = {dq3, "-3", "3", core, "880000", "920000"};
+
+// The margins on mmc::rdqs's codes and on the core voltage's 10 mV steps, as the summary gives them.
+std::string codes(int x, int y) {
+    return "margin " + std::to_string(x) + (x == 1 ? " code" : " codes") + " in X, " + std::to_string(10000 * y) +
+           " microvolts in Y";
+}
+
 const std::string members =
     "tarnm-ddra-read0::dq0, tarnm-ddra-read0::dq1, tarnm-ddra-read0::dq2, tarnm-ddra-read0::dq3, "
     "tarnm-ddra-read0::dq4, tarnm-ddra-read0::dq5, tarnm-ddra-read0::dq6, tarnm-ddra-read0::dq7";
@@ -52,18 +59,18 @@ using namespace tune_status;
 const named_case cases[] = {
     {"diamond below the original", {shmoo({"-y"}, diamond(36, 890000, 2)), {},
         chart({".......", ".......", "..#....", ".##O...", "##@##..", ".###...", "..#...."}) + "13 of 49 points pass\n"
-        "safest point X=36, Y=890000 (margin 1 step)\noriginal X=37, Y=900000 (margin 0 steps)\n", "", ok}},
+        "safest point X=36, Y=890000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000 (" + codes(0, 0) + ")\n", "", ok}},
     {"ring around a failing original", {shmoo({"-y"}, diamond(37, 900000, 4, true)), {},
         chart({"..###..", ".#####.", "#######", "###X###", "#######", ".##@##.", "..###.."}) + "36 of 49 points pass\n"
-        "safest point X=37, Y=880000 (margin 1 step)\noriginal X=37, Y=900000: does not pass\n", "", ok}},
+        "safest point X=37, Y=880000 (" + codes(1, 1) + ")\noriginal X=37, Y=900000: does not pass\n", "", ok}},
     {"nothing passes", {shmoo({"-y"}, "false"), {},
         chart({".......", ".......", ".......", "...X...", ".......", ".......", "......."}) + "0 of 49 points pass\n"
         "no passing point\noriginal X=37, Y=900000: does not pass\n", "", not_done}},
     // A DQ member's signed delays against a regulator's 10 mV steps.
     {"DQ member against a regulator", {shmoo({"-y"}, dq_diamond, dq_grid), {},
         chart({"....#..", "...###.", "..#O@##", "...###.", "....#.."}, dq3, "-3 0 +3", 920000) +
-        "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 step)\noriginal X=0, Y=900000 (margin 0 steps)\n",
-        "", ok}},
+        "13 of 35 points pass\nsafest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)\n"
+        "original X=0, Y=900000 (margin 0 delay steps in X, 0 microvolts in Y)\n", "", ok}},
     // A table field's keys against a register field's codes.
     {"table keys against field codes", {{"shmoo", "-y", "tarnm-ddra::odt", "0", "120", "mac-tx::delay", "0", "3", "--",
                                          "sh", "-c", "[ $PADKIT_SHMOO_X_VALUE -ge 40 -a $PADKIT_SHMOO_X_VALUE -le 60 "
@@ -75,7 +82,8 @@ const named_case cases[] = {
         "1  .##.\n"
         "0  .#@.\n"
         "   0 120\n" + legend + "6 of 16 points pass\n"
-        "safest point X=60, Y=0 (margin 0 steps)\noriginal X=60, Y=0 (margin 0 steps)\n", "", ok}},
+        "safest point X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n"
+        "original X=60, Y=0 (margin 0 keys in X, 0 codes in Y)\n", "", ok}},
     {"--keep centre", {shmoo({"-y", "--keep", "centre"}, diamond(36, 890000, 2)), {},
         "core_regulator::microvolts (rows)...",
         p + "mmc::rdqs: kept at the safest point, 36\n" + p + core + ": kept at the safest point, 890000\n", ok,
@@ -84,11 +92,13 @@ const named_case cases[] = {
     {"time-out at one point", {shmoo({"-y", "--timeout", "0.3"},
                                      "[ $PADKIT_SHMOO_X_VALUE$PADKIT_SHMOO_Y_VALUE != 34870000 ] || sleep 30"), {},
         chart({"#######", "#######", "#######", "###@###", "#######", "#######", "T######"}) + "48 of 49 points pass\n"
-        "safest point X=37, Y=900000 (margin 2 steps)\noriginal X=37, Y=900000 (margin 2 steps)\n", "", ok}},
+        "safest point X=37, Y=900000 (" + codes(2, 2) + ")\noriginal X=37, Y=900000 (" + codes(2, 2) + ")\n", "", ok}},
+    // Partial: no safest point, no margin from points not measured.
     {"interrupted half-way", {shmoo({"-y"}, "[ $PADKIT_SHMOO_Y_VALUE -lt 890000 ] || { kill -TERM $PPID; sleep 30; }"),
                               {},
-        chart({"       ", "       ", "       ", "   X   ", "       ", "#@#####", "#######"}) + "14 of 49 points pass\n"
-        "safest point X=35, Y=880000 (margin 0 steps)\noriginal X=37, Y=900000: not measured\n",
+        chart({"       ", "       ", "       ", "   X   ", "       ", "#######", "#######"}) +
+        "partial: 14 of 49 points measured\n14 of 49 points pass\n"
+        "no safest point from a partial shmoo\noriginal X=37, Y=900000: not measured\n",
         p + "interrupted by Terminated; both settings restored\n", 128 + SIGTERM}},
     // Refused before anything is written.
     {"composite refused", {{"shmoo", "-y", "tarnm-ddra-read0::dq", "0", "3", mmc, "30", "40", "--", "true"}, {},
@@ -144,23 +154,54 @@ TEST(PadkitTuneShmoo, YWrittenOnceARow) {
     EXPECT_EQ(writes, "0x00000000 0x00000100 0x00000200 0x00000000 ");
 }
 
-// Row by row to the CSV; the SVG read back by an XML parser: a cell per point, both names, both marks.
+// Row by row to the CSV after the facts; the SVG read back by an XML parser: a cell per point, both axes
+// titled with their units and ticked on both sides, both marks, the margin around the safest point, the summary.
 TEST(PadkitTuneShmoo, CsvAndSvg) {
     tune_board b;
     const std::string csv = (b.scratch / "s.csv").string(), svg = (b.scratch / "s.svg").string();
     const result got = b.run(shmoo({"-y", "--csv", csv, "--svg", svg}, dq_diamond, dq_grid));
     EXPECT_EQ(got.status, tune_status::ok) << got.err;
-    const std::string rows = slurp(csv);
+    const std::string text = slurp(csv), rows = text.substr(text.find("x_name"));
+    EXPECT_EQ(text.rfind("# shmoo: " + dq3 + " -3..+3, step 1 delay step against " + core +
+                             " 880000..920000, step 10000 microvolts\n# host: ",
+                         0),
+              0u)
+        << text;
     EXPECT_EQ(rows.substr(0, rows.find('\n', rows.find('\n') + 1) + 1),
               "x_name,x_value,y_name,y_value,result\n" + dq3 + ",-3," + core + ",880000,fail\n");
-    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35);
+    EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35 + 3) << "the points and the summary";
+    EXPECT_NE(rows.find("\n# summary: safest point X=+1, Y=900000 (margin 1 delay step in X"), std::string::npos);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
     std::string shown = slurp(svg + ".txt"), cells;
     for (std::string::size_type at = 0; (at = shown.find("cell ", at)) != std::string::npos; at += 5)
         cells += 'c';
     EXPECT_EQ(cells.size(), 35u) << shown;
     for (const std::string& item :
-         strings{"name " + core, "name " + dq3, "axis -3", "axis +3", "axis 880000", "axis 920000",
-                 "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass"})
+         strings{"axis-title " + core + " (mV)", "axis-title " + dq3 + " (delay steps)", "ticks top: -3 0 +3",
+                 "ticks left: 880 890 900 910 920", "original X=0, Y=900000: pass", "safest X=+1, Y=900000: pass",
+                 "margin X=0, Y=890000: pass .. X=+2, Y=910000: pass 9", "summary 13 of 35 points pass",
+                 "summary safest point X=+1, Y=900000 (margin 1 delay step in X, 10000 microvolts in Y)"})
         EXPECT_NE(shown.find(item + "\n"), std::string::npos) << item << "\n" << shown;
+    EXPECT_EQ(shown.find("problem:"), std::string::npos) << shown;
+}
+
+// Two regions: below, five delays by five rows; above, the whole width by three rows. The square rule takes the
+// first; one delay step weighed like 5 mV (half a row) the second, and each margin is given in its axis's units.
+TEST(PadkitTuneShmoo, WeighedAxesChooseAnotherPoint) {
+    const strings grid = {dq3, "-4", "4", core, "860000", "940000"};
+    const std::string regions =
+        "[ $PADKIT_SHMOO_X_VALUE -le 0 -a $PADKIT_SHMOO_Y_VALUE -le 900000 ] || "
+        "[ $PADKIT_SHMOO_Y_VALUE -ge 920000 ]";
+    // clang-format off
+    const struct { strings options; std::string safest; } rows[] = {
+        {{"-y"}, "safest point X=-2, Y=880000 (margin 2 delay steps in X, 20000 microvolts in Y)\n"},
+        {{"-y", "--weigh", "1:5000"},
+            "safest point X=-1, Y=930000 (margin 3 delay steps in X, 10000 microvolts in Y)\n"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        tune_board b;
+        const result got = b.run(shmoo(row.options, regions, grid));
+        EXPECT_NE(got.out.find("\n52 of 81 points pass\n" + row.safest), std::string::npos) << got.out;
+    }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // padkit-tune-sim sweep end to end, with test commands that pass for some values only.
 #include <pty.h>
+#include <signal.h>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,15 @@ const std::string members_apart =
     " 2>/dev/null | tr -d '{}' | "
     "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_SETTING "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
+
+// Every line of LINES after PREFIX.
+std::string each_line(const std::string& lines, const std::string& prefix) {
+    std::istringstream in(lines);
+    std::string out;
+    for (std::string line; std::getline(in, line);)
+        out += prefix + line + "\n";
+    return out;
+}
 
 strings sweep(strings args, const std::string& command) {
     args.insert(args.begin(), "sweep");
@@ -59,15 +69,26 @@ const named_case cases[] = {
         "           2 3\n"
         "mmc::rdqs  ..\n"
         "mmc::rdqs: no passing value\nmmc::rdqs: original 37: not on the axis\n", "", 1}},
+    // Margins count delay steps, whatever the step, also from an original between two values.
+    {"step 2, margins in delay steps", {sweep({"-y", "--step", "2", dq + "3", "-10", "10"}, in(-4, 6)), {},
+        "                       -10  0  +10\n" +
+        dq + "3  ...##O###..\n" +
+        dq + "3: window -4..+6 (6 values), centre 0\n" + dq + "3: original 0: margin 4 below, 6 above\n", "", 0}},
+    {"original between two values", {sweep({"-y", "--step", "2", dq + "3", "-9", "9"}, in(-5, 3)), {},
+        "                       -9      +9\n" +
+        dq + "3  ..#####...\n" +
+        dq + "3: window -5..+3 (5 values), centre -1 (setting 1)\n" + dq + "3: original 0: margin 5 below, 3 above\n",
+        "", 0}},
+    // A window cut by the range: its edge there was not found, its margin there at least what it shows.
     {"table keys", {sweep({"-y", odt, "1", "200"}, in(40, 60)), {},
         "                 40 120\n"
         "tarnm-ddra::odt  #O.\n"
-        "tarnm-ddra::odt: window 40..60 (2 values), centre 40\ntarnm-ddra::odt: original 60: margin 1 below, 0 above\n",
-        "", 0}},
+        "tarnm-ddra::odt: window 40..60 (2 values), centre 40; lower edge not found\n"
+        "tarnm-ddra::odt: original 60: margin at least 1 below, 0 above\n", "", 0}},
     {"regulator, falling step", {sweep({"-y", "--step", "-20000", cpu, "1040000", "1000000"}, in(0, 1020000)), {},
         "                           1040000 1000000\n"
         "cpu_regulator::microvolts  .##\n"
-        "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000\n"
+        "cpu_regulator::microvolts: window 1000000..1020000 (2 values), centre 1000000; lower edge not found\n"
         "cpu_regulator::microvolts: original 1100000: not on the axis\n", "", 0}},
     {"time-out", {sweep({"-y", "--timeout", "0.3", mmc, "40", "41"}, "sleep 30"), {},
         "           40 41\n"
@@ -77,7 +98,7 @@ const named_case cases[] = {
                            "[ $PADKIT_SWEEP_VALUE -lt 34 ] || { kill -TERM $PPID; sleep 30; }"), {},
         "           30   35  40\n"
         "mmc::rdqs  ####\n"
-        "mmc::rdqs: window 30..33 (4 values), centre 31\n",
+        "mmc::rdqs: partial (4 of 11 values measured): window 30..33 (4 values); neither edge found\n",
         p + "interrupted by Terminated; every swept property restored\n", 143}},
     // Refused before anything is written.
     {"no consent", {sweep({mmc, "30", "40"}, "true"), {},
@@ -122,35 +143,42 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
-    std::string expected_csv = "name,value,result\n", expected_svg = "axis 0\naxis +2\n", summaries;
+    std::string expected_csv = "name,value,result\n", expected_svg, summaries;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
         expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
-                        cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\ncentre " + cell +
-                        "+1: pass\n";
-        summaries += "summary " + name + ": window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + name +
+                        cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\nedge right of " +
+                        cell + "+2: pass\ncentre " + cell + "+1: pass\n";
+        summaries += name + ": window +1..+2 (2 values), centre +1 (setting 65); upper edge not found\n" + name +
                      ": original -5: not on the axis\n";
     }
-    EXPECT_EQ(slurp(csv), expected_csv);
-    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    summaries += dq + ": common window +1..+2 (2 values), centre +1 (setting 65); upper edge not found\n" + dq +
+                 ": centre +1: margin 0 below, at least 1 above (worst: " + dq + "0)\n";
+    // The facts first, the summary last, each line of it a comment.
+    const std::string text = slurp(csv), summary_facts = each_line(summaries, "# summary: ");
+    EXPECT_EQ(text.rfind("# sweep: " + dq + " 0..+2, step 1 delay step\n# host: ", 0), 0u) << text;
+    EXPECT_NE(text.find("\n# test: sh -c '[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != "), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + summary_facts);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg +
+                           " | grep -v -e ^title -e ^block -e ^axis-title -e ^legend -e ^ticks >" + svg + ".txt 2>&1")
+                              .c_str()),
+              0);
     EXPECT_EQ(slurp(svg + ".txt"), expected_svg + "common " + dq + "0 = +1: pass .. " + dq + "7 = +2: pass 16\n" +
-                                       summaries + "summary " + dq +
-                                       ": common window +1..+2 (2 values), centre +1 (setting 65)\nsummary " + dq +
-                                       ": centre +1: margin 0 below, 1 above (worst: " + dq + "0)\n");
+                                       "common-centre " + dq + "0 = +1: pass\n" + each_line(summaries, "summary "));
 }
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
 TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
-    const std::string dq3 = dq + "3", summary = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)\n" + dq3 +
-                                                ": original +12: margin 22 below, 8 above\n";
+    const std::string dq3 = dq + "3", window = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)";
     // clang-format off
     const struct { const char* name; std::string from, to, ending, axis_labels; } rows[] = {
-        {"-20 20", "-20", "20",
+        {"-20 20, the window cut by the range", "-20", "20",
             "-20  -15  -10  -5   0    +5   +10     +20\n" +
-            dq3 + "  ..........######################O########\n" + summary,
+            dq3 + "  ..........######################O########\n" +
+            window + "; upper edge not found\n" + dq3 + ": original +12: margin 22 below, at least 8 above\n",
             "-20 -15 -10 -5 0 +5 +10 +15 +20 "},
-        {"-63 63", "-63", "63", summary,
+        {"-63 63", "-63", "63", window + "\n" + dq3 + ": original +12: margin 22 below, 8 above\n",
             "-63 -60 -55 -50 -45 -40 -35 -30 -25 -20 -15 -10 -5 0 +5 +10 +15 +20 +25 +30 +35 +40 +45 +50 +55 +60 +63 "},
     };
     // clang-format on
@@ -164,8 +192,9 @@ TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
         EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
         std::system(
-            (SVG_SHOWS " " + svg + " | sed -n 's/^axis //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt").c_str());
-        EXPECT_EQ(slurp(svg + ".txt"), row.axis_labels + dq3 + " = +12: pass ");
+            (SVG_SHOWS " " + svg + " | sed -n 's/^ticks top: //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt")
+                .c_str());
+        EXPECT_EQ(slurp(svg + ".txt"), dq3 + " = +12: pass " + row.axis_labels);
     }
 }
 
@@ -187,38 +216,85 @@ TEST(PadkitTuneSweep, CompositeCommonWindowAndProfile) {
     EXPECT_EQ(profiled.run({"dump"}).out, kept.run({"dump"}).out);
 }
 
-// On an 80-column terminal 128 values are wrapped into blocks no wider than it, and every cell is kept.
-TEST(PadkitTuneSweep, ChartWrappedToTheTerminal) {
+// A lane stopped by SIGTERM once its first member is measured: partial in its summary, CSV and SVG, and no common
+// window from the one member measured.
+TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
     tune_board b;
+    const std::string csv = (b.scratch / "lane.csv").string(), svg = (b.scratch / "lane.svg").string();
+    const result got = b.run(sweep({"-y", "--csv", csv, "--svg", svg, dq, "-2", "2"},
+                                   "[ $PADKIT_SWEEP_NAME = " + dq + "0 ] || { kill -TERM $PPID; sleep 30; }"));
+    EXPECT_EQ(got.status, 128 + SIGTERM) << got.err;
+    const std::string partial = dq + ": partial; no common window\n";
+    EXPECT_EQ(got.out.substr(got.out.find(dq + "0: window")),
+              dq + "0: window -2..+2 (5 values), centre 0; neither edge found\n" + dq +
+                  "0: original 0: margin at least 2 below, at least 2 above\n" + partial);
+    const std::string text = slurp(csv);
+    EXPECT_NE(text.find("\n# partial: not every value was measured\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\n# summary: " + partial), std::string::npos) << text;
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    const std::string shown = slurp(svg + ".txt");
+    EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\nsummary " + partial), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("\ncommon"), std::string::npos) << shown;
+}
+
+// What padkit-tune-sim ARGS shows on an 80-column terminal.
+std::string on_terminal(const tune_board& b, const std::string& args) {
     winsize size{24, 80, 0, 0};
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid == 0) {
         setenv("PADKIT_SIM_DIR", b.dir.c_str(), 1);
         dup2(open((b.scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        const std::string run =
-            PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'";
+        const std::string run = PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" " + args;
         execl("/bin/sh", "sh", "-c", run.c_str(), nullptr);
         _exit(127);
     }
-    std::string shown, cells, expected;
+    std::string shown;
     char buffer[4096];
     for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;)
         shown.append(buffer, static_cast<std::size_t>(got));
     close(terminal);
     waitpid(pid, nullptr, 0);
-    std::istringstream lines(shown);
-    int blocks = 0;
-    for (std::string line; std::getline(lines, line);) {
-        line.erase(line.find_last_not_of('\r') + 1);
-        EXPECT_LE(line.size(), 80u) << line;
-        if (line.rfind(mmc + "  ", 0) != 0)
-            continue;
-        cells += line.substr(mmc.size() + 2);
-        ++blocks;
+    return shown;
+}
+
+// On an 80-column terminal the charts of 128 values are wrapped into blocks no wider than it, every cell kept,
+// and the shmoo's legend wrapped too.
+TEST(PadkitTuneSweep, ChartsAndLegendsFitAn80ColumnTerminal) {
+    tune_board b;
+    std::string board_csv = "name,value,result\n", board_cells, swept_cells;
+    for (int value = 2; value <= 129; ++value) {
+        const bool passes = value >= 40 && value <= 90;
+        board_csv += mmc + "," + std::to_string(value) + (passes ? ",pass\n" : ",fail\n");
+        board_cells += passes ? '#' : '.';
+        swept_cells += value == 37 ? 'X' : board_cells.back();  // the board's original
     }
-    for (int value = 2; value <= 129; ++value)
-        expected += value == 37 ? 'X' : value >= 40 && value <= 90 ? '#' : '.';
-    EXPECT_EQ(cells, expected) << shown;
-    EXPECT_EQ(blocks, 2) << shown;
+    b.change("a.csv", board_csv.c_str());
+    b.change("b.csv", board_csv.c_str());
+    // clang-format off
+    const struct { const char* name; std::string args, row, shows; } rows[] = {
+        {"sweep", "sweep -y " + mmc + " 2 129 -- sh -c '" + in(40, 90) + "'", mmc + "  ", swept_cells},
+        {"shmoo", "shmoo -y " + mmc + " 2 129 mac-tx::delay 0 1 -- sh -c '[ $PADKIT_SHMOO_X_VALUE -ge 40 ]'", "0  ",
+            "@ safest point"},
+        {"merge", "merge " + (b.dir / "a.csv").string() + " " + (b.dir / "b.csv").string(), "b  ", board_cells},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::istringstream lines(on_terminal(b, row.args));
+        std::string cells, all;
+        int blocks = 0;
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(line.find_last_not_of('\r') + 1);
+            EXPECT_LE(line.size(), 80u) << line;
+            all += line + "\n";
+            if (line.rfind(row.row, 0) != 0)
+                continue;
+            cells += line.substr(row.row.size());
+            ++blocks;
+        }
+        EXPECT_EQ(blocks, 2) << all;
+        EXPECT_NE((cells + "\n" + all).find(row.shows), std::string::npos) << all;
+    }
 }

@@ -49,6 +49,8 @@ private:
     // A stop signal that ended a wait for the lock ends the campaign; true
     // when it is the first to.
     bool stopped_by(int signal);
+    // Not every step planned was measured.
+    bool partial() const { return kind->point(done).has_value(); }
     // Once the files are WRITTEN (or not): the journal ended, then standard
     // output, last, so that a reader of it that goes away costs no result.
     int finish(bool written);
@@ -153,12 +155,13 @@ int campaign::run() {
     progress->clear();
     if (ended == point_result::measured && (stop_signal = stop->take()) != 0)
         ended = point_result::interrupted;
-    kind->conclude();
+    kind->conclude(partial());
     // The files before anything is kept and before the journal ends: a run
     // killed after them is carried on by resume to the same end, and one
     // whose files are not all written puts everything back.
     const bool written = files.finish(
         ended == point_result::measured, kind->name,
+        [this](std::FILE* out) { kind->print_csv_summary(out); },
         [this](std::FILE* out) { kind->print_svg(out); },
         [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
     if (written && ended == point_result::measured && options().keep_centre)
@@ -249,7 +252,7 @@ int campaign::finish(bool written) {
 
 int campaign::restore_and_end() {
     put_back_all();
-    kind->conclude();
+    kind->conclude(partial());
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));
     guard.close(true);
     return left_changed     ? tune_status::left_changed

@@ -70,8 +70,9 @@ public:
     // one is written.
     virtual void record(std::size_t step, outcome result, std::FILE* csv) = 0;
     // No more steps follow: what the results show is worked out, once,
-    // before anything below is asked.
-    virtual void conclude() = 0;
+    // before anything below is asked. PARTIAL: the steps stopped before the
+    // last one, and results not fully measured sum up nothing.
+    virtual void conclude(bool partial) = 0;
     // It found what it looks for.
     virtual bool found() const = 0;
     // What --keep centre leaves instead of the originals, in the order
@@ -84,6 +85,8 @@ public:
     // After the chart at the end of a run (resume --restore shows the chart
     // alone): the lines that say what it found.
     virtual void print_summary(std::FILE* out) const = 0;
+    // The end of the CSV file, after the last step's line.
+    virtual void print_csv_summary(std::FILE* out) const = 0;
     virtual void print_svg(std::FILE* out) const = 0;
     // The profile of what it found, after the HEADER.
     virtual void print_profile(std::FILE* out, const std::string& header) const = 0;

@@ -56,8 +56,12 @@ void result_files::csv_line_written() {
         check_written(csv_file.get(), csv_path, &csv_good);
 }
 
-bool result_files::finish(bool finished, const char* what, const printer& svg,
-                          const printer& profile) {
+bool result_files::finish(bool finished, const char* what, const printer& csv_end,
+                          const printer& svg, const printer& profile) {
+    if (csv_file) {
+        csv_end(csv_file.get());
+        csv_line_written();
+    }
     bool svg_good = true;
     if (svg_file) {
         svg(svg_file.get());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The files a campaign leaves: the CSV file, written a step at a time so
-// that a campaign cut short keeps what it measured, and the SVG picture and
-// the profile, written at the end.
+// that a campaign cut short keeps what it measured, and ended with what the
+// results show, and the SVG picture and the profile, written at the end.
 #ifndef PADKIT_CAMPAIGN_RESULT_FILES_H
 #define PADKIT_CAMPAIGN_RESULT_FILES_H
 
@@ -28,10 +28,11 @@ public:
     // After a line: the CSV file flushed; the first failure is said.
     void csv_line_written();
 
-    // At the end: the SVG picture, and the profile when the campaign FINISHED
-    // (otherwise it says that the campaign named WHAT did not). Whether every
-    // file is written whole.
-    bool finish(bool finished, const char* what, const printer& svg, const printer& profile);
+    // At the end: the CSV file's last lines, the SVG picture, and the
+    // profile when the campaign FINISHED (otherwise it says that the campaign
+    // named WHAT did not). Whether every file is written whole.
+    bool finish(bool finished, const char* what, const printer& csv_end, const printer& svg,
+                const printer& profile);
 
 private:
     std::string csv_path, svg_path, profile_path;

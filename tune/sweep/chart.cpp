@@ -20,42 +20,70 @@ std::string count_text(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
+std::string side_text(long long margin, bool open, const char* side) {
+    return (open ? "at least " : "") + std::to_string(margin) + " " + side;
+}
+
 std::string margin_text(const margins& margin) {
-    return "margin " + std::to_string(margin.below) + " below, " + std::to_string(margin.above) +
-           " above";
+    return "margin " + side_text(margin.below, margin.open.below, "below") + ", " +
+           side_text(margin.above, margin.open.above, "above");
+}
+
+// "; lower edge not found" and the like, for a window that reaches an end
+// of what was measured.
+std::string edge_text(const open_sides& open) {
+    if (open.below && open.above)
+        return "; neither edge found";
+    return open.below ? "; lower edge not found" : open.above ? "; upper edge not found" : "";
 }
 
 std::string centre_text(const value_axis& axis, std::size_t centre, const std::string& setting) {
     return ", centre " + value_with_setting(axis, centre, setting);
 }
 
-std::string window_line(const sweep_row& row, const value_axis& axis) {
-    const sweep_window window = widest_window(row.results);
-    if (window.count == 0)
-        return row.name + ": no passing value";
-    const std::size_t centre = window_centre(window, axis.values);
-    return row.name + ": window " + axis.range_text(window.first, window.last()) + " (" +
-           count_text(window.count) + ")" +
-           centre_text(axis, centre, setting_at(row, axis, centre));
+// "window LO..HI (N values)", then where given the centre, then the edges not found.
+std::string window_text(const sweep_window& window, std::size_t measured, const value_axis& axis,
+                        const std::string& centre) {
+    return "window " + axis.range_text(window.first, window.last()) + " (" +
+           count_text(window.count) + ")" + centre +
+           edge_text(sides_not_found(window, measured, axis));
 }
 
-// Empty when the row has no original on its axis, or it was not measured.
+// A row not fully measured gets no centre.
+std::string window_line(const sweep_row& row, const value_axis& axis) {
+    const bool whole = fully_measured(row, axis);
+    const std::string lead =
+        row.name + (whole ? ""
+                          : ": partial (" + std::to_string(row.results.size()) + " of " +
+                                count_text(axis.size()) + " measured)");
+    const sweep_window window = widest_window(row.results);
+    if (window.count == 0)
+        return lead + ": no passing value";
+    const std::size_t centre = window_centre(window, axis.values);
+    return lead + ": " +
+           window_text(window, row.results.size(), axis,
+                       whole ? centre_text(axis, centre, setting_at(row, axis, centre)) : "");
+}
+
+// Empty when the original was not measured.
 std::string original_line(const sweep_row& row, const value_axis& axis) {
     if (!row.original)
         return "";
     const std::string lead = row.name + ": original " + axis.text(*row.original);
-    const std::size_t at = axis.position_of(*row.original);
-    if (at == axis.size())
+    std::size_t below = 0, above = 0;
+    if (!axis.positions_around(*row.original, &below, &above))
         return lead + ": not on the axis";
-    if (at >= row.results.size())
+    if (above >= row.results.size())
         return "";
-    if (row.results[at] != outcome::pass)
+    const sweep_window window = window_at(row.results, below);
+    if (window.count == 0 || window.last() < above)
         return lead + ": outside the window";
-    return lead + ": " + margin_text(margins_in(window_at(row.results, at), at, axis.values));
+    return lead + ": " + margin_text(margins_in(window, *row.original, row.results.size(), axis));
 }
 
 std::string common_line(const sweep_results& results) {
-    const sweep_window window = widest_window(common_results(results.rows));
+    const std::vector<outcome> common = common_results(results.rows);
+    const sweep_window window = widest_window(common);
     if (window.count == 0)
         return results.group + ": no common passing value";
     const std::size_t centre = window_centre(window, results.axis.values);
@@ -63,27 +91,36 @@ std::string common_line(const sweep_results& results) {
     for (const sweep_row& row : results.rows)
         if (setting_at(row, results.axis, centre) != setting)
             setting = std::to_string(results.axis.values[centre]);  // no one setting to name
-    return results.group + ": common window " +
-           results.axis.range_text(window.first, window.last()) + " (" + count_text(window.count) +
-           ")" + centre_text(results.axis, centre, setting);
+    return results.group + ": common " +
+           window_text(window, common.size(), results.axis,
+                       centre_text(results.axis, centre, setting));
+}
+
+// Whether one side's margin is less than another's; of equal ones the
+// exact one, since the other is only the least it can be.
+bool less_room(long long margin, bool open, long long other, bool other_open) {
+    return margin < other || (margin == other && !open && other_open);
 }
 
 // "GROUP: centre C: margin B below, A above (worst: ROW)": on each side the
 // least margin of any row at the common centre, and the row that has it.
 std::string worst_margin_line(const sweep_results& results) {
+    const value_axis& axis = results.axis;
     const std::size_t centre = common_centre(results);
-    margins worst{results.axis.size(), results.axis.size()};
+    margins worst{};
     std::string below, above;
     for (const sweep_row& row : results.rows) {
-        const margins margin =
-            margins_in(window_at(row.results, centre), centre, results.axis.values);
-        if (margin.below < worst.below)
-            worst.below = margin.below, below = row.name;
-        if (margin.above < worst.above)
-            worst.above = margin.above, above = row.name;
+        const margins margin = margins_in(window_at(row.results, centre), axis.values[centre],
+                                          row.results.size(), axis);
+        if (below.empty() ||
+            less_room(margin.below, margin.open.below, worst.below, worst.open.below))
+            worst.below = margin.below, worst.open.below = margin.open.below, below = row.name;
+        if (above.empty() ||
+            less_room(margin.above, margin.open.above, worst.above, worst.open.above))
+            worst.above = margin.above, worst.open.above = margin.open.above, above = row.name;
     }
     const std::string rows = below == above ? below : below + " below, " + above + " above";
-    return results.group + ": centre " + results.axis.text_at(centre) + ": " + margin_text(worst) +
+    return results.group + ": centre " + axis.text_at(centre) + ": " + margin_text(worst) +
            " (worst: " + rows + ")";
 }
 
@@ -110,6 +147,10 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
     }
     if (results.group.empty() || results.rows.empty())
         return lines;
+    if (!complete(results)) {
+        lines.push_back(results.group + ": partial; no common window");
+        return lines;
+    }
     lines.push_back(common_line(results));
     if (common_centre(results) < results.axis.size())
         lines.push_back(worst_margin_line(results));
@@ -118,7 +159,8 @@ std::vector<std::string> summary_lines(const sweep_results& results) {
 
 std::string label_line(const value_axis& axis) {
     std::string line;
-    for (const label_place& label : axis_labels(axis, 1)) {
+    const std::vector<std::string> texts = axis.texts();
+    for (const label_place& label : axis_labels(axis, texts, 1)) {
         const long long wanted = static_cast<long long>(label.from);
         const long long after = line.empty() ? 0 : static_cast<long long>(line.size()) + 1;
         line.resize(static_cast<std::size_t>(std::max(wanted, after)), ' ');
@@ -164,7 +206,14 @@ std::size_t terminal_columns(int fd) {
     return ioctl(fd, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-void print_csv_header(std::FILE* out) { std::fputs("name,value,result\n", out); }
+void print_csv_header(std::FILE* out, const facts& about) {
+    print_fact_lines(out, about);
+    std::fputs("name,value,result\n", out);
+}
+
+void print_csv_summary(std::FILE* out, const sweep_results& results) {
+    print_summary_facts(out, results.partial, summary_lines(results));
+}
 
 void print_csv_line(std::FILE* out, const std::string& name, const std::string& value,
                     outcome result) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tune/sweep/facts.h"
 #include "tune/sweep/outcome.h"
 #include "tune/sweep/window.h"
 
@@ -19,12 +20,19 @@ std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t
 std::string value_with_setting(const value_axis& axis, std::size_t at, const std::string& setting);
 
 // Per row "NAME: window LO..HI (N values), centre C" (with " (setting S)"
-// where the centre is written otherwise) or "NAME: no passing value", and
-// where its original lies: "NAME: original V: margin B below, A above"
-// (steps to the ends of the passing run around it), "...: outside the
-// window" or "...: not on the axis". For a group then its common window:
-// "GROUP: common window LO..HI (N values), centre C" or "GROUP: no common
-// passing value".
+// where the centre is written otherwise; a row not fully measured as
+// "NAME: partial (K of N values measured): window LO..HI (M values)", with no
+// centre) or "...: no passing value", each window followed by
+// "; lower edge not found", "; upper edge not found" or "; neither edge
+// found" where it reaches an end of what was measured; and where its
+// original lies: "NAME: original V: margin B below, A above" (in the axis's
+// units to the ends of the passing run around it, also from a value between
+// two swept ones; "at least B" on a side whose edge was not found),
+// "...: outside the window" or "...: not on the axis". For a group then its
+// common window: "GROUP: common window LO..HI (N values), centre C" and the
+// worst margin at that centre, "GROUP: no common passing value", or, for
+// partial results or a row not fully measured, "GROUP: partial; no common
+// window".
 std::vector<std::string> summary_lines(const sweep_results& results);
 
 // A line of labels (axis_labels) and a line of cells per row ('#' pass, '.'
@@ -36,11 +44,12 @@ void print_chart(std::FILE* out, const sweep_results& results, std::size_t colum
 // The width of the terminal on the descriptor; 0 when it is none.
 std::size_t terminal_columns(int fd);
 
-// The CSV file is written as the sweep goes: "name,value,result", then one
-// line per measured cell.
-void print_csv_header(std::FILE* out);
+// The CSV file is written as the sweep goes: the facts, "name,value,result",
+// then one line per measured cell, and at the end the summary.
+void print_csv_header(std::FILE* out, const facts& about);
 void print_csv_line(std::FILE* out, const std::string& name, const std::string& value,
                     outcome result);
+void print_csv_summary(std::FILE* out, const sweep_results& results);
 
 // The header, then "NAME = SETTING" at the centre of each row's widest window,
 // or "# NAME: no passing value"; a group as "GROUP = {S,...}" when every row

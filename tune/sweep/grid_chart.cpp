@@ -18,7 +18,28 @@ char mark_at(const grid_results& results, const std::optional<safest_point>& saf
     return cell ? outcome_mark(*cell) : ' ';
 }
 
-std::string steps(std::size_t n) { return std::to_string(n) + (n == 1 ? " step" : " steps"); }
+// "margin A in X, B in Y", each in its axis's units.
+std::string margin_text(const grid_results& results, const point_margin& margin) {
+    const auto units = [](const grid_axis& axis, std::size_t steps) {
+        return amount_text(static_cast<long long>(steps) * axis.step(), axis.unit);
+    };
+    return "margin " + units(results.x, margin.x) + " in X, " + units(results.y, margin.y) +
+           " in Y";
+}
+
+// The items joined by two blanks, a line ending before it would pass WIDTH
+// (0: no limit).
+void print_wrapped(std::FILE* out, const std::vector<std::string>& items, std::size_t width) {
+    std::string line;
+    for (const std::string& item : items) {
+        if (!line.empty() && width > 0 && line.size() + 2 + item.size() > width) {
+            std::fprintf(out, "%s\n", line.c_str());
+            line.clear();
+        }
+        line += (line.empty() ? "" : "  ") + item;
+    }
+    std::fprintf(out, "%s\n", line.c_str());
+}
 
 std::string point_text(const grid_results& results, grid_point at) {
     return "X=" + results.x.text_at(at.x) + ", Y=" + results.y.text_at(at.y);
@@ -58,36 +79,48 @@ void print_grid_chart(std::FILE* out, const grid_results& results,
     bool hung = false;
     for (const auto& row : results.cells)
         hung = hung || std::find(row.begin(), row.end(), outcome::hang) != row.end();
-    std::fprintf(out,
-                 "# pass  . fail  T time-out  %sO original passing  X original not passing  @ "
-                 "safest point\n",
-                 hung ? "H hang  " : "");
+    std::vector<std::string> legend = {"# pass", ". fail", "T time-out"};
+    if (hung)
+        legend.push_back("H hang");
+    legend.insert(legend.end(), {"O original passing", "X original not passing", "@ safest point"});
+    print_wrapped(out, legend, width);
 }
 
 std::vector<std::string> grid_summary(const grid_results& results,
                                       const std::optional<safest_point>& safest) {
-    const std::size_t passing = results.passing_count(),
-                      points = results.x.values.size() * results.y.values.size();
-    std::vector<std::string> lines = {std::to_string(passing) + " of " + std::to_string(points) +
-                                      (points == 1 ? " point passes" : " points pass")};
-    if (safest)
-        lines.push_back("safest point " + point_text(results, safest->at) + " (margin " +
-                        steps(safest->margin) + ")");
+    const std::size_t points = results.x.size() * results.y.size();
+    const std::string of = " of " + std::to_string(points);
+    std::vector<std::string> lines;
+    if (results.partial)
+        lines.push_back("partial: " + std::to_string(results.measured_count()) + of +
+                        " points measured");
+    const std::size_t passing = results.passing_count();
+    lines.push_back(std::to_string(passing) + of +
+                    (points == 1 ? " point passes" : " points pass"));
+    if (results.partial)
+        lines.push_back("no safest point from a partial shmoo");
+    else if (safest)
+        lines.push_back("safest point " + point_text(results, safest->at) + " (" +
+                        margin_text(results, safest->margin) + ")");
     else
         lines.push_back("no passing point");
     const std::string original = "original X=" + results.original_x + ", Y=" + results.original_y;
-    if (!results.original)
+    const std::optional<grid_point>& at = results.original;
+    if (!at)
         lines.push_back(original + ": not on the grid");
-    else if (!results.cells[results.original->y][results.original->x])
+    else if (!results.cells[at->y][at->x])
         lines.push_back(original + ": not measured");
-    else if (const std::optional<std::size_t> margin = margin_at(results, *results.original))
-        lines.push_back(original + " (margin " + steps(*margin) + ")");
-    else
+    else if (!results.passes(*at))
         lines.push_back(original + ": does not pass");
+    else if (results.partial)
+        lines.push_back(original + ": passes");
+    else
+        lines.push_back(original + " (" + margin_text(results, *margin_at(results, *at)) + ")");
     return lines;
 }
 
-void print_grid_csv_header(std::FILE* out) {
+void print_grid_csv_header(std::FILE* out, const facts& about) {
+    print_fact_lines(out, about);
     std::fprintf(out, "x_name,x_value,y_name,y_value,result\n");
 }
 

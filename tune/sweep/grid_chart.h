@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tune/sweep/facts.h"
 #include "tune/sweep/grid.h"
 
 // A line naming both settings; then a row of cells per Y value, the highest
@@ -17,18 +18,20 @@
 // original point 'O' where it passed, else 'X', '@' at the safest point);
 // then the legend (naming the hang where there is one). Wider than WIDTH
 // (0: no limit), the grid is cut into blocks of columns, each with its own
-// X labels.
+// X labels, and the legend wrapped.
 void print_grid_chart(std::FILE* out, const grid_results& results,
                       const std::optional<safest_point>& safest, std::size_t width);
 
 // How many points pass, the safest point and its margin, the original point
-// and its margin, or that it does not pass, was not measured or is not on
-// the grid.
+// and its margin (in each axis's units), or that it does not pass, was not
+// measured or is not on the grid; for partial results, how many points were
+// measured, no safest point and no margin.
 std::vector<std::string> grid_summary(const grid_results& results,
                                       const std::optional<safest_point>& safest);
 
-// "x_name,x_value,y_name,y_value,result", then a line per measured point.
-void print_grid_csv_header(std::FILE* out);
+// The facts, "x_name,x_value,y_name,y_value,result", then a line per
+// measured point.
+void print_grid_csv_header(std::FILE* out, const facts& about);
 void print_grid_csv_point(std::FILE* out, const grid_results& results, grid_point at);
 
 #endif

@@ -4,26 +4,24 @@
 #define PADKIT_SWEEP_SVG_H
 
 #include <cstdio>
-#include <string>
 #include <vector>
 
+#include "tune/sweep/facts.h"
+#include "tune/sweep/svg_canvas.h"
 #include "tune/sweep/window.h"
 
-// The text with the characters that XML reserves as entities.
-std::string svg_escaped(const std::string& text);
-
-// The colours of the outcomes (CSS), and the legend that names them.
-#define SVG_OUTCOME_STYLE \
-    ".pass{fill:#2e7d32}.fail{fill:#c62828}.timeout{fill:#f9a825}.hang{fill:#424242}"
-#define SVG_OUTCOME_LEGEND                                                                 \
-    "<tspan class=\"pass\">\u25a0</tspan> pass <tspan class=\"fail\">\u25a0</tspan> fail " \
-    "<tspan class=\"timeout\">\u25a0</tspan> time-out <tspan class=\"hang\">\u25a0</tspan> hang"
-
-// The sweeps one below the other, each with the axis labels of the chart,
-// one <rect class="cell RESULT"> per row and measured value, the widest
-// window of each row outlined and its centre dotted, its original value
-// framed, a group's common window outlined across its rows, the row names
-// and the summary lines.
-void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const char* title);
+// The sweeps one below the other under the title lines of ABOUT, a group's
+// block titled with its name. Each has tick marks and labels (class "axis
+// top" and "axis bottom") above and below its cells at the first value, the
+// last, 0 and a round grid between, and under them the axis's title with its
+// unit; a <rect class="cell RESULT"> per row and measured value and a dashed
+// box per value not measured; each row's widest window outlined, its ends
+// not found pointed at and, for a row fully measured, its centre dotted;
+// the original value ringed, also between two values; a group's common
+// window outlined across its rows and its centre pointed at as
+// COMMON_CENTRE (mark::common_centre, or mark::ship for the value to ship);
+// the row names and the summary lines; then the legend.
+void print_svg(std::FILE* out, const std::vector<sweep_results>& sections, const facts& about,
+               mark common_centre);
 
 #endif

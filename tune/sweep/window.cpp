@@ -3,6 +3,10 @@
 
 #include <algorithm>
 
+bool fully_measured(const sweep_row& row, const value_axis& axis) {
+    return row.results.size() >= axis.size();
+}
+
 sweep_window widest_window(const std::vector<outcome>& results) {
     sweep_window widest, current;
     for (std::size_t at = 0; at < results.size(); ++at) {
@@ -36,11 +40,18 @@ std::size_t window_centre(const sweep_window& window, const std::vector<long lon
     return middle + 1;
 }
 
-margins margins_in(const sweep_window& window, std::size_t at, const std::vector<long long>& axis) {
-    const std::size_t before = at - window.first, after = window.last() - at;
-    if (axis[window.first] <= axis[window.last()])
-        return {before, after};
-    return {after, before};
+open_sides sides_not_found(const sweep_window& window, std::size_t measured,
+                           const value_axis& axis) {
+    const bool first = window.first == 0, last = window.last() + 1 >= measured;
+    return axis.rising() ? open_sides{first, last} : open_sides{last, first};
+}
+
+margins margins_in(const sweep_window& window, long long value, std::size_t measured,
+                   const value_axis& axis) {
+    const long long one = axis.in_units(axis.values[window.first]),
+                    other = axis.in_units(axis.values[window.last()]), at = axis.in_units(value);
+    return {at - std::min(one, other), std::max(one, other) - at,
+            sides_not_found(window, measured, axis)};
 }
 
 std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
@@ -57,7 +68,14 @@ std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
     return common;
 }
 
+bool complete(const sweep_results& results) {
+    const auto whole = [&](const sweep_row& row) { return fully_measured(row, results.axis); };
+    return !results.partial && std::all_of(results.rows.begin(), results.rows.end(), whole);
+}
+
 std::size_t common_centre(const sweep_results& results) {
+    if (!complete(results))
+        return results.axis.size();
     const sweep_window window = widest_window(common_results(results.rows));
     return window.count == 0 ? results.axis.size() : window_centre(window, results.axis.values);
 }

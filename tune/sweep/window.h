@@ -27,7 +27,17 @@ struct sweep_results {
     value_axis axis;
     std::vector<sweep_row> rows;
     std::string group;  // the composite whose members the rows are; empty for none
+    // The run did not measure every value it meant to (it was interrupted,
+    // or restored from its journal): it says so, and sums up no rows.
+    bool partial = false;
 };
+
+// Whether the row has a result for every value of the axis.
+bool fully_measured(const sweep_row& row, const value_axis& axis);
+
+// Whether the results are not partial and every row was fully measured:
+// only then are the rows summed up.
+bool complete(const sweep_results& results);
 
 // A run of consecutive passing values, as positions on the axis.
 struct sweep_window {
@@ -47,18 +57,30 @@ sweep_window window_at(const std::vector<outcome>& results, std::size_t at);
 // The position of the window's middle value; of two middle values, the lower.
 std::size_t window_centre(const sweep_window& window, const std::vector<long long>& axis);
 
-// The steps from position at to the ends of a window that holds it, toward
-// the lower and toward the higher values.
-struct margins {
-    std::size_t below, above;
+// The sides, toward the lower and the higher values, on which a window
+// reaches the end of what was measured, its first position or the last of
+// MEASURED, so that its edge there was not found.
+struct open_sides {
+    bool below = false, above = false;
 };
-margins margins_in(const sweep_window& window, std::size_t at, const std::vector<long long>& axis);
+open_sides sides_not_found(const sweep_window& window, std::size_t measured,
+                           const value_axis& axis);
+
+// How far VALUE, in a window, lies from its ends in the axis's units, toward
+// the lower and the higher values; on an open side at least that far.
+struct margins {
+    long long below, above;
+    open_sides open;
+};
+margins margins_in(const sweep_window& window, long long value, std::size_t measured,
+                   const value_axis& axis);
 
 // Pass where every row passed, as far as the shortest row goes.
 std::vector<outcome> common_results(const std::vector<sweep_row>& rows);
 
 // The position of the centre of the widest window common to every row; the
-// axis size when there is none.
+// axis size when there is none, or when the results are partial or a row
+// was not fully measured.
 std::size_t common_centre(const sweep_results& results);
 
 #endif

@@ -31,7 +31,10 @@ const std::string off = good + dq3 + ",+64,pass\n", odd = good + "dq\x1b[2J,1,pa
 
 // clang-format off
 const named_case cases[] = {
-    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"}, {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}}, dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\nnone: no passing value\n" + dq3 + ": no common passing value\n", "", tune_status::not_done}},
+    {"a board without a passing value", {{"merge", "<B>/a.csv", "<B>/none.csv"},
+                                         {{"a.csv", a.c_str()}, {"none.csv", none.c_str()}},
+        dq3 + "\n      -3 0 +3\na     .####..\nnone  .......\na: window -2..+1 (4 values), centre -1 (setting 1)\n"
+        "none: no passing value\n" + dq3 + ": no common passing value\n", "", not_done}},
     {"axes differ: merged on the shared values", {{"merge", "<B>/a.csv", "<B>/later.csv"},
                                                   {{"a.csv", a.c_str()}, {"later.csv", later.c_str()}},
         dq3 + "\n       0 +3\na      ##..\nlater  .###\na: window 0..+1 (2 values), centre 0; lower edge not found\n"
@@ -50,12 +53,20 @@ const named_case cases[] = {
         dq3 + "\n     -3 0 +3\na    .####..\ncut  .####..\na: window -2..+1 (4 values), centre -1 (setting 1)\n"
         "cut: window -2..+1 (4 values), centre -1 (setting 1)\n" + dq3 + ": partial; no common window\n",
         "", not_done}},
-    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}}, "", "padkit-tune-sim: " + dq3 + ": no value that every board measured\n", tune_status::bad_input}},
-    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", tune_status::bad_input}},
-    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: no property dq\\x1b[2J\n", tune_status::bad_input}},
-    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}}, "", "padkit-tune-sim: <B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", tune_status::bad_input}},
-    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}}, "", "padkit-tune-sim: cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", tune_status::bad_input}},
-    {"an output that is an input, through a link", {{"merge", "--svg", "<B>/link", "<B>/a.csv"}, {{"a.csv", a.c_str()}, {"link", "->a.csv"}}, "", "padkit-tune-sim: cannot write <B>/link: it is <B>/a.csv, one of the files merged; nothing written\n", tune_status::bad_input, "-", {{"a.csv", a}}}},
+    {"no shared value", {{"merge", "<B>/a.csv", "<B>/far.csv"}, {{"a.csv", a.c_str()}, {"far.csv", far.c_str()}},
+        "", p + dq3 + ": no value that every board measured\n", bad_input}},
+    {"value off its axis", {{"merge", "<B>/a.csv", "<B>/bad.csv"}, {{"a.csv", a.c_str()}, {"bad.csv", off.c_str()}},
+        "", p + "<B>/bad.csv:3: " + dq3 + ": +64 is not on its axis\n", bad_input}},
+    {"odd bytes escaped", {{"merge", "<B>/bad.csv"}, {{"bad.csv", odd.c_str()}},
+        "", p + "<B>/bad.csv:3: no property dq\\x1b[2J\n", bad_input}},
+    {"unknown result", {{"merge", "<B>/bad.csv"}, {{"bad.csv", unknown.c_str()}},
+        "", p + "<B>/bad.csv:3: 'passed' is not pass, fail, timeout or hang\n", bad_input}},
+    {"profile path unwritable", {{"merge", "--profile", "<B>/no/dir.conf", "<B>/a.csv"}, {{"a.csv", a.c_str()}},
+        "", p + "cannot write <B>/no/dir.conf: No such file or directory; nothing written\n", bad_input}},
+    {"an output that is an input, through a link", {{"merge", "--svg", "<B>/link", "<B>/a.csv"},
+                                                    {{"a.csv", a.c_str()}, {"link", "->a.csv"}},
+        "", p + "cannot write <B>/link: it is <B>/a.csv, one of the files merged; nothing written\n", bad_input,
+        "-", {{"a.csv", a}}}},
     {"a byte order mark before the header", {{"merge", "<B>/bom.csv"}, {{"bom.csv", marked.c_str()}},
         dq3 + "\n     +1\nbom  #\nbom: window +1..+1 (1 value), centre +1 (setting 65); neither edge found\n...",
         "", ok}},

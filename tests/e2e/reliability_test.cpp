@@ -135,20 +135,54 @@ const script_row rows[] = {
     {"standard input twice, or closed", "t apply - - </dev/null; t apply - <&-",
         "", p + "standard input given twice; it can be read once\n" + p + "standard input is closed\n", bad_input},
     // Result files, the watchdog, the test command's output and trials under attack.
-    {"a result file naming a device or standard output writes through it; a directory is refused", R"sh(mknod $B/null c 1 3; ln -s /proc/self/fd/1 $B/out; t sweep -y --profile $B/null mmc::rdqs 30 31 -- true >/dev/null; t sweep -y --profile $B/out mmc::rdqs 30 31 -- true >$B/o; grep -x 'mmc::rdqs = 30' $B/o; t sweep -y --profile $B mmc::rdqs 30 31 -- true; echo $?; [ -c $B/null ] && [ -L $B/out ] && echo kept)sh", "mmc::rdqs = 30\n2\nkept\n", p + "cannot write <B>: Is a directory; nothing written\n", 0},
-    {"empty file names are refused", R"sh(for o in --journal --csv --svg --profile --watchdog; do t sweep -y $o '' mmc::rdqs 30 31 -- true 2>$B/e; echo $? $(head -n 1 $B/e); done; for o in --csv --svg --profile; do t merge $o '' $B/x.csv 2>$B/e; echo $? $(head -n 1 $B/e); done)sh", "2 " + p + "--journal: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n2 " + p + "--watchdog: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p + "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n", "", 0},
+    {"a result file naming a device or standard output writes through it; a directory is refused", R"sh(
+        mknod $B/null c 1 3; ln -s /proc/self/fd/1 $B/out
+        t sweep -y --profile $B/null mmc::rdqs 30 31 -- true >/dev/null
+        t sweep -y --profile $B/out mmc::rdqs 30 31 -- true >$B/o; grep -x 'mmc::rdqs = 30' $B/o
+        t sweep -y --profile $B mmc::rdqs 30 31 -- true; echo $?; [ -c $B/null ] && [ -L $B/out ] && echo kept)sh",
+        "mmc::rdqs = 30\n2\nkept\n", p + "cannot write <B>: Is a directory; nothing written\n", 0},
+    {"empty file names are refused", R"sh(for o in --journal --csv --svg --profile --watchdog; do
+        t sweep -y $o '' mmc::rdqs 30 31 -- true 2>$B/e; echo $? $(head -n 1 $B/e); done
+        for o in --csv --svg --profile; do t merge $o '' $B/x.csv 2>$B/e; echo $? $(head -n 1 $B/e); done)sh",
+        "2 " + p + "--journal: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p +
+        "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n2 " + p +
+        "--watchdog: the file name is empty\n2 " + p + "--csv: the file name is empty\n2 " + p +
+        "--svg: the file name is empty\n2 " + p + "--profile: the file name is empty\n", "", 0},
     {"a watchdog that takes no keep-alive (here /dev/full) stops the sweep, which puts back", R"sh(mknod $B/wd c 1 7
         t sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 32 -- sleep 1 >/dev/null
         echo $? $(rdqs) $(tail -n 1 $B/j))sh",
         "1 37 end\n", p + "cannot keep the watchdog /wd alive: No space left on device; it will reset the board\n" + p +
         "cannot write the magic close to the watchdog /wd: No space left on device; it stays armed and will reset the "
         "board\n", 0},
-    {"a FIFO as the watchdog is refused, with a reader or without", R"sh(mkfifo $B/wd; timeout 10 $T sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 31 -- true; echo $?; exec 3<>$B/wd; t sweep -y --journal $B/k --watchdog /wd mmc::rdqs 30 31 -- true; echo $?)sh", "2\n2\n", p + "cannot open the watchdog /wd: No such device or address; nothing written\n" + p + "cannot use the watchdog /wd: not a character device; nothing written\n", 0},
-    {"keep-alives go by the clock while the command leaves an orphan every 0.25 s", R"sh(: >$B/wd; s=$(date +%s%N); t sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 30 -- sh -c 'for i in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do (sleep 0.01 &); sleep 0.25; done' >/dev/null; n=$(tr -d V <$B/wd | wc -c) seconds=$((($(date +%s%N) - s) / 1000000000)); [ $n -ge $((seconds - 1)) ] && echo kept alive || echo $n in $seconds s)sh", "kept alive\n", "", 0, true},
-    {"the test command's output is not the sweep's: a sweep into head -1 passes every value", R"sh(t sweep -y --csv $B/s.csv mmc::rdqs 30 45 -- sh -c 'echo t; sleep 0.05' 2>/dev/null | head -n 1 >/dev/null; grep -c pass $B/s.csv)sh", "16\n", "", 0},
-    {"a FIFO or a directory as the trial file is bad, neither applied nor blessed", R"sh(d=$B/var/lib/padkit; mkdir -p $d; mkfifo $d/trial-0001+3-0.conf; t trial --status | head -n 1; t apply --system; t bless; rm $d/*; mkdir $d/trial-0001+2-1@1.conf; t bless)sh", "state: bad\n", p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not applied\n" + p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not blessed\n" + p + "trial <B>/var/lib/padkit/trial-0001+2-1@1.conf is not a regular file; not blessed\n", tune_status::not_done},
-    {"the last trial number held by the pending trial: it is named", R"sh(mkdir -p $B/var/lib/padkit; echo 'mmc::rdqs = 9' | tee $B/t >$B/var/lib/padkit/trial-9999+3-0.conf; t trial $B/t)sh", "", p + "no trial number left: remove the trial <B>/var/lib/padkit/trial-9999+3-0.conf first (trial --remove)\n", tune_status::not_done},
-    {"trial --status --json escapes a path that is not UTF-8", R"sh(echo 'mmc::rdqs = 9' >$B/t; export PADKIT_SIM_DIR=$B/$(printf '\377'); t trial $B/t; t trial --status --json | python3 -c 'import json, os, sys; print(os.fsencode(json.loads(sys.stdin.buffer.read().decode())["file"]))' | sed "s|$B||")sh", "b'/\\xff/var/lib/padkit/trial-0001+3-0.conf'\n", "", 0},
+    {"a FIFO as the watchdog is refused, with a reader or without", R"sh(mkfifo $B/wd
+        timeout 10 $T sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 31 -- true; echo $?; exec 3<>$B/wd
+        t sweep -y --journal $B/k --watchdog /wd mmc::rdqs 30 31 -- true; echo $?)sh",
+        "2\n2\n", p + "cannot open the watchdog /wd: No such device or address; nothing written\n" + p +
+        "cannot use the watchdog /wd: not a character device; nothing written\n", 0},
+    {"keep-alives go by the clock while the command leaves an orphan every 0.25 s", R"sh(: >$B/wd; s=$(date +%s%N)
+        t sweep -y --journal $B/j --watchdog /wd mmc::rdqs 30 30 -- sh -c '
+            for i in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do (sleep 0.01 &); sleep 0.25; done' >/dev/null
+        n=$(tr -d V <$B/wd | wc -c) seconds=$((($(date +%s%N) - s) / 1000000000))
+        [ $n -ge $((seconds - 1)) ] && echo kept alive || echo $n in $seconds s)sh",
+        "kept alive\n", "", 0, true},
+    {"the test command's output is not the sweep's: a sweep into head -1 passes every value", R"sh(
+        t sweep -y --csv $B/s.csv mmc::rdqs 30 45 -- sh -c 'echo t; sleep 0.05' 2>/dev/null | head -n 1 >/dev/null
+        grep -c pass $B/s.csv)sh", "16\n", "", 0},
+    {"a FIFO or a directory as the trial file is bad, neither applied nor blessed", R"sh(d=$B/var/lib/padkit
+        mkdir -p $d; mkfifo $d/trial-0001+3-0.conf; t trial --status | head -n 1; t apply --system; t bless; rm $d/*
+        mkdir $d/trial-0001+2-1@1.conf; t bless)sh",
+        "state: bad\n", p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not applied\n" +
+        p + "trial <B>/var/lib/padkit/trial-0001+3-0.conf is not a regular file; not blessed\n" +
+        p + "trial <B>/var/lib/padkit/trial-0001+2-1@1.conf is not a regular file; not blessed\n", not_done},
+    {"the last trial number held by the pending trial: it is named", R"sh(mkdir -p $B/var/lib/padkit
+        echo 'mmc::rdqs = 9' | tee $B/t >$B/var/lib/padkit/trial-9999+3-0.conf; t trial $B/t)sh",
+        "", p + "no trial number left: remove the trial "
+        "<B>/var/lib/padkit/trial-9999+3-0.conf first (trial --remove)\n", not_done},
+    {"trial --status --json escapes a path that is not UTF-8", R"sh(echo 'mmc::rdqs = 9' >$B/t
+        export PADKIT_SIM_DIR=$B/$(printf '\377'); t trial $B/t
+        t trial --status --json | python3 -c 'import json, os, sys; print(os.fsencode(
+            json.loads(sys.stdin.buffer.read().decode())["file"]))' | sed "s|$B||")sh",
+        "b'/\\xff/var/lib/padkit/trial-0001+3-0.conf'\n", "", 0},
     // resume and resume --restore take a journal's word for nothing they cannot check first.
     {"an original the property cannot hold is refused before anything is written", R"sh(
         t sweep -y --journal $B/j mac-tx::delay 0 3 -- sh -c '[ $PADKIT_SWEEP_VALUE != 2 ] || kill -KILL $PPID' 2>&-

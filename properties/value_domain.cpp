@@ -97,6 +97,18 @@ std::string value_domain::shown(long long code) const {
     return value_text(code, false, &text) ? text : code_prefix + std::to_string(code);
 }
 
+std::string value_domain::delay_text(long long code) const {
+    long long delay = 0;
+    if (!direction_bit || !axis_value_of(code, &delay))
+        return "";
+    return (code & direction_bit ? "+" : "-") + std::to_string(delay < 0 ? -delay : delay);
+}
+
+std::string value_domain::told(long long code) const {
+    const std::string delay = delay_text(code);
+    return delay.empty() ? shown(code) : shown(code) + " (delay " + delay + ")";
+}
+
 bool value_domain::code_of_shown(const std::string& text, long long* code,
                                  std::string* problem) const {
     const std::string::size_type prefix = sizeof code_prefix - 1;

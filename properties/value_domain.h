@@ -60,6 +60,12 @@ struct value_domain {
     // Any code the hardware may hold, as padkit-tune shows it: "code N"
     // where no key names it.
     std::string shown(long long code) const;
+    // A DQ delay's code as a signed delay: "-1", "+3"; the two codes of
+    // delay 0 as "-0" and "+0". Empty for any other domain or a code that
+    // stands for no delay.
+    std::string delay_text(long long code) const;
+    // shown() for people, a DQ delay with its delay beside it: "1 (delay -1)".
+    std::string told(long long code) const;
     // The code that shown() gives the text for, one of the domain's codes
     // low..high (a code that no key names, or off the step, is one the
     // hardware may hold); else what is wrong with the text.

@@ -191,11 +191,15 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
         if (property_results.axis.size() < most)
             report("%s: the boards' sweeps differ; merged on the %zu values every board measured",
                    name.c_str(), property_results.axis.size());
-        std::vector<std::string> settings;
-        for (long long value : property_results.axis.values)
+        std::vector<std::string> settings, delays;
+        for (long long value : property_results.axis.values) {
             settings.push_back(domain.shown(domain.code_at(value)));
-        for (sweep_row& row : property_results.rows)
+            delays.push_back(domain.delay_text(domain.code_at(value)));
+        }
+        for (sweep_row& row : property_results.rows) {
             row.settings = settings;
+            row.delays = delays;
+        }
     }
     return true;
 }
@@ -206,12 +210,13 @@ void print_merged_profile(std::FILE* out, const std::vector<sweep_results>& merg
     std::fputs(header.c_str(), out);
     for (const sweep_results& property_results : merged) {
         const std::size_t centre = common_centre(property_results);
+        const sweep_row& first = property_results.rows.front();
         if (centre == property_results.axis.size())
             std::fprintf(out, "# %s: no common passing value\n", property_results.group.c_str());
         else
-            std::fprintf(
-                out, "%s = %s\n", property_results.group.c_str(),
-                setting_at(property_results.rows.front(), property_results.axis, centre).c_str());
+            std::fprintf(out, "%s%s = %s\n", delay_comment({first.delays[centre]}).c_str(),
+                         property_results.group.c_str(),
+                         setting_at(first, property_results.axis, centre).c_str());
     }
 }
 

@@ -117,9 +117,8 @@ public:
     void print_profile(std::FILE* out, const std::string& header) const override {
         std::fputs(header.c_str(), out);
         if (safest)
-            std::fprintf(out, "%s = %s\n%s = %s\n", x.prop->name.c_str(),
-                         x.setting_at(safest->at.x).c_str(), y.prop->name.c_str(),
-                         y.setting_at(safest->at.y).c_str());
+            std::fprintf(out, "%s%s", x.profile_line(safest->at.x).c_str(),
+                         y.profile_line(safest->at.y).c_str());
         else
             std::fprintf(out, "# %s, %s: no passing point\n", x.prop->name.c_str(),
                          y.prop->name.c_str());

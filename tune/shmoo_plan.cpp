@@ -5,6 +5,7 @@
 #include <list>
 
 #include "runtime/report.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/sweep_plan.h"
 
 std::size_t shmoo_axis::other_order(std::size_t at) const {
@@ -30,6 +31,11 @@ std::string shmoo_axis::value_text(std::size_t position) const {
     const std::string& setting = settings[visit];
     return visits.text_at(visit) +
            (setting == std::to_string(visits.values[visit]) ? "" : " (setting " + setting + ")");
+}
+
+std::string shmoo_axis::profile_line(std::size_t position) const {
+    return delay_comment({prop->domain().delay_text(code_at(position))}) + prop->name + " = " +
+           setting_at(position) + "\n";
 }
 
 std::string shmoo_axis::range_text() const {

@@ -30,6 +30,9 @@ struct shmoo_axis {
     grid_axis rising() const;
     // "V", or "V (setting S)" where padkit writes it otherwise.
     std::string value_text(std::size_t position) const;
+    // The profile's line that sets the value at the position, a DQ delay's
+    // comment line above it.
+    std::string profile_line(std::size_t position) const;
     // "NAME over LO..HI (N values)".
     std::string range_text() const;
     // Where the original lies on the rising axis, if it is one of its values.

@@ -66,7 +66,8 @@ public:
     void record(std::size_t step, outcome result, std::FILE* csv) override {
         const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
         if (at == 0) {
-            results.rows.push_back({plan.rows[row]->name, {}, plan.settings[row], {}});
+            results.rows.push_back(
+                {plan.rows[row]->name, {}, plan.settings[row], plan.delays[row], {}});
             long long original = 0;
             if (plan.rows[row]->domain().axis_value_of(originals[row], &original))
                 results.rows.back().original = original;

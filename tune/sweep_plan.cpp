@@ -100,6 +100,7 @@ bool row_codes(property* row, const value_axis& axis, sweep_plan* plan) {
     const value_domain domain = row->domain();
     plan->codes.emplace_back();
     plan->settings.emplace_back();
+    plan->delays.emplace_back();
     for (long long value : axis.values) {
         const long long code = domain.code_at(value);
         std::string why_not;
@@ -110,6 +111,7 @@ bool row_codes(property* row, const value_axis& axis, sweep_plan* plan) {
         }
         plan->codes.back().push_back(code);
         plan->settings.back().push_back(domain.shown(code));
+        plan->delays.back().push_back(domain.delay_text(code));
     }
     return true;
 }

@@ -19,6 +19,8 @@ struct sweep_plan {
     // shows it (PADKIT_SWEEP_SETTING, the chart).
     std::vector<std::vector<long long>> codes;
     std::vector<std::vector<std::string>> settings;
+    // Per row and axis value, a DQ delay's signed delay; empty otherwise.
+    std::vector<std::vector<std::string>> delays;
 };
 
 // Beyond this a range is a typing mistake rather than a sweep.

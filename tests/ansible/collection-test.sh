@@ -37,6 +37,8 @@ play() {
 shows() { for text; do grep -qF -- "$text" "$tmp/out" || failed "$name: $text"; done; }
 
 "$tune" dump >"$tmp/fresh"
+play delays "changed=1 failed=0" --check --diff -e '{"profile": "tarnm-ddra-read0::dq3 = 1\n"}'
+shows "-tarnm-ddra-read0::dq3 = 0 (delay -0)" "+tarnm-ddra-read0::dq3 = 1 (delay -1)"
 play check "changed=1 failed=0" --check --diff
 shows "-ehci0-phy::tx-vref = 8" "+ehci0-phy::tx-vref = 9" "+++ after: $dest"
 { "$tune" dump | cmp -s - "$tmp/fresh" && [ ! -e "$dest" ]; } || fail "check: board or $dest written"

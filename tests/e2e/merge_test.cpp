@@ -132,8 +132,10 @@ TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
     EXPECT_EQ(got.status, ok) << got.err;
     const std::string csv = slurp(in_dir("m.csv"));
     EXPECT_NE(csv.find("\n" + dq3 + ",-7,2,3,fail\n" + dq3 + ",-6,3,3,pass\n"), std::string::npos) << csv;
-    EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << slurp(in_dir("m.conf"));
-    EXPECT_EQ(fresh.run({"dump", dq3}).out, dq3 + " = 67\n");
+    const std::string profile = slurp(in_dir("m.conf"));
+    EXPECT_NE(profile.find("\n# delay: +3\n" + dq3 + " = 67\n"), std::string::npos) << profile;
+    EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << profile;
+    EXPECT_EQ(fresh.run({"dump", dq3}).out, "# delay: +3\n" + dq3 + " = 67\n");
     const std::string svg = in_dir("m.svg");
     EXPECT_EQ(
         std::system((SVG_SHOWS " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),

@@ -179,7 +179,7 @@ const script_row rows[] = {
         "", p + "no trial number left: remove the trial "
         "<B>/var/lib/padkit/trial-9999+3-0.conf first (trial --remove)\n", not_done},
     {"trial --status --json escapes a path that is not UTF-8", R"sh(echo 'mmc::rdqs = 9' >$B/t
-        export PADKIT_SIM_DIR=$B/$(printf '\377'); t trial $B/t
+        export PADKIT_SIM_DIR=$B/$(printf '\377'); t trial $B/t >/dev/null
         t trial --status --json | python3 -c 'import json, os, sys; print(os.fsencode(
             json.loads(sys.stdin.buffer.read().decode())["file"]))' | sed "s|$B||")sh",
         "b'/\\xff/var/lib/padkit/trial-0001+3-0.conf'\n", "", 0},

@@ -137,10 +137,10 @@ TEST(PadkitTuneShmoo, ProfileGivesTheBoardKeepCentreLeaves) {
     const std::string profile = (profiled.scratch / "p.conf").string();
     EXPECT_EQ(kept.run(shmoo({"-y", "--keep", "centre"}, dq_diamond, dq_grid)).status, tune_status::ok);
     EXPECT_EQ(profiled.run(shmoo({"-y", "--profile", profile}, dq_diamond, dq_grid)).status, tune_status::ok);
-    EXPECT_EQ(profiled.run({"dump", dq3, core}).out, core + " = 900000\n" + dq3 + " = 0\n") << "restored";
+    EXPECT_EQ(profiled.run({"dump", dq3, core}).out, core + " = 900000\n# delay: -0\n" + dq3 + " = 0\n") << "restored";
     EXPECT_EQ(profiled.run({"apply", profile}).status, tune_status::ok);
     EXPECT_EQ(profiled.run({"dump", dq3, core}).out, kept.run({"dump", dq3, core}).out);
-    EXPECT_EQ(kept.run({"dump", dq3}).out, dq3 + " = 65\n");
+    EXPECT_EQ(kept.run({"dump", dq3}).out, "# delay: +1\n" + dq3 + " = 65\n");
 }
 
 // The slow Y is written once a row, then put back; X (mmc::rdqs, a debugfs file) leaves no trace.

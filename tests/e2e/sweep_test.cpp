@@ -142,7 +142,7 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     const result got =
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
-    EXPECT_EQ(b.run({"dump", dq}).out, dq + " = {5,5,5,5,5,5,5,5}\n");
+    EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
     std::string expected_csv = "name,value,result\n", expected_svg, summaries;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
@@ -190,7 +190,7 @@ TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
         const std::string svg = (b.scratch / "dq.svg").string();
         const result got = b.run(sweep({"-y", "--keep", "centre", "--svg", svg, dq3, row.from, row.to}, in(-10, 20)));
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
-        EXPECT_EQ(b.run({"dump", dq3}).out, dq3 + " = 69\n");
+        EXPECT_EQ(b.run({"dump", dq3}).out, "# delay: +5\n" + dq3 + " = 69\n");
         std::system(
             (SVG_SHOWS " " + svg + " | sed -n 's/^ticks top: //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt")
                 .c_str());
@@ -211,7 +211,9 @@ TEST(PadkitTuneSweep, CompositeCommonWindowAndProfile) {
     EXPECT_EQ(profiled.run(sweep({"-y", "--profile", profile, dq, "-10", "10"}, command)).status, 0);
     const std::string written = slurp(profile), header = "# padkit-tune-sim sweep -y --profile " + profile + " ";
     EXPECT_EQ(written.rfind(header + dq + " -10 10 -- sh -c '", 0), 0u) << written;
-    EXPECT_NE(written.find("\n" + dq + " = {0,65,66,66,67,67,68,68}\n"), std::string::npos) << written;
+    EXPECT_NE(written.find("\n# delays: -0 +1 +2 +2 +3 +3 +4 +4\n" + dq + " = {0,65,66,66,67,67,68,68}\n"),
+              std::string::npos)
+        << written;
     EXPECT_EQ(profiled.run({"apply", profile}).status, 0);
     EXPECT_EQ(profiled.run({"dump"}).out, kept.run({"dump"}).out);
 }

@@ -14,15 +14,16 @@ tmp=$(mktemp -d) && trap 'rm -rf "$tmp"' EXIT
 export PADKIT_SIM_DIR="$tmp/board"
 board=$PADKIT_SIM_DIR fails=0
 # A run that reads the board creates it; --version needs none.
-"$tune" dump mac-tx::delay >/dev/null && cp -a "$board" "$tmp/fresh" && printf 'mmc::rdqs = 9\n' >"$tmp/t" || exit 1
+"$tune" dump mac-tx::delay >/dev/null && cp -a "$board" "$tmp/fresh" && printf 'mmc::rdqs = 9\n' >"$tmp/t" &&
+    printf '# trial of %s\nmmc::rdqs = 9\n' "$tmp/t" >"$tmp/installed" || exit 1
 fail() { echo "FAIL $*" && fails=1; }
 
 # The state as trial --status reads it from the listing, without the mark of a complete apply, which
-# bless checks; "torn" for a trial file that is not the profile.
+# bless checks; "torn" for a trial file that is not the profile under the line naming it.
 state() {
     "$tune" trial --status 2>/dev/null | sed -e '/^applied/d' -e 's/@[0-9]*\.conf$/.conf/' | xargs
     for f in "$board"/var/lib/padkit/trial-* "$board"/etc/padkit.d/~trial-*; do
-        [ ! -e "$f" ] || cmp -s "$f" "$tmp/t" || echo "torn $f"
+        [ ! -e "$f" ] || cmp -s "$f" "$tmp/installed" || echo "torn $f"
     done
 }
 fresh_values() { rm -rf "$board/regs" "$board/sys" && cp -a "$tmp/fresh/regs" "$tmp/fresh/sys" "$board"; }
@@ -76,6 +77,7 @@ for n in 2 1 2 2; do
     boot strace -f -o /dev/null -P "$board/sys/kernel/debug/mmc0/rdqs" --inject="write:signal=KILL:when=$n"
     ! applied || times=$((times + 1))
 done
-[ "$times $(state)" = "1 state: bad file: $board/var/lib/padkit/trial-0001+0-2.bad tries left: 0 tries done: 2" ] ||
+[ "$times $(state)" = "1 state: bad file: $board/var/lib/padkit/trial-0001+0-2.bad source: $tmp/t tries left: 0 \
+tries done: 2" ] ||
     fail "boots, one cut: the trial applied $times times, then $(state)"
 exit $fails

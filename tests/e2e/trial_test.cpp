@@ -124,7 +124,7 @@ TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
         // The regulator's limit is lower on the board it boots: a bad line fails the trial at once.
         {"cannot be applied", boot,
             known_good, "50-board.conf trial-0001+0-1.bad | bad 0 1 None",
-            trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:2: core_regulator::microvolts: "
+            trying("trial-0001+2-1.conf", "1 of 3") + p + lib + "trial-0001+2-1.conf:3: core_regulator::microvolts: "
             "1000000 is not in the regulator's limits 800000..950000\n" + failed("trial-0001+0-1.bad", "1 try"), ok,
             {{"sys/class/regulator/regulator.2/max_microvolts", "950000\n"}}},
         {"boot after", boot,
@@ -132,4 +132,14 @@ TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
             failed("trial-0001+0-1.bad", "1 try")},
     });
     // clang-format on
+}
+
+// trial says what it installed, and the trial names the file it came from.
+TEST(PadkitTuneTrial, NamesTheFileItCameFrom) {
+    trial_board b;
+    const result installed = b.run({"trial", b.on_board("<B>/t")});
+    EXPECT_EQ(installed.out, b.on_board("<B>/t installed as " + lib + "trial-0001+3-0.conf (3 tries)\n"));
+    EXPECT_NE(b.run({"trial", "--status"}).out.find(b.on_board("\nsource: <B>/t\n")), std::string::npos);
+    const std::string json = b.run({"trial", "--status", "--json"}).out;
+    EXPECT_NE(json.find(b.on_board("\"source\": \"<B>/t\"")), std::string::npos) << json;
 }

@@ -66,6 +66,9 @@ const std::pair<std::string, std::string> profile_lines[] = {
     {"mac-tx::delay = 4", "mac-tx::delay: 4 is not in 0..3"},
     {"mac-tx::delay = +1", "mac-tx::delay: '+1' is not a decimal or 0x hexadecimal number"},
     {"mac-tx::delay = 12abc", "mac-tx::delay: '12abc' is not a decimal or 0x hexadecimal number"},
+    {"mac-tx::delay = 2  # a comment after a value", ""},
+    {"mac-tx::delay = 2#no blank", "mac-tx::delay: '2#no blank' is not a decimal or 0x hexadecimal number"},
+    {"mac-tx::delay = # no value", "mac-tx::delay: missing value"},
     {"tarnm-ddra0::scl = 4294967295", ""},
     {"tarnm-ddra0::scl = 4294967296", "tarnm-ddra0::scl: 4294967296 does not fit 32 bits"},
     {"tarnm-ddra::odt = 50", "tarnm-ddra::odt: 50 is not one of 0, 40, 60, 120"},
@@ -115,7 +118,7 @@ TEST(PadkitTune, FailedWriteIsRolledBack) {
     tune_board b;
     const std::string before = b.run({"dump"}).out;
     b.change("p",
-             "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 9\nmmc::rdqs = 9\n"
+             "mac-tx::delay = 3\ntarnm-ddrb-read3::dq5 = 1\nmmc::rdqs = 9\n"
              "cpu_regulator::microvolts = 1200000\ncore_regulator::microvolts = 1000000\n");
     if (!read_only(b, b.dir / regulator2))
         GTEST_SKIP() << "no private mount namespace here";
@@ -123,8 +126,8 @@ TEST(PadkitTune, FailedWriteIsRolledBack) {
     EXPECT_EQ(got.status, tune_status::not_done);
     EXPECT_EQ(got.err, p + "core_regulator::microvolts: writing 1000000 failed\n" + p +
                            "cpu_regulator::microvolts: restored to 1100000\n" + p + "mmc::rdqs: restored to 37\n" + p +
-                           "tarnm-ddrb-read3::dq5: restored to 0\n" + p + "mac-tx::delay: restored to 0\n" + p +
-                           "apply failed; every property is as it was\n");
+                           "tarnm-ddrb-read3::dq5: restored to 0 (delay -0)\n" + p + "mac-tx::delay: restored to 0\n" +
+                           p + "apply failed; every property is as it was\n");
     b.launcher.clear();
     EXPECT_EQ(b.run({"dump"}).out, before);
 }
@@ -160,14 +163,20 @@ const named_case cli_rows[] = {
     // A later member wins over its composite; equal values are not shown.
     {"diff, member after composite", {{"diff", "<B>/p"}, {{"p", "tarnm-ddra-read0::dq = {0,0,3,0,0,0,0,1}\n"
                                                                 "tarnm-ddra-read0::dq2 = 0\nmmc::rdqs = 37\n"}},
-        "tarnm-ddra-read0::dq7: 0 -> 1\n", "", not_done}},
-    {"diff --json", {{"diff", "--json", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\n"}},
-        "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1}\n]\n", "", not_done}},
+        "tarnm-ddra-read0::dq7: 0 (delay -0) -> 1 (delay -1)\n", "", not_done}},
+    {"diff --json", {{"diff", "--json", "<B>/p"},
+                     {{"p", "mac-tx::delay = 1\nmmc::rdqs=0x25\ntarnm-ddra-read0::dq2 = 64\n"}},
+        "[\n  {\"name\": \"mac-tx::delay\", \"board\": 0, \"file\": 1},\n  {\"name\": \"tarnm-ddra-read0::dq2\", "
+        "\"board\": 0, \"file\": 64, \"board_delay\": \"-0\", \"file_delay\": \"+0\"}\n]\n", "", not_done}},
     {"diff, board unreadable", {{"diff", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}},
         "", rdqs_invalid("0") + p + "mmc::rdqs: unreadable\n", bad_input}},
     {"apply -n", {{"apply", "-n", "<B>/p"}, {{"p", "mac-tx::delay = 1\nmmc::rdqs = 2\nmac-rx::delay = 0"}},
         "mac-tx::delay: 0 -> 1\nmmc::rdqs: 37 -> 2\n", "", ok, "R 0x00140000 0x00000000\nR 0x00140000 0x00000000\n",
         {{rdqs, "37\n"}}}},
+    {"apply -v, DQ members", {{"apply", "-v", "<B>/p"},
+                              {{"p", "tarnm-ddra-read0::dq = {0,0,64,1,0,0,0,0}  # delays: -0 -0 +0 -1\n"}},
+        "tarnm-ddra-read0::dq2: 0 (delay -0) -> 64 (delay +0)\n"
+        "tarnm-ddra-read0::dq3: 0 (delay -0) -> 1 (delay -1)\n", "", ok}},
     {"apply, board unreadable", {{"apply", "<B>/p"}, {{"p", "mmc::rdqs = 3"}, {rdqs, "x"}},
         "", rdqs_invalid("0") + p + "mmc::rdqs: unreadable; nothing written\n", not_done}},
     {"sweep, putting back fails", {{"sweep", "-y", cpu, "1000000", "1010000", "--", "true"}, {{cpu_volts, "1095000"}},
@@ -178,7 +187,7 @@ const named_case cli_rows[] = {
     {"apply --system, none", {{"apply", "--system"}, {}, "", "", ok}},
     {"apply --system -v", {{"apply", "--system", "-v"},
                            {{"etc/padkit.d/20-b.conf", "mac-tx::delay = 2\n"}, {"etc/padkit.d/x", "bad"},
-                            {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\n"}},
+                            {"etc/padkit.d/10-a.conf", "mac-tx::delay = 1\nmac-rx::delay = 3\t; after a tab\n"}},
         "mac-rx::delay: 0 -> 3\nmac-tx::delay: 0 -> 2\n", "", ok}},
 };
 // clang-format on

@@ -103,4 +103,4 @@ std::vector<std::string> undo(const std::vector<change>& changes) {
     return left;
 }
 
-std::string code_text(property* prop, long long code) { return prop->domain().shown(code); }
+std::string code_text(property* prop, long long code) { return prop->domain().told(code); }

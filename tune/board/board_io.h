@@ -55,8 +55,9 @@ std::vector<change> compare_with_board(const std::vector<setting>& settings,
 // error. Gives the names of the properties left changed.
 std::vector<std::string> undo(const std::vector<change>& changes);
 
-// A code as padkit-tune shows it (value_domain::shown): the property's value,
-// or "code N" where no key of its table names it.
+// A code as padkit-tune shows it to people (value_domain::told): the
+// property's value, or "code N" where no key of its table names it, and a DQ
+// delay's signed delay beside it.
 std::string code_text(property* prop, long long code);
 
 #endif

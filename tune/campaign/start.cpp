@@ -61,7 +61,7 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
     }
     journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
     for (std::size_t at = 0; at < props.size(); ++at)
-        header.originals.emplace_back(props[at]->name, code_text(props[at], originals[at]));
+        header.originals.emplace_back(props[at]->name, props[at]->domain().shown(originals[at]));
     return guard.journal.create(options.journal_path, header);
 }
 

@@ -16,6 +16,23 @@
 #include "tune/profile/profile.h"
 #include "tune/usage/usage.h"
 
+namespace {
+
+// A difference as a JSON object; a DQ delay's signed delays beside its codes.
+void print_json_difference(const change& d, const char* separator) {
+    const value_domain domain = d.prop->domain();
+    const std::string board = domain.shown(d.before), file = domain.shown(d.after);
+    std::string delays;
+    if (!domain.delay_text(d.before).empty())
+        delays = ", \"board_delay\": " + json_string(domain.delay_text(d.before)) +
+                 ", \"file_delay\": " + json_string(domain.delay_text(d.after));
+    std::printf("%s  {\"name\": %s, \"board\": %s, \"file\": %s%s}", separator,
+                json_string(d.prop->name).c_str(), json_value(&board).c_str(),
+                json_value(&file).c_str(), delays.c_str());
+}
+
+}  // namespace
+
 int diff_command(int argc, char** argv) {
     static const option options[] = {
         {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {}};
@@ -40,13 +57,11 @@ int diff_command(int argc, char** argv) {
     if (json)
         std::fputs("[", stdout);
     for (const change& d : differences) {
-        const std::string board = code_text(d.prop, d.before), file = code_text(d.prop, d.after);
         if (json)
-            std::printf("%s  {\"name\": %s, \"board\": %s, \"file\": %s}", separator,
-                        json_string(d.prop->name).c_str(), json_value(&board).c_str(),
-                        json_value(&file).c_str());
+            print_json_difference(d, separator);
         else
-            std::printf("%s: %s -> %s\n", d.prop->name.c_str(), board.c_str(), file.c_str());
+            std::printf("%s: %s -> %s\n", d.prop->name.c_str(), code_text(d.prop, d.before).c_str(),
+                        code_text(d.prop, d.after).c_str());
         separator = ",\n";
     }
     if (json)

@@ -17,6 +17,7 @@
 #include "tune/board/board_io.h"
 #include "tune/profile/commands.h"
 #include "tune/profile/json.h"
+#include "tune/sweep/profile_header.h"
 #include "tune/usage/usage.h"
 
 namespace {
@@ -57,17 +58,22 @@ void leave_members_out(std::vector<property*>* chosen) {
     chosen->swap(kept);
 }
 
-// The value as a profile holds it, "{a,b,...}" for a composite; false for a
-// code that no key names.
-bool profile_text(property* prop, const board_value& codes, bool hex, std::string* text) {
+// The value as a profile holds it, "{a,b,...}" for a composite, and the
+// delays of its codes; false for a code that no key names.
+bool profile_text(property* prop, const board_value& codes, bool hex, std::string* text,
+                  std::vector<std::string>* delays) {
     const value_domain domain = prop->domain();
-    if (!domain.members)
+    if (!domain.members) {
+        delays->push_back(domain.delay_text(codes.front()));
         return domain.value_text(codes.front(), hex, text);
+    }
     auto code = codes.begin();
     *text = "{";
     for (const std::string& name : *domain.members) {
+        const value_domain member = property::get_property(name)->domain();
         std::string member_text;
-        if (!property::get_property(name)->domain().value_text(*code++, hex, &member_text))
+        delays->push_back(member.delay_text(*code));
+        if (!member.value_text(*code++, hex, &member_text))
             return false;
         *text += (text->size() > 1 ? "," : "") + member_text;
     }
@@ -104,8 +110,10 @@ int dump_command(int argc, char** argv) {
     for (std::size_t i = 0; i < chosen.size(); ++i) {
         property* prop = chosen[i];
         std::string text;
+        std::vector<std::string> delays;
         const std::string* value =
-            values[i] && profile_text(prop, *values[i], hex && !json, &text) ? &text : nullptr;
+            values[i] && profile_text(prop, *values[i], hex && !json, &text, &delays) ? &text
+                                                                                      : nullptr;
         if (!value)
             status = tune_status::not_done;
         if (json) {
@@ -113,7 +121,8 @@ int dump_command(int argc, char** argv) {
                         json_value(value).c_str());
             separator = ",\n";
         } else if (value) {
-            std::printf("%s = %s\n", prop->name.c_str(), value->c_str());
+            std::printf("%s%s = %s\n", delay_comment(delays).c_str(), prop->name.c_str(),
+                        value->c_str());
         } else {
             std::printf("# %s: unreadable\n", prop->name.c_str());
         }

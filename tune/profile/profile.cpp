@@ -101,6 +101,15 @@ bool member_settings(const std::list<std::string>& members, const std::string& v
     return true;
 }
 
+// The value's text up to a comment after it: a '#' or ';' with a blank
+// before it.
+std::string without_comment(const std::string& text) {
+    for (std::string::size_type at = 1; at < text.size(); ++at)
+        if ((text[at] == '#' || text[at] == ';') && (text[at - 1] == ' ' || text[at - 1] == '\t'))
+            return text.substr(0, at);
+    return text;
+}
+
 // The settings that a property's value stands for: its own code, or one per
 // member of a composite.
 bool settings_of(property* prop, const std::string& value, std::vector<setting>* taken,
@@ -126,7 +135,7 @@ bool take_line(const std::string& raw, std::vector<setting>* settings, std::stri
         return false;
     }
     const std::string name = trimmed(line.substr(0, equals));
-    const std::string value = trimmed(line.substr(equals + 1));
+    const std::string value = trimmed(without_comment(line.substr(equals + 1)));
     for (const std::string* word : {&name, &value}) {
         if (word->size() > max_word_size) {
             *problem = "'" + shown(*word, shown_word_size) + "' is too long";

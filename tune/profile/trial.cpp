@@ -19,6 +19,7 @@
 #include "runtime/stop_signals.h"
 #include "tune/profile/apply.h"
 #include "tune/profile/commands.h"
+#include "tune/profile/input_text.h"
 #include "tune/profile/json.h"
 #include "tune/profile/profile.h"
 #include "tune/profile/trial_store.h"
@@ -129,23 +130,28 @@ int install(const std::string& file, int tries, bool now) {
     // From here on a stop signal waits until the trial is installed (and
     // with --now marked applied or bad).
     const stop_signals held;
-    if (!install_trial_file(text, name))
+    if (!install_trial_file(source_line(shown(file)) + text, name))
         return tune_status::not_done;
     t.path = trial_dir() + "/" + name;
     // A replaced trial left behind by a cut-short run is ignored, the newest counts.
     if (!remove_synced(listing.trial_files))
         return tune_status::not_done;
+    std::printf("%s installed as %s (%d %s)\n", shown(file).c_str(), t.path.c_str(), tries,
+                tries == 1 ? "try" : "tries");
+    std::fflush(stdout);
     return now ? apply_counted(t, false, held) : tune_status::ok;
 }
 
 void print_status(const trial& t, bool json) {
     const bool tries = t.state == trial_state::pending || t.state == trial_state::bad;
     const bool pending = t.state == trial_state::pending;
+    const std::string source = t.path.empty() ? "" : source_of(t.path);
     if (json) {
         std::printf(
-            "{\"state\": \"%s\", \"file\": %s, \"tries_left\": %s, \"tries_done\": %s, "
-            "\"applied\": %s}\n",
+            "{\"state\": \"%s\", \"file\": %s, \"source\": %s, \"tries_left\": %s, "
+            "\"tries_done\": %s, \"applied\": %s}\n",
             state_name(t.state), t.path.empty() ? "null" : json_string(t.path).c_str(),
+            source.empty() ? "null" : json_string(source).c_str(),
             tries ? std::to_string(t.left).c_str() : "null",
             tries ? std::to_string(t.done).c_str() : "null",
             pending ? (t.applied ? "true" : "false") : "null");
@@ -154,6 +160,8 @@ void print_status(const trial& t, bool json) {
     std::printf("state: %s\n", state_name(t.state));
     if (!t.path.empty())
         std::printf("file: %s\n", t.path.c_str());
+    if (!source.empty())
+        std::printf("source: %s\n", source.c_str());
     if (tries)
         std::printf("tries left: %d\ntries done: %d\n", t.left, t.done);
     if (pending)

@@ -21,6 +21,8 @@
 
 namespace {
 
+const std::string source_prefix = "# trial of ";
+
 // Reads what NAME holds at *at: the literal text, or a decimal number of one
 // to four digits.
 bool take(const std::string& name, std::size_t* at, const char* text) {
@@ -180,6 +182,20 @@ bool make_dir(const std::string& dir) {
     if (ec)
         report("%s: %s", dir.c_str(), ec.message().c_str());
     return !ec;
+}
+
+std::string source_line(const std::string& source) { return source_prefix + source + "\n"; }
+
+std::string source_of(const std::string& path) {
+    // A FIFO in a trial's place would block the read.
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(path, error)))
+        return "";
+    std::ifstream in(path, std::ios::binary);
+    std::string line;
+    if (!std::getline(in, line) || line.compare(0, source_prefix.size(), source_prefix) != 0)
+        return "";
+    return line.substr(source_prefix.size());
 }
 
 bool install_trial_file(const std::string& text, const std::string& name) {

@@ -51,6 +51,12 @@ std::string blessed_name(int number);
 // trial's name carries it; empty when it cannot be read.
 std::string boot_id();
 
+// A trial file's first line, a comment that names the profile it was
+// installed from, and that name read back from the file (empty when its first
+// line names none).
+std::string source_line(const std::string& source);
+std::string source_of(const std::string& path);
+
 // Creates the directory and its parents where missing. False, reported.
 bool make_dir(const std::string& dir);
 

@@ -29,7 +29,7 @@ sweep_results line_up(const std::string& name, const value_axis& kind,
             if (everywhere(value))
                 merged.axis.values.push_back(value);
     for (std::size_t board = 0; board < boards.size(); ++board) {
-        merged.rows.push_back({boards[board].board, {}, {}, {}});
+        merged.rows.push_back({boards[board].board, {}, {}, {}, {}});
         for (long long value : merged.axis.values)
             merged.rows.back().results.push_back(boards[board].results[positions[board][value]]);
     }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "tune/sweep/profile_header.h"
+
 std::string setting_at(const sweep_row& row, const value_axis& axis, std::size_t at) {
     return row.settings.empty() ? std::to_string(axis.values[at]) : row.settings[at];
 }
@@ -222,20 +224,25 @@ void print_csv_line(std::FILE* out, const std::string& name, const std::string& 
 
 void print_profile(std::FILE* out, const sweep_results& results, const std::string& header) {
     std::fputs(header.c_str(), out);
-    std::vector<std::string> centres;
+    std::vector<std::string> centres, delays;
     for (const sweep_row& row : results.rows) {
         const sweep_window window = widest_window(row.results);
-        centres.push_back(
-            window.count == 0
-                ? ""
-                : setting_at(row, results.axis, window_centre(window, results.axis.values)));
+        if (window.count == 0) {
+            centres.emplace_back();
+            delays.emplace_back();
+            continue;
+        }
+        const std::size_t centre = window_centre(window, results.axis.values);
+        centres.push_back(setting_at(row, results.axis, centre));
+        delays.push_back(row.delays.empty() ? "" : row.delays[centre]);
     }
     const bool every_window = std::find(centres.begin(), centres.end(), "") == centres.end();
     if (!results.group.empty() && every_window) {
         std::string list;
         for (const std::string& centre : centres)
             list += (list.empty() ? "{" : ",") + centre;
-        std::fprintf(out, "%s = %s}\n", results.group.c_str(), list.c_str());
+        std::fprintf(out, "%s%s = %s}\n", delay_comment(delays).c_str(), results.group.c_str(),
+                     list.c_str());
         return;
     }
     for (std::size_t row = 0; row < results.rows.size(); ++row) {
@@ -243,6 +250,7 @@ void print_profile(std::FILE* out, const sweep_results& results, const std::stri
         if (centres[row].empty())
             std::fprintf(out, "# %s: no passing value\n", name);
         else
-            std::fprintf(out, "%s = %s\n", name, centres[row].c_str());
+            std::fprintf(out, "%s%s = %s\n", delay_comment({delays[row]}).c_str(), name,
+                         centres[row].c_str());
     }
 }

@@ -20,6 +20,9 @@ struct sweep_row {
     // Per value of the axis, the value as written; empty when that is the
     // axis value itself.
     std::vector<std::string> settings;
+    // Per value of the axis, a DQ delay's signed delay ("-0", "+3"); empty
+    // for other properties.
+    std::vector<std::string> delays;
     std::optional<long long> original;  // the axis value in use before the sweep
 };
 

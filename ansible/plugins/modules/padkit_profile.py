@@ -51,7 +51,8 @@ extends_documentation_fragment:
   - padkit.board.padkit_tune
 notes:
   - Supports check mode and diff mode. The diff shows the board's settings
-    that differ from the profile, and the changes to I(dest).
+    that differ from the profile, a DQ delay's code with its signed delay
+    beside it, and the changes to I(dest).
   - A profile with a bad line fails the task with every C(FILE:LINE:)
     message and changes nothing. When a write fails, padkit-tune puts back
     every property it had written; the task fails and names them.
@@ -94,6 +95,14 @@ settings:
     file:
       description: Its value in the profile.
       type: int
+    board_delay:
+      description: For a DQ delay, the signed delay of I(board), such as C(-0) or C(+3).
+      type: str
+      returned: for a DQ delay
+    file_delay:
+      description: For a DQ delay, the signed delay of I(file).
+      type: str
+      returned: for a DQ delay
   sample: [{"name": "ehci0-phy::tx-vref", "board": 8, "file": 9}]
 dest_changed:
   description: Whether I(dest) was, or in check mode would be, written.
@@ -111,8 +120,14 @@ from ansible_collections.padkit.board.plugins.module_utils.padkit_tune import (
     BINARY_ARGUMENT, NOT_DONE, OK, fail_tune, run_tune)
 
 
+def shown(setting, side):
+    """A value as padkit-tune shows it to people: a DQ delay's code with its delay."""
+    delay = setting.get(side + '_delay')
+    return '%s (delay %s)' % (setting[side], delay) if delay else str(setting[side])
+
+
 def settings_text(settings, side):
-    return ''.join('%s = %s\n' % (s['name'], s[side]) for s in settings)
+    return ''.join('%s = %s\n' % (s['name'], shown(s, side)) for s in settings)
 
 
 def read_file(path):

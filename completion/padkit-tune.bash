@@ -35,6 +35,7 @@ _padkit_tune()
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
             --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --log) mapfile -t COMPREPLY < <(compgen -d -- "$cur") && return ;;
             --step | --xstep | --ystep | --weigh | --runs | --timeout) return ;;
         esac
     fi
@@ -47,10 +48,10 @@ _padkit_tune()
         bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
-                --watchdog --" -- "$cur") ;;
+                --watchdog --log --" -- "$cur") ;;
         shmoo:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
-                --profile --journal --watchdog --" -- "$cur") ;;
+                --profile --journal --watchdog --log --" -- "$cur") ;;
         resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The

@@ -113,6 +113,10 @@ const named_case cases[] = {
         "", p + "tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
     {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {},
         "", p + "tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
+    {"log into no directory", {sweep({"-y", "--log", "<B>/none", mmc, "30", "31"}, "true"), {},
+        "", p + "--log <B>/none: No such file or directory; nothing written\n", 2, ""}},
+    {"log into a file", {sweep({"-y", "--log", "<B>/sys/kernel/debug/mmc0/rdqs", mmc, "30", "31"}, "true"), {},
+        "", p + "--log <B>/sys/kernel/debug/mmc0/rdqs: not a directory; nothing written\n", 2, ""}},
 };
 // clang-format on
 
@@ -238,6 +242,44 @@ TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
     EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
     EXPECT_NE(shown.find("\nsummary " + partial), std::string::npos) << shown;
     EXPECT_EQ(shown.find("\ncommon"), std::string::npos) << shown;
+}
+
+// The test command's output never reaches the chart: on standard error, or with --log one file per run, named
+// after the point's values and the run.
+TEST(PadkitTuneSweep, CommandOutputKeptApart) {
+    const std::string says = "echo out $PADKIT_SWEEP_VALUE; echo err $PADKIT_SWEEP_VALUE >&2";
+    tune_board b;
+    const result plain = b.run(sweep({"-y", mmc, "30", "31"}, says));
+    EXPECT_EQ(plain.out,
+              "           30 31\nmmc::rdqs  ##\nmmc::rdqs: window 30..31 (2 values), centre 30; neither edge "
+              "found\nmmc::rdqs: original 37: not on the axis\n");
+    EXPECT_EQ(plain.err, "out 30\nerr 30\nout 31\nerr 31\n");
+    const fs::path logs = b.scratch / "logs";
+    fs::create_directory(logs);
+    const auto logged = [&](const strings& args) {
+        const result got = b.run(args);
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::directory_iterator(logs))
+            files[entry.path().filename().string()] = slurp(entry.path());
+        fs::remove_all(logs);
+        fs::create_directory(logs);
+        return std::make_pair(got, files);
+    };
+    const auto [swept, sweep_logs] =
+        logged(sweep({"-y", "--runs", "2", "--log", logs.string(), mmc, "30", "31"}, says));
+    EXPECT_EQ(swept.out, plain.out);
+    EXPECT_EQ(swept.err, "");
+    const std::map<std::string, std::string> per_run = {{mmc + "=30.1.log", "out 30\nerr 30\n"},
+                                                        {mmc + "=30.2.log", "out 30\nerr 30\n"},
+                                                        {mmc + "=31.1.log", "out 31\nerr 31\n"},
+                                                        {mmc + "=31.2.log", "out 31\nerr 31\n"}};
+    EXPECT_EQ(sweep_logs, per_run);
+    const auto [shmooed, shmoo_logs] = logged({"shmoo", "-y", "--log", logs.string(), odt, "40", "60", "mac-tx::delay",
+                                               "1", "1", "--", "sh", "-c", "echo $PADKIT_SHMOO_X_VALUE"});
+    EXPECT_EQ(shmooed.status, 0) << shmooed.err;
+    const std::map<std::string, std::string> per_point = {{odt + "=40,mac-tx::delay=1.1.log", "40\n"},
+                                                          {odt + "=60,mac-tx::delay=1.1.log", "60\n"}};
+    EXPECT_EQ(shmoo_logs, per_point);
 }
 
 // What padkit-tune-sim ARGS shows on an 80-column terminal.

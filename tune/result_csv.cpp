@@ -25,6 +25,17 @@ constexpr std::size_t shown_field_size = 40;
 
 }  // namespace
 
+fact values_fact(const std::string& name, const value_axis& axis) {
+    std::string values = name;
+    for (const std::string& text : axis.texts())
+        values += " " + text;
+    return {"values", values};
+}
+
+fact original_fact(property* prop, long long code) {
+    return {"original", prop->name + " = " + prop->domain().shown(code)};
+}
+
 bool read_csv_file(const std::string& path, std::string* text, struct stat* identity) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0 || fstat(fd, identity) != 0) {

@@ -12,10 +12,19 @@
 #include <string>
 #include <vector>
 
+#include "properties/property.h"
 #include "properties/value_domain.h"
+#include "tune/sweep/axis.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/facts.h"
 #include "tune/sweep/outcome.h"
+
+// Lines a campaign's CSV file gives beyond what its rows and summary say:
+// "# values: NAME V ...", the values of NAME's axis in the order visited, as
+// the rows write them, and "# original: NAME = VALUE", the value before the
+// campaign as profiles write it.
+fact values_fact(const std::string& name, const value_axis& axis);
+fact original_fact(property* prop, long long code);
 
 // Reads the file at PATH whole, with its identity; a file far beyond the CSV
 // of any sweep (or /dev/zero) is refused. Says why it cannot.

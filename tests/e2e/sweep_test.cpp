@@ -147,10 +147,11 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
-    std::string expected_csv = "name,value,result\n", expected_svg, summaries;
+    std::string expected_csv = "name,value,result\n", expected_svg, summaries, originals;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
+        originals += "# original: " + name + " = 5\n";
         expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
                         cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\nedge right of " +
                         cell + "+2: pass\ncentre " + cell + "+1: pass\n";
@@ -163,7 +164,8 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     const std::string text = slurp(csv), summary_facts = each_line(summaries, "# summary: ");
     EXPECT_EQ(text.rfind("# sweep: " + dq + " 0..+2, step 1 delay step\n# host: ", 0), 0u) << text;
     EXPECT_NE(text.find("\n# test: sh -c '[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != "), std::string::npos) << text;
-    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + summary_facts);
+    EXPECT_NE(text.find("\n# values: " + dq + " 0 +1 +2\nname,value,result\n"), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + originals + summary_facts);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg +
                            " | grep -v -e ^title -e ^block -e ^axis-title -e ^legend -e ^ticks >" + svg + ".txt 2>&1")
                               .c_str()),

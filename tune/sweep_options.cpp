@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "properties/strict_value.h"
-#include "tune/sweep/run_log.h"
 #include "tune/usage/usage.h"
 
 bool parse_signed_value(const std::string& text, long long* out, std::string* problem) {
@@ -183,8 +182,6 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
         usage_error("--watchdog needs --journal: a reset without a journal loses the whole run");
         return sweep_request::bad;
     }
-    if (!options.log_dir.empty() && !log_dir_usable(options.log_dir))
-        return sweep_request::bad;
     options.command.assign(argv + separator + 1, argv + argc);
     options.words.assign(argv, argv + argc);
     return sweep_request::run;

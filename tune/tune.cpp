@@ -56,6 +56,7 @@ const subcommand subcommands[] = {
      trial_command},
     {"bless", "bless", bless_command},
     {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
+    {"report", "report [--json|--svg] FILE", report_command},
 };
 
 void print_subcommand_usage(std::FILE* out) {

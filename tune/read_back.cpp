@@ -111,8 +111,10 @@ std::optional<long long> original_of(const std::string& name, const given_facts&
 // The rows NAMES as one sweep over the values given for SWEPT, or else the
 // longest row's; each row's values must begin that axis.
 bool sweep_of(const std::string& swept, const std::vector<std::string>& names, const csv_rows& rows,
-              const given_facts& given, const std::string& path, sweep_results* results) {
+              const given_facts& given, bool partial, const std::string& path,
+              sweep_results* results) {
     results->axis = axis_kind(property::get_property(names.front())->domain());
+    results->partial = partial;
     const auto values = given.values.find(swept);
     if (values != given.values.end())
         results->axis.values = values->second;
@@ -209,11 +211,12 @@ bool results_of(const csv_rows& rows, const facts& all, const std::string& path,
     const std::vector<std::string>& names = rows.cells.names;
     if (out->kind == "sweep") {
         out->sweeps.emplace_back();
-        return sweep_of(swept_name(*out, given), names, rows, given, path, &out->sweeps.back());
+        return sweep_of(swept_name(*out, given), names, rows, given, out->partial, path,
+                        &out->sweeps.back());
     }
     for (const std::string& name : names) {
         out->sweeps.emplace_back();
-        if (!sweep_of(name, {name}, rows, given, path, &out->sweeps.back()))
+        if (!sweep_of(name, {name}, rows, given, out->partial, path, &out->sweeps.back()))
             return false;
     }
     return true;

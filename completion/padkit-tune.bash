@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge trial bless -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge report trial bless -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == merge ]]; then
@@ -65,7 +65,8 @@ _padkit_tune()
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:* | trial:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        report:-*) mapfile -t COMPREPLY < <(compgen -W "--json --svg" -- "$cur") ;;
+        diff:* | apply:* | trial:* | resume:* | report:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

@@ -27,7 +27,7 @@ std::string svg_shows(const fs::path& path, const std::string& leave_out = "^$")
 }  // namespace
 
 // The chart and summary of the run, again from its CSV file and from its journal; the SVG from the CSV file as the
-// run drew it (the journal knows neither the host nor the date).
+// run drew it (the journal knows neither the host nor the date); JSON that parses.
 TEST(PadkitTuneReport, ShowsWhatTheRunShowed) {
     // clang-format off
     const struct { const char* name; strings args; std::string command; int status; } rows[] = {
@@ -50,6 +50,11 @@ TEST(PadkitTuneReport, ShowsWhatTheRunShowed) {
             EXPECT_EQ(shown.err, "");
             EXPECT_EQ(shown.status, 0);
         }
+        std::ofstream(b.scratch / "r.json") << b.run({"report", "--json", (b.scratch / "j").string()}, no_board).out;
+        EXPECT_EQ(
+            std::system(
+                (PYTHON3 " -c 'import json, sys; json.load(sys.stdin)' <" + (b.scratch / "r.json").string()).c_str()),
+            0);
         const std::string drawn = svg_shows(b.scratch / "c.svg");
         std::ofstream(b.scratch / "r.svg") << b.run({"report", "--svg", (b.scratch / "c.csv").string()}, no_board).out;
         EXPECT_EQ(svg_shows(b.scratch / "r.svg"), drawn);

@@ -65,14 +65,16 @@ bool read_locked(const std::vector<property*>& props, std::vector<long long>* co
 
 namespace {
 
-// The file of a run's output with --log, created fresh; -1 without.
+// With --log, the file of a run's output in *log, created fresh (-1
+// without); false, said why, when it cannot be.
 bool open_log(const test_options& options, const std::string& shown, long long run,
               progress_line& progress, int* log) {
     *log = -1;
     if (options.log_dir.empty())
         return true;
     const std::string path = run_log_path(options.log_dir, shown, run + 1);
-    *log = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0644);
+    *log =
+        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW, 0644);
     if (*log >= 0)
         return true;
     progress.clear();

@@ -25,8 +25,9 @@ void print_text(const read_back& got) {
     const std::size_t columns = terminal_columns(STDOUT_FILENO);
     if (got.grid) {
         print_grid_chart(stdout, *got.grid, got.safest, columns);
+        // A file that does not give the original point says nothing of it.
         for (const std::string& line : grid_summary(*got.grid, got.safest))
-            if (got.grid->original_x.empty() ? line.rfind("original ", 0) != 0 : true)
+            if (!got.grid->original_x.empty() || line.rfind("original ", 0) != 0)
                 std::printf("%s\n", line.c_str());
         return;
     }

@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge trial bless -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge report trial bless -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == merge ]]; then
@@ -35,6 +35,7 @@ _padkit_tune()
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
             --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --log) mapfile -t COMPREPLY < <(compgen -d -- "$cur") && return ;;
             --step | --xstep | --ystep | --weigh | --runs | --timeout) return ;;
         esac
     fi
@@ -47,10 +48,10 @@ _padkit_tune()
         bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
-                --watchdog --" -- "$cur") ;;
+                --watchdog --log --" -- "$cur") ;;
         shmoo:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
-                --profile --journal --watchdog --" -- "$cur") ;;
+                --profile --journal --watchdog --log --" -- "$cur") ;;
         resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The
@@ -64,7 +65,8 @@ _padkit_tune()
                 COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
             fi
             ;;
-        diff:* | apply:* | trial:* | resume:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
+        report:-*) mapfile -t COMPREPLY < <(compgen -W "--json --svg" -- "$cur") ;;
+        diff:* | apply:* | trial:* | resume:* | report:*) mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     esac
 }
 

@@ -9,5 +9,6 @@
 int campaign_command(int argc, char** argv);
 int resume_command(int argc, char** argv);
 int merge_command(int argc, char** argv);
+int report_command(int argc, char** argv);
 
 #endif

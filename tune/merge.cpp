@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // merge: the window that every board passes, from the CSV files of their sweeps.
-#include <fcntl.h>
 #include <getopt.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,16 +9,15 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "properties/property.h"
-#include "properties/strict_value.h"
 #include "runtime/exit_status.h"
 #include "runtime/report.h"
 #include "tune/commands.h"
 #include "tune/profile/input_text.h"
+#include "tune/result_csv.h"
 #include "tune/sweep/boards.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/facts.h"
@@ -34,19 +32,11 @@
 
 namespace {
 
-// Far beyond the CSV of any sweep: a larger file is a mistake (or /dev/zero).
-constexpr std::size_t max_csv_size = 16 * 1024 * 1024;
-// Longer fields are no property's, value or result, and are shown cut.
-constexpr std::size_t max_field_size = 256;
-constexpr std::size_t shown_field_size = 40;
-
-// What one file holds: per property, in the order of the file.
+// What one file holds, and the board it is named after.
 struct board_file {
     std::string path, board;
     struct stat identity;  // the file itself, which no output may be
-    std::vector<std::string> names;
-    std::map<std::string, board_cells> cells;
-    std::map<std::string, std::set<long long>> seen;
+    swept_cells rows;
     facts about;  // from its comment lines "# key: value"
 };
 
@@ -60,98 +50,24 @@ std::string board_name(const std::string& path) {
     return shown(name);
 }
 
-bool read_csv(const std::string& path, std::string* text, struct stat* identity) {
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0 || fstat(fd, identity) != 0) {
-        report("%s: %s", shown(path).c_str(), std::strerror(errno));
-        if (fd >= 0)
-            close(fd);
-        return false;
-    }
-    const bool read = read_bounded(fd, shown(path), max_csv_size, text);
-    close(fd);
-    return read;
-}
-
-// A range that cannot be read from this board (the regulator's limits) is
-// taken at its widest: merging needs no board.
-bool on_axis(const value_domain& domain, long long value) {
-    const std::vector<long long> keys = domain.keys();
-    return keys.empty() ? domain.axis().holds(value)
-                        : std::binary_search(keys.begin(), keys.end(), value);
-}
-
-// One line "NAME,VALUE,RESULT" into the file's cells; false with *problem for a bad one.
-bool take_row(const std::string& line, board_file* file, std::string* problem) {
-    const std::string::size_type first = line.find(','), second = line.find(',', first + 1);
-    if (first == std::string::npos || second == std::string::npos ||
-        line.find(',', second + 1) != std::string::npos)
-        return *problem = "expected NAME,VALUE,RESULT", false;
-    const std::string name = line.substr(0, first),
-                      value_text = line.substr(first + 1, second - first - 1),
-                      result_text = line.substr(second + 1);
-    for (const std::string* field : {&name, &value_text, &result_text})
-        if (field->size() > max_field_size)
-            return *problem = "'" + shown(*field, shown_field_size) + "' is too long", false;
-    property* prop = name.empty() ? nullptr : property::get_property(name);
-    if (!prop)
-        return *problem = name.empty() ? "missing name" : "no property " + shown(name), false;
-    const value_domain domain = prop->domain();
-    if (!domain.axis().sweepable())
-        return *problem = name + ": cannot be swept", false;
-    long long value = 0;
-    if (!parse_signed_value(value_text, &value, problem))
-        return *problem = name + ": " + shown(*problem), false;
-    if (!on_axis(domain, value))
-        return *problem = name + ": " + value_text + " is not on its axis", false;
-    outcome result = outcome::pass;
-    if (!parse_outcome(result_text, &result))
-        return *problem = "'" + shown(result_text) + "' is not pass, fail, timeout or hang", false;
-    board_cells& cells = file->cells[name];
-    if (cells.values.empty())
-        file->names.push_back(name);
-    if (!file->seen[name].insert(value).second)
-        return *problem = name + ": " + value_text + " given twice", false;
-    if (cells.values.size() == max_sweep_values)
-        return *problem = name + ": more than " + std::to_string(max_sweep_values) + " values",
-               false;
-    cells.board = file->board;
-    cells.values.push_back(value);
-    cells.results.push_back(result);
-    return true;
-}
-
 // Reads a sweep's CSV; stops at the first bad line, which is reported as FILE:LINE.
 bool read_board(const std::string& path, board_file* file) {
     std::string text;
-    if (!read_csv(path, &text, &file->identity))
+    if (!read_csv_file(path, &text, &file->identity))
         return false;
     file->path = shown(path);
     file->board = board_name(path);
-    std::string::size_type start = after_byte_order_mark(text);
-    bool header = false;
-    for (int number = 1; start < text.size(); ++number) {
-        std::string::size_type end = text.find('\n', start);
-        if (end == std::string::npos)
-            end = text.size();
-        const std::string line = trimmed(text.substr(start, end - start));
-        start = end + 1;
-        std::string problem;
-        fact about;
-        if (parse_fact_line(line, &about))
-            file->about.push_back(about);
-        else if (!header && line != "name,value,result")
-            problem = "expected the header name,value,result";
-        else if (!header)
-            header = true;
-        else if (!line.empty())
-            take_row(line, file, &problem);
-        if (!problem.empty()) {
-            report("%s:%d: %s", file->path.c_str(), number, problem.c_str());
-            return false;
-        }
-    }
-    if (!file->names.empty())
+    if (!read_csv_lines(text, file->path, &file->about,
+                        [file](const std::string& line, bool header, std::string* problem) {
+                            if (!header)
+                                return take_sweep_row(line, &file->rows, problem);
+                            *problem = "expected the header name,value,result";
+                            return line == "name,value,result";
+                        }))
+        return false;
+    for (auto& [name, cells] : file->rows.cells)
+        cells.board = file->board;
+    if (!file->rows.names.empty())
         return true;
     report("%s: no measured value", file->path.c_str());
     return false;
@@ -162,15 +78,15 @@ bool read_board(const std::string& path, board_file* file) {
 bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_results>* merged) {
     std::vector<std::string> names;
     for (const board_file& file : files)
-        for (const std::string& name : file.names)
+        for (const std::string& name : file.rows.names)
             if (std::find(names.begin(), names.end(), name) == names.end())
                 names.push_back(name);
     for (const std::string& name : names) {
         std::vector<board_cells> boards;
         std::size_t most = 0;
         for (const board_file& file : files) {
-            const auto cells = file.cells.find(name);
-            if (cells == file.cells.end()) {
+            const auto cells = file.rows.cells.find(name);
+            if (cells == file.rows.cells.end()) {
                 report("%s: no value of %s; merge the boards that swept the same properties",
                        file.path.c_str(), name.c_str());
                 return false;
@@ -191,15 +107,8 @@ bool line_up_boards(const std::vector<board_file>& files, std::vector<sweep_resu
         if (property_results.axis.size() < most)
             report("%s: the boards' sweeps differ; merged on the %zu values every board measured",
                    name.c_str(), property_results.axis.size());
-        std::vector<std::string> settings, delays;
-        for (long long value : property_results.axis.values) {
-            settings.push_back(domain.shown(domain.code_at(value)));
-            delays.push_back(domain.delay_text(domain.code_at(value)));
-        }
-        for (sweep_row& row : property_results.rows) {
-            row.settings = settings;
-            row.delays = delays;
-        }
+        for (sweep_row& row : property_results.rows)
+            axis_settings(domain, property_results.axis, &row.settings, &row.delays);
     }
     return true;
 }

@@ -12,6 +12,7 @@
 #include "tune/board/board_io.h"
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
+#include "tune/result_csv.h"
 #include "tune/shmoo_plan.h"
 #include "tune/sweep/facts.h"
 #include "tune/sweep/grid.h"
@@ -75,7 +76,12 @@ public:
         return next;
     }
 
-    void print_csv_header(std::FILE* out) const override { print_grid_csv_header(out, about); }
+    void print_csv_header(std::FILE* out) const override {
+        facts header = about;
+        header.push_back(values_fact(x.prop->name, x.visits));
+        header.push_back(values_fact(y.prop->name, y.visits));
+        print_grid_csv_header(out, header);
+    }
 
     void record(std::size_t step, outcome result, std::FILE* csv) override {
         const grid_point at{x.other_order(step % x.visits.size()),
@@ -110,6 +116,8 @@ public:
             std::fprintf(out, "%s\n", line.c_str());
     }
     void print_csv_summary(std::FILE* out) const override {
+        print_fact_lines(out,
+                         {original_fact(x.prop, x.original), original_fact(y.prop, y.original)});
         print_summary_facts(out, results.partial, grid_summary(results, safest));
     }
     void print_svg(std::FILE* out) const override { print_grid_svg(out, results, safest, about); }

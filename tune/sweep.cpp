@@ -11,6 +11,7 @@
 #include "runtime/report.h"
 #include "tune/campaign/kind.h"
 #include "tune/kinds.h"
+#include "tune/result_csv.h"
 #include "tune/sweep/chart.h"
 #include "tune/sweep/facts.h"
 #include "tune/sweep/svg.h"
@@ -61,7 +62,11 @@ public:
         return next;
     }
 
-    void print_csv_header(std::FILE* out) const override { ::print_csv_header(out, about); }
+    void print_csv_header(std::FILE* out) const override {
+        facts header = about;
+        header.push_back(values_fact(given.name, plan.axis));
+        ::print_csv_header(out, header);
+    }
 
     void record(std::size_t step, outcome result, std::FILE* csv) override {
         const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
@@ -113,7 +118,11 @@ public:
     }
     // The chart ends with the lines that sum it up.
     void print_summary(std::FILE*) const override {}
-    void print_csv_summary(std::FILE* out) const override { ::print_csv_summary(out, results); }
+    void print_csv_summary(std::FILE* out) const override {
+        for (std::size_t row = 0; row < originals.size(); ++row)
+            print_fact_lines(out, {original_fact(plan.rows[row], originals[row])});
+        ::print_csv_summary(out, results);
+    }
     void print_svg(std::FILE* out) const override {
         ::print_svg(out, {results}, about, mark::common_centre);
     }

@@ -125,6 +125,7 @@ bool parse_option(int option, const char* arg, test_options& options,
     case 'p': return take_file_name("--profile", arg, &options.profile_path);
     case 'j': return take_file_name("--journal", arg, &options.journal_path);
     case 'w': return take_file_name("--watchdog", arg, &options.watchdog_path);
+    case 'l': return take_file_name("--log", arg, &options.log_dir);
     }
     return own.at(static_cast<std::size_t>(option - first_own_option)).take(arg);
 }
@@ -143,7 +144,7 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
         {"keep", required_argument, nullptr, 'k'},    {"csv", required_argument, nullptr, 'c'},
         {"svg", required_argument, nullptr, 'g'},     {"profile", required_argument, nullptr, 'p'},
         {"journal", required_argument, nullptr, 'j'}, {"watchdog", required_argument, nullptr, 'w'},
-        {"help", no_argument, nullptr, 'h'}};
+        {"log", required_argument, nullptr, 'l'},     {"help", no_argument, nullptr, 'h'}};
     for (std::size_t at = 0; at < own.size(); ++at)
         long_options.push_back(
             {own[at].name, required_argument, nullptr, first_own_option + static_cast<int>(at)});

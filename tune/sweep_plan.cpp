@@ -127,6 +127,16 @@ value_axis axis_kind(const value_domain& domain) {
     return kind;
 }
 
+void axis_settings(const value_domain& domain, const value_axis& axis,
+                   std::vector<std::string>* settings, std::vector<std::string>* delays) {
+    settings->clear();
+    delays->clear();
+    for (long long value : axis.values) {
+        settings->push_back(domain.shown(domain.code_at(value)));
+        delays->push_back(domain.delay_text(domain.code_at(value)));
+    }
+}
+
 bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     if (!resolve_rows(options.name, plan) || plan->rows.empty() ||
         !build_axis(options, plan->rows.front()->domain(), &plan->axis))

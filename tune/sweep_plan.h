@@ -29,6 +29,11 @@ constexpr std::size_t max_sweep_values = 4096;
 // An axis of the domain's kind, without values: its sign, unit and table keys.
 value_axis axis_kind(const value_domain& domain);
 
+// Per value of the axis, the value as padkit-tune shows it, and a DQ delay's
+// signed delay (empty for other properties).
+void axis_settings(const value_domain& domain, const value_axis& axis,
+                   std::vector<std::string>* settings, std::vector<std::string>* delays);
+
 // Finds the properties and the values on the first row's axis: every
 // step-th value from FROM to TO, both on the axis, or for a table every
 // step-th key between them, the step by default the property's own. Every

@@ -39,13 +39,14 @@ const subcommand subcommands[] = {
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
      "      [--csv FILE] [--svg FILE] [--profile FILE]\n"
-     "      [--journal FILE [--watchdog DEVICE]] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "      [--journal FILE [--watchdog DEVICE]] [--log DIR] NAME FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
      campaign_command},
     {"shmoo",
      "shmoo [-y] [--xstep N] [--ystep N] [--weigh X:Y] [--runs K] [--timeout SEC]\n"
      "      [--keep original|centre] [--csv FILE] [--svg FILE] [--profile FILE]\n"
-     "      [--journal FILE [--watchdog DEVICE]] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
+     "      [--journal FILE [--watchdog DEVICE]] [--log DIR]\n"
+     "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      campaign_command},
     {"resume", "resume [--restore] FILE", resume_command},
     {"trial",
@@ -55,6 +56,7 @@ const subcommand subcommands[] = {
      trial_command},
     {"bless", "bless", bless_command},
     {"merge", "merge [--csv FILE] [--svg FILE] [--profile FILE] SWEEP.csv ...", merge_command},
+    {"report", "report [--json|--svg] FILE", report_command},
 };
 
 void print_subcommand_usage(std::FILE* out) {

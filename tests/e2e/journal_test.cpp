@@ -252,7 +252,8 @@ TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
             const std::string csv = slurp(at + "csv");
             EXPECT_EQ(csv.substr(std::min(csv.size(), csv.find("name,value,result"))),
                       "name,value,result\nmmc::rdqs,30,pass\nmmc::rdqs,31,pass\nmmc::rdqs,32,pass\n"
-                      "# summary: mmc::rdqs: window 30..32 (3 values), centre 31; neither edge found\n"
+                      "# original: mmc::rdqs = 37\n# summary: mmc::rdqs: window 30..32 (3 values), centre 31; neither "
+                      "edge found\n"
                       "# summary: mmc::rdqs: original 37: not on the axis\n");
             EXPECT_NE(slurp(at + "svg").find("</svg>"), std::string::npos);
             EXPECT_EQ(settings_of(slurp(at + "conf")), "mmc::rdqs = 31\n");

@@ -113,6 +113,10 @@ const named_case cases[] = {
         "", p + "tarnm-ddra-read0::dq3: +127 is not in -63..+63; nothing written\n", 2, ""}},
     {"DQ below -63", {sweep({"-y", dq, "-64", "0"}, "true"), {},
         "", p + "tarnm-ddra-read0::dq: -64 is not in -63..+63; nothing written\n", 2, ""}},
+    {"log into no directory", {sweep({"-y", "--log", "<B>/none", mmc, "30", "31"}, "true"), {},
+        "", p + "--log <B>/none: No such file or directory; nothing written\n", 2, ""}},
+    {"log into a file", {sweep({"-y", "--log", "<B>/sys/kernel/debug/mmc0/rdqs", mmc, "30", "31"}, "true"), {},
+        "", p + "--log <B>/sys/kernel/debug/mmc0/rdqs: not a directory; nothing written\n", 2, ""}},
 };
 // clang-format on
 
@@ -143,10 +147,11 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
         b.run({"sweep", "-y", "--timeout", "2", "--csv", csv, "--svg", svg, dq, "0", "2", "--", "sh", "-c", command});
     EXPECT_EQ(got.status, 0) << got.err;
     EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
-    std::string expected_csv = "name,value,result\n", expected_svg, summaries;
+    std::string expected_csv = "name,value,result\n", expected_svg, summaries, originals;
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
+        originals += "# original: " + name + " = 5\n";
         expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
                         cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\nedge right of " +
                         cell + "+2: pass\ncentre " + cell + "+1: pass\n";
@@ -159,7 +164,8 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     const std::string text = slurp(csv), summary_facts = each_line(summaries, "# summary: ");
     EXPECT_EQ(text.rfind("# sweep: " + dq + " 0..+2, step 1 delay step\n# host: ", 0), 0u) << text;
     EXPECT_NE(text.find("\n# test: sh -c '[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != "), std::string::npos) << text;
-    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + summary_facts);
+    EXPECT_NE(text.find("\n# values: " + dq + " 0 +1 +2\nname,value,result\n"), std::string::npos) << text;
+    EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + originals + summary_facts);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg +
                            " | grep -v -e ^title -e ^block -e ^axis-title -e ^legend -e ^ticks >" + svg + ".txt 2>&1")
                               .c_str()),
@@ -238,6 +244,44 @@ TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
     EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
     EXPECT_NE(shown.find("\nsummary " + partial), std::string::npos) << shown;
     EXPECT_EQ(shown.find("\ncommon"), std::string::npos) << shown;
+}
+
+// The test command's output never reaches the chart: on standard error, or with --log one file per run, named
+// after the point's values and the run.
+TEST(PadkitTuneSweep, CommandOutputKeptApart) {
+    const std::string says = "echo out $PADKIT_SWEEP_VALUE; echo err $PADKIT_SWEEP_VALUE >&2";
+    tune_board b;
+    const result plain = b.run(sweep({"-y", mmc, "30", "31"}, says));
+    EXPECT_EQ(plain.out,
+              "           30 31\nmmc::rdqs  ##\nmmc::rdqs: window 30..31 (2 values), centre 30; neither edge "
+              "found\nmmc::rdqs: original 37: not on the axis\n");
+    EXPECT_EQ(plain.err, "out 30\nerr 30\nout 31\nerr 31\n");
+    const fs::path logs = b.scratch / "logs";
+    fs::create_directory(logs);
+    const auto logged = [&](const strings& args) {
+        const result got = b.run(args);
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::directory_iterator(logs))
+            files[entry.path().filename().string()] = slurp(entry.path());
+        fs::remove_all(logs);
+        fs::create_directory(logs);
+        return std::make_pair(got, files);
+    };
+    const auto [swept, sweep_logs] =
+        logged(sweep({"-y", "--runs", "2", "--log", logs.string(), mmc, "30", "31"}, says));
+    EXPECT_EQ(swept.out, plain.out);
+    EXPECT_EQ(swept.err, "");
+    const std::map<std::string, std::string> per_run = {{mmc + "=30.1.log", "out 30\nerr 30\n"},
+                                                        {mmc + "=30.2.log", "out 30\nerr 30\n"},
+                                                        {mmc + "=31.1.log", "out 31\nerr 31\n"},
+                                                        {mmc + "=31.2.log", "out 31\nerr 31\n"}};
+    EXPECT_EQ(sweep_logs, per_run);
+    const auto [shmooed, shmoo_logs] = logged({"shmoo", "-y", "--log", logs.string(), odt, "40", "60", "mac-tx::delay",
+                                               "1", "1", "--", "sh", "-c", "echo $PADKIT_SHMOO_X_VALUE"});
+    EXPECT_EQ(shmooed.status, 0) << shmooed.err;
+    const std::map<std::string, std::string> per_point = {{odt + "=40,mac-tx::delay=1.1.log", "40\n"},
+                                                          {odt + "=60,mac-tx::delay=1.1.log", "60\n"}};
+    EXPECT_EQ(shmoo_logs, per_point);
 }
 
 // What padkit-tune-sim ARGS shows on an 80-column terminal.

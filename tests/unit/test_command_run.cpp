@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The sweep's test command: its process group, time-out and stop signals.
+// The sweep's test command: its process group, time-out and stop signals, and the files of its output.
 #include <signal.h>
 #include <unistd.h>
 
@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "tune/sweep/command_run.h"
+#include "tune/sweep/run_log.h"
 
 namespace {
 
@@ -89,4 +90,17 @@ TEST(CommandRun, CommandExistsLikeExecvpWouldFindIt) {
     // clang-format on
     for (const auto& [command, exists] : rows)
         EXPECT_EQ(command_exists(command), exists) << command;  // the command is the row's name
+}
+
+// A point as the progress line shows it becomes one file name in the directory, whatever its bytes.
+TEST(CommandRun, RunLogNamedAfterThePointAndTheRun) {
+    // clang-format off
+    const struct { const char* point; long long run; const char* path; } rows[] = {
+        {"tarnm-ddra-read0::dq3 = -4", 1, "d/tarnm-ddra-read0::dq3=-4.1.log"},
+        {"tarnm-ddra::odt = 40, mmc::rdqs = 37", 12, "d/tarnm-ddra::odt=40,mmc::rdqs=37.12.log"},
+        {"a/../b = x\t(y)*", 2, "d/a_.._b=x__y__.2.log"},
+    };
+    // clang-format on
+    for (const auto& row : rows)
+        EXPECT_EQ(run_log_path("d", row.point, row.run), row.path) << row.point;
 }

@@ -12,6 +12,7 @@
 #include "runtime/report.h"
 #include "runtime/stop_signals.h"
 #include "tune/campaign/measure.h"
+#include "tune/campaign/replay.h"
 #include "tune/campaign/result_files.h"
 #include "tune/campaign/start.h"
 #include "tune/sweep/chart.h"
@@ -100,7 +101,7 @@ int campaign::resume(const std::string& path, bool restore, kind_of_journal kind
     // --restore only writes the originals back.
     std::vector<long long> journalled, now;
     if (!kind || !command_ready(options()) ||
-        !journal_matches(guard.journal, journal, kind->properties(), &journalled) ||
+        !journal_matches(guard.journal.path(), journal, kind->properties(), &journalled) ||
         (!restore && (!read_locked(kind->properties(), &now) || !open_files())))
         return tune_status::bad_input;
     begin(std::move(journalled));
@@ -125,12 +126,8 @@ void campaign::begin(std::vector<long long> known) {
 // The journal's steps must be the kind's own, in order.
 int campaign::carry_on(const journal_contents& journal, bool restore) {
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
-        const std::optional<campaign_point> point = kind->point(step);
-        if (!point || point->journal != journal.steps[step].point) {
-            report("%s:%zu: not the next %s of this %s; nothing written",
-                   guard.journal.path().c_str(), journal.steps[step].line, kind->step, kind->name);
+        if (!is_next_step(*kind, step, journal.steps[step], guard.journal.path()))
             return tune_status::bad_input;
-        }
         record(step, journal.steps[step].result);
     }
     if (!restore && !arm_watchdog(options(), guard))
@@ -176,8 +173,8 @@ void campaign::measure(std::size_t step, const campaign_point& point) {
     const std::vector<setting> writes(point.settings.begin() + (in_place ? point.carried : 0),
                                       point.settings.end());
     in_place = true;
-    const point_result got =
-        measure_point(writes, point.journal, options(), point.names, *stop, *progress, guard);
+    const point_result got = measure_point(writes, point.journal, point.shown, options(),
+                                           point.names, *stop, *progress, guard);
     ended = got.what;
     stop_signal = got.signal;
     if (got.what == point_result::measured)

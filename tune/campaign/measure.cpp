@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "tune/campaign/measure.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "runtime/report.h"
 #include "runtime/run_lock.h"
 #include "tune/board/board_io.h"
+#include "tune/sweep/run_log.h"
 
 namespace {
 
@@ -61,14 +65,39 @@ bool read_locked(const std::vector<property*>& props, std::vector<long long>* co
 
 namespace {
 
-point_result run_tests(const test_options& options, const environment& names,
-                       const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+// With --log, the file of a run's output in *log, created fresh (-1
+// without); false, said why, when it cannot be.
+bool open_log(const test_options& options, const std::string& shown, long long run,
+              progress_line& progress, int* log) {
+    *log = -1;
+    if (options.log_dir.empty())
+        return true;
+    const std::string path = run_log_path(options.log_dir, shown, run + 1);
+    *log =
+        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW, 0644);
+    if (*log >= 0)
+        return true;
+    progress.clear();
+    report("cannot write %s: %s", path.c_str(), std::strerror(errno));
+    return false;
+}
+
+point_result run_tests(const std::string& shown, const test_options& options,
+                       const environment& names, const stop_signals& stop, progress_line& progress,
+                       hang_guard& guard) {
     for (long long run = 0; run < options.runs; ++run) {
-        const command_result got =
-            run_command(options.command, names, options.timeout_seconds, stop, [&] {
+        int log = -1;
+        if (!open_log(options, shown, run, progress, &log))
+            return {point_result::not_started, outcome::fail, 0};
+        const command_result got = run_command(
+            options.command, names, options.timeout_seconds, stop,
+            [&] {
                 progress.refresh();
                 guard.watchdog.keep_alive();
-            });
+            },
+            log);
+        if (log >= 0)
+            close(log);
         switch (got.what) {
         case command_result::passed: break;
         case command_result::failed: return {point_result::measured, outcome::fail, 0};
@@ -87,15 +116,16 @@ point_result run_tests(const test_options& options, const environment& names,
 }  // namespace
 
 point_result measure_point(const std::vector<setting>& changes, const journal_point& point,
-                           const test_options& options, const environment& names,
-                           const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+                           const std::string& shown, const test_options& options,
+                           const environment& names, const stop_signals& stop,
+                           progress_line& progress, hang_guard& guard) {
     if (const int signal = stop.take())
         return {point_result::interrupted, outcome::fail, signal};
     if (!guard.trying(point))
         return {point_result::write_failed, outcome::fail, 0};
     int signal = 0;
     const point_result got = write_locked(changes, guard.watchdog, &stop, &signal)
-                                 ? run_tests(options, names, stop, progress, guard)
+                                 ? run_tests(shown, options, names, stop, progress, guard)
                              : signal
                                  ? point_result{point_result::interrupted, outcome::fail, signal}
                                  : point_result{point_result::write_failed, outcome::fail, 0};

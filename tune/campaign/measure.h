@@ -37,13 +37,15 @@ bool write_locked(const std::vector<setting>& settings, watchdog_keeper& watchdo
 bool read_locked(const std::vector<property*>& props, std::vector<long long>* codes);
 
 // Writes the changes, then runs the command up to options.runs times with
-// the environment; every run must pass. A stop signal before or during a
+// the environment; every run must pass. With --log, each run's output goes
+// to a file named after the point as SHOWN. A stop signal before or during a
 // run interrupts; a command that cannot start is reported. The guard's
 // journal has the point before the write and its result after the command
 // (a journal that cannot be written fails the write); its watchdog is kept
 // alive meanwhile.
 point_result measure_point(const std::vector<setting>& changes, const journal_point& point,
-                           const test_options& options, const environment& names,
-                           const stop_signals& stop, progress_line& progress, hang_guard& guard);
+                           const std::string& shown, const test_options& options,
+                           const environment& names, const stop_signals& stop,
+                           progress_line& progress, hang_guard& guard);
 
 #endif

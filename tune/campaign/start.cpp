@@ -12,6 +12,7 @@
 #include "tune/board/board_io.h"
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
+#include "tune/sweep/run_log.h"
 
 namespace {
 
@@ -21,11 +22,12 @@ constexpr std::size_t first_original_line = 4;
 }  // namespace
 
 bool command_ready(const test_options& options) {
-    if (command_exists(options.command.front()))
-        return true;
-    report("%s: no such command, or not executable; nothing written",
-           options.command.front().c_str());
-    return false;
+    if (!command_exists(options.command.front())) {
+        report("%s: no such command, or not executable; nothing written",
+               options.command.front().c_str());
+        return false;
+    }
+    return options.log_dir.empty() || log_dir_usable(options.log_dir);
 }
 
 bool confirmed(const test_options& options, const std::string& does, const char* what) {
@@ -82,7 +84,7 @@ bool open_journal(const std::string& path, journal_file& journal, journal_conten
     return true;
 }
 
-bool journal_matches(const journal_file& file, const journal_contents& journal,
+bool journal_matches(const std::string& path, const journal_contents& journal,
                      const std::vector<property*>& props, std::vector<long long>* originals) {
     const auto& given = journal.header.originals;
     bool same = given.size() == props.size();
@@ -90,14 +92,14 @@ bool journal_matches(const journal_file& file, const journal_contents& journal,
         same = given[at].first == props[at]->name;
     if (!same) {
         report("%s: its originals are not those of the properties it sweeps; nothing written",
-               file.path().c_str());
+               path.c_str());
         return false;
     }
     originals->assign(props.size(), 0);
     for (std::size_t at = 0; at < props.size(); ++at) {
         std::string problem;
         if (!props[at]->domain().code_of_shown(given[at].second, &(*originals)[at], &problem)) {
-            report("%s:%zu: %s: %s; nothing written", file.path().c_str(), first_original_line + at,
+            report("%s:%zu: %s: %s; nothing written", path.c_str(), first_original_line + at,
                    props[at]->name.c_str(), problem.c_str());
             return false;
         }

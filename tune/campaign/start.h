@@ -12,7 +12,8 @@
 #include "tune/sweep/hang_guard.h"
 #include "tune/sweep/journal.h"
 
-// Whether the test command can be started; says so when not.
+// Whether the test command can be started, and its output kept where --log
+// says; says so when not.
 bool command_ready(const test_options& options);
 
 // Asks before the first write, unless -y was given: "WARNING! " and what the
@@ -38,7 +39,7 @@ bool open_journal(const std::string& path, journal_file& journal, journal_conten
 // Whether the journal's originals are those of the properties, by name, each
 // a code its property may hold (value_domain::code_of_shown); gives the
 // codes, or says why not.
-bool journal_matches(const journal_file& file, const journal_contents& journal,
+bool journal_matches(const std::string& path, const journal_contents& journal,
                      const std::vector<property*>& props, std::vector<long long>* originals);
 
 #endif

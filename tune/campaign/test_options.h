@@ -14,6 +14,7 @@ struct test_options {
     bool keep_centre = false;
     std::string csv_path, svg_path, profile_path;
     std::string journal_path, watchdog_path;
+    std::string log_dir;  // where each run's output goes; empty: standard error
     std::vector<std::string> command;
     std::vector<std::string> words;  // all of the subcommand's, as given, for the journal
 };

@@ -69,18 +69,17 @@ std::string window_line(const sweep_row& row, const value_axis& axis) {
 
 // Empty when the original was not measured.
 std::string original_line(const sweep_row& row, const value_axis& axis) {
-    if (!row.original)
-        return "";
-    const std::string lead = row.name + ": original " + axis.text(*row.original);
-    std::size_t below = 0, above = 0;
-    if (!axis.positions_around(*row.original, &below, &above))
-        return lead + ": not on the axis";
-    if (above >= row.results.size())
-        return "";
-    const sweep_window window = window_at(row.results, below);
-    if (window.count == 0 || window.last() < above)
-        return lead + ": outside the window";
-    return lead + ": " + margin_text(margins_in(window, *row.original, row.results.size(), axis));
+    const original_room original = room_of_original(row, axis);
+    const std::string lead =
+        row.original ? row.name + ": original " + axis.text(*row.original) : "";
+    switch (original.where) {
+    case original_room::off_axis: return lead + ": not on the axis";
+    case original_room::outside: return lead + ": outside the window";
+    case original_room::inside: return lead + ": " + margin_text(original.room);
+    case original_room::unknown:
+    case original_room::not_measured: break;
+    }
+    return "";
 }
 
 std::string common_line(const sweep_results& results) {

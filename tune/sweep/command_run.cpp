@@ -115,10 +115,12 @@ int end_group(pid_t pid) {
 }
 
 [[noreturn]] void exec_child(const std::vector<char*>& args, const environment& extra,
-                             const stop_signals& stop, int error_pipe) {
+                             const stop_signals& stop, int error_pipe, int output) {
     setpgid(0, 0);
     // Its output is no part of the run's: a reader of that (| head) that goes
     // away must not fail the command.
+    if (output >= 0)
+        dup2(output, STDERR_FILENO);
     dup2(STDERR_FILENO, STDOUT_FILENO);
     for (const auto& [name, value] : extra)
         setenv(name.c_str(), value.c_str(), 1);
@@ -134,7 +136,7 @@ int end_group(pid_t pid) {
 
 command_result run_command(const std::vector<std::string>& argv, const environment& extra,
                            double timeout_seconds, const stop_signals& stop,
-                           const std::function<void()>& every_second) {
+                           const std::function<void()>& every_second, int output) {
     // An inherited SIG_IGN for SIGCHLD would reap the child before us.
     signal(SIGCHLD, SIG_DFL);
     prctl(PR_SET_CHILD_SUBREAPER, 1);
@@ -155,7 +157,7 @@ command_result run_command(const std::vector<std::string>& argv, const environme
         return {command_result::not_started, errno};
     const pid_t pid = fork();
     if (pid == 0)
-        exec_child(args, extra, stop, error_pipe[1]);
+        exec_child(args, extra, stop, error_pipe[1], output);
     const int fork_error = errno;
     close(error_pipe[1]);
     if (pid < 0) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Runs the sweep's test command once: in a process group of its own, with
-// extra environment variables, its standard output on standard error, within
-// a time limit.
+// extra environment variables, its standard output and error on standard
+// error or in a file of its own, within a time limit.
 #ifndef PADKIT_COMMAND_RUN_H
 #define PADKIT_COMMAND_RUN_H
 
@@ -31,9 +31,10 @@ constexpr double kill_grace_seconds = 2;
 // group (setsid) is adopted and gets SIGTERM and, after the grace, SIGKILL
 // too. The caller must have no other children.
 // every_second runs once a second by the clock while the command runs.
+// With an OUTPUT descriptor, both its standard output and error go there.
 command_result run_command(const std::vector<std::string>& argv, const environment& extra,
                            double timeout_seconds, const stop_signals& stop,
-                           const std::function<void()>& every_second);
+                           const std::function<void()>& every_second, int output = -1);
 
 // Whether execvp would find an executable file for this command name.
 bool command_exists(const std::string& command);

@@ -54,6 +54,20 @@ margins margins_in(const sweep_window& window, long long value, std::size_t meas
             sides_not_found(window, measured, axis)};
 }
 
+original_room room_of_original(const sweep_row& row, const value_axis& axis) {
+    std::size_t below = 0, above = 0;
+    if (!row.original)
+        return {original_room::unknown, {}};
+    if (!axis.positions_around(*row.original, &below, &above))
+        return {original_room::off_axis, {}};
+    if (above >= row.results.size())
+        return {original_room::not_measured, {}};
+    const sweep_window window = window_at(row.results, below);
+    if (window.count == 0 || window.last() < above)
+        return {original_room::outside, {}};
+    return {original_room::inside, margins_in(window, *row.original, row.results.size(), axis)};
+}
+
 std::vector<outcome> common_results(const std::vector<sweep_row>& rows) {
     if (rows.empty())
         return {};

@@ -78,6 +78,15 @@ struct margins {
 margins margins_in(const sweep_window& window, long long value, std::size_t measured,
                    const value_axis& axis);
 
+// Where a row's original lies: unknown, off the axis, beyond what was
+// measured, outside the window around it, or inside, with its margins.
+struct original_room {
+    enum place { unknown, off_axis, not_measured, outside, inside };
+    place where;
+    margins room;  // when inside
+};
+original_room room_of_original(const sweep_row& row, const value_axis& axis);
+
 // Pass where every row passed, as far as the shortest row goes.
 std::vector<outcome> common_results(const std::vector<sweep_row>& rows);
 

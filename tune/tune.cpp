@@ -47,7 +47,7 @@ const subcommand subcommands[] = {
      "      [--keep original|centre] [--csv FILE] [--svg FILE] [--profile FILE]\n"
      "      [--journal FILE [--watchdog DEVICE]] X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      campaign_command},
-    {"resume", "resume [--restore] FILE", resume_command},
+    {"resume", "resume [--restore | --retry-hang] FILE", resume_command},
     {"trial",
      "trial [--tries N] [--now] FILE\n"
      "trial --status [--json]\n"

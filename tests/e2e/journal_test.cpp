@@ -13,6 +13,8 @@
 
 namespace {
 
+const std::string p = "padkit-tune-sim: ", in_flight = " (in flight when the run stopped)\n";
+
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
         text.replace(at, from.size(), to);
@@ -78,12 +80,18 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     const std::string y_held =
         "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
     // clang-format off
-    const struct { const char* name; strings words; std::string point, kill, pass; strings dump; } rows[] = {
+    const struct {
+        const char* name;
+        strings words;
+        std::string point, kill, pass;
+        strings dump;
+        std::string hang;  // the point the resume names
+    } rows[] = {
         {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
-            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
+            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}, dq3 + ": -2"},
         {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"},
             "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held,
-            {"dump", "mmc::rdqs", "mac-tx::delay"}},
+            {"dump", "mmc::rdqs", "mac-tx::delay"}, "mmc::rdqs: 31, mac-tx::delay: 1"},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -113,7 +121,37 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         EXPECT_EQ(settings_of(killed_file("conf")), settings_of(whole_file("conf")));
         EXPECT_NE(settings_of(killed_file("conf")), "");
         EXPECT_EQ(killed.run(row.dump).out, whole.run(row.dump).out);
-        EXPECT_EQ(resumed.err, runs[1].err);
+        EXPECT_EQ(resumed.err, p + row.hang + " counted as a hang" + in_flight + runs[1].err);
+    }
+}
+
+// --retry-hang measures the value in flight again: where it passes, the sweep reads as one that went in one go; killed
+// there again, the journal carries on once more and counts it as the hang.
+TEST(PadkitTuneJournal, RetryHangMeasuresTheValueInFlightAgain) {
+    const std::string dq3 = "tarnm-ddra-read0::dq3", pass = "[ $PADKIT_SWEEP_VALUE -le 3 ]";
+    tune_board whole;
+    const result one_go = whole.run({"sweep", "-y", dq3, "-4", "4", "--", "sh", "-c", pass});
+    for (const int kills : {1, 2}) {
+        SCOPED_TRACE(std::to_string(kills) + " kills at -2");
+        tune_board b;
+        const std::string journal = (b.scratch / "j").string(), runs = (b.scratch / "runs").string();
+        const std::string killed =
+            "[ $(grep -c -- -2 " + runs + ") -gt " + std::to_string(kills) + " ] || kill -KILL $PPID";
+        const strings sweep = run_words(b, {"sweep", "-y", "--journal", journal, dq3, "-4", "4"}, "$PADKIT_SWEEP_VALUE",
+                                        "-2", killed, pass);
+        ASSERT_EQ(b.run(sweep).status, 128 + SIGKILL);
+        const result retried = b.run({"resume", "--retry-hang", journal});
+        if (kills == 1) {
+            EXPECT_EQ(retried.status, ok) << retried.err;
+            EXPECT_EQ(retried.out, one_go.out);
+            EXPECT_EQ(retried.err, p + dq3 + ": -2 measured again" + in_flight + one_go.err);
+            continue;
+        }
+        ASSERT_EQ(retried.status, 128 + SIGKILL) << retried.err;
+        const result resumed = b.run({"resume", journal});
+        EXPECT_EQ(resumed.status, ok) << resumed.err;
+        EXPECT_EQ(resumed.err.rfind(p + dq3 + ": -2 counted as a hang" + in_flight, 0), 0u) << resumed.err;
+        EXPECT_NE(replaced(resumed.out, "H hang", "").find('H'), std::string::npos) << resumed.out;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <set>
 #include <string>
 
@@ -155,6 +156,31 @@ TEST(PadkitTuneJournal, RetryHangMeasuresTheValueInFlightAgain) {
     }
 }
 
+// A run removes the temporary files that a run killed before left beside the result it writes: regular files so named,
+// nothing else.
+TEST(PadkitTuneJournal, LeftoverTemporariesOfTheResultRemovedNothingElse) {
+    tune_board b;
+    const fs::path at = b.scratch;
+    // clang-format off
+    const struct { const char* name; bool removed; } planted[] = {
+        {".conf.padkit-AbC123", true}, {".conf.padkit-zz9Q0x", true}, {".conf.padkit-AbC12", false},
+        {".conf.padkit-AbC1234", false}, {"conf.padkit-AbC123", false}, {".conf.padkit-Ab-123", false},
+        {".conf2.padkit-AbC123", false}, {".other.padkit-AbC123", false},
+    };
+    // clang-format on
+    for (const auto& each : planted)
+        std::ofstream(at / each.name) << "left\n";
+    fs::create_directory(at / ".conf.padkit-Dir456");
+    fs::create_symlink(at / "target", at / ".conf.padkit-Lnk789");
+    std::ofstream(at / "target") << "kept\n";
+    EXPECT_EQ(b.run({"sweep", "-y", "--profile", (at / "conf").string(), "mmc::rdqs", "30", "31", "--", "true"}).status,
+              ok);
+    for (const auto& each : planted)
+        EXPECT_EQ(fs::exists(at / each.name), !each.removed) << each.name;
+    EXPECT_TRUE(fs::is_directory(at / ".conf.padkit-Dir456") && fs::is_symlink(at / ".conf.padkit-Lnk789"));
+    EXPECT_EQ(slurp(at / "target"), "kept\n");
+}
+
 // Journals cut or changed from a whole sweep's; a refused one leaves board, journal and CSV unwritten.
 TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
     tune_board b;
@@ -295,6 +321,9 @@ TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
             EXPECT_NE(slurp(at + "svg").find("</svg>"), std::string::npos);
             EXPECT_EQ(settings_of(slurp(at + "conf")), "mmc::rdqs = 31\n");
             EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, "mmc::rdqs = 31\n");
+            EXPECT_NE(slurp(at + "j").find("\ntemporary \"" + at + ".conf.padkit-"), std::string::npos);
+            for (const auto& entry : fs::directory_iterator(b.scratch))
+                EXPECT_EQ(entry.path().filename().string().find(".padkit-"), std::string::npos) << entry.path();
         }
     }
 }

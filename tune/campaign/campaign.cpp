@@ -18,6 +18,7 @@
 #include "tune/sweep/hang_guard.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
+#include "tune/sweep/whole_file.h"
 
 namespace {
 
@@ -111,12 +112,16 @@ int campaign::resume(const std::string& path, resume_mode mode, kind_of_journal 
         !journal_matches(guard.journal, journal, kind->properties(), &journalled) ||
         (!restore && !read_locked(kind->properties(), &now)) || !open_files())
         return tune_status::bad_input;
+    // Those of the run that stopped, even of results written again by no one.
+    for (const std::string& temporary : journal.temporaries)
+        remove_temporaries(result_of_temporary(temporary));
     begin(std::move(journalled));
     return carry_on(journal, mode);
 }
 
 bool campaign::open_files() {
-    return files.open(options(), [this](std::FILE* out) { kind->print_csv_header(out); });
+    return files.open(
+        options(), [this](std::FILE* out) { kind->print_csv_header(out); }, &guard.journal);
 }
 
 void campaign::begin(std::vector<long long> known) {

@@ -134,6 +134,10 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
         head.originals.emplace_back(line.fields[0], line.fields[1]);
         return "";
     }
+    if (is(line, "temporary", 1)) {
+        contents->temporaries.push_back(line.fields[0]);
+        return "";
+    }
     if (contents->keeping && !is(line, "end", 0))
         return "a record after the keep";
     if (is(line, "keep", 0)) {
@@ -276,6 +280,10 @@ bool journal_file::finished(outcome result) {
 }
 
 bool journal_file::stopped() { return append("stop\n"); }
+
+bool journal_file::temporary(const std::string& path) {
+    return append(record("temporary", {path}));
+}
 
 bool journal_file::keeping() {
     if (!kept_before)

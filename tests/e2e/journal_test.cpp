@@ -40,6 +40,12 @@ std::string results_of(const std::string& csv) {
     return kept;
 }
 
+// The date a CSV file gives, in its "# date: " line.
+std::string date_of(const std::string& csv) {
+    const std::size_t at = csv.find("\n# date: ") + 9;
+    return csv.substr(at, csv.find('\n', at) - at);
+}
+
 // What a picture draws, read back by svg_shows.py, without its title and legend.
 std::string drawn(const fs::path& svg) {
     std::system((SVG_SHOWS " " + svg.string() + " | grep -v -e ^title -e ^legend >" + svg.string() + ".txt").c_str());
@@ -111,7 +117,9 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         }
         const auto killed_file = [&](const char* name) { return slurp(killed.scratch / name); };
         const auto whole_file = [&](const char* name) { return slurp(whole.scratch / name); };
-        const result resumed = killed.run({"resume", (killed.scratch / "j").string()});
+        const std::string started = date_of(killed_file("csv"));
+        // In another time zone, the date of now would read differently in any case.
+        const result resumed = killed.run({"resume", (killed.scratch / "j").string()}, {{"TZ", "XYZ-5:30"}});
         EXPECT_EQ(resumed.status, tune_status::ok) << resumed.err;
         EXPECT_NE(replaced(resumed.out, "H hang  ", "").find('H'), std::string::npos);
         EXPECT_NE(killed_file("svg").find("class=\"cell hang\""), std::string::npos);
@@ -119,6 +127,8 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         EXPECT_EQ(results_of(replaced(killed_file("csv"), "hang", "fail")), results_of(whole_file("csv")));
         EXPECT_EQ(replaced(drawn(killed.scratch / "svg"), "hang", "fail"), drawn(whole.scratch / "svg"));
         EXPECT_EQ(lines_of(killed_file("runs")), lines_of(whole_file("runs")));
+        EXPECT_EQ(date_of(killed_file("csv")), started);
+        EXPECT_NE(killed_file("svg").find("date: " + started + "<"), std::string::npos) << killed_file("svg");
         EXPECT_EQ(settings_of(killed_file("conf")), settings_of(whole_file("conf")));
         EXPECT_NE(settings_of(killed_file("conf")), "");
         EXPECT_EQ(killed.run(row.dump).out, whole.run(row.dump).out);
@@ -197,7 +207,7 @@ TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
         {"stopped while keeping", unkept, not_done,
             journal + ": the run stopped while it kept the centre; put back instead"},
         {"ended", whole, bad_input, journal + ": the sweep it records has ended; nothing written"},
-        {"garbled", replaced(torn, "\"31\"", "\"31"), bad_input, journal + ":7: garbled record"},
+        {"garbled", replaced(torn, "\"31\"", "\"31"), bad_input, journal + ":8: garbled record"},
         {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), bad_input, "mmc::nothing"},
         {"another version", foreign, bad_input,
             journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},

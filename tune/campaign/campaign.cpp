@@ -15,6 +15,7 @@
 #include "tune/campaign/result_files.h"
 #include "tune/campaign/start.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/hang_guard.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
@@ -103,6 +104,8 @@ int campaign::resume(const std::string& path, resume_mode mode, kind_of_journal 
     journal_contents journal;
     if (!open_journal(path, guard.journal, &journal))
         return tune_status::bad_input;
+    // Its result files give the date the campaign started, not today's.
+    set_campaign_date(journal.header.date);
     kind = kind_of(journal.header.command, path);
     // Carrying on reads every property first, as a new campaign does;
     // --restore only writes the originals back.

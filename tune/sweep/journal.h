@@ -9,6 +9,7 @@
 //   directory "DIR"                  where the sweep was started
 //   command "sweep" "-y" ...         the subcommand's words
 //   original "NAME" "VALUE"          one per swept property
+//   date "YYYY-MM-DD HH:MM:SS +ZZZZ" when it started; older journals have none
 // then per step:
 //   try "FIELD" ...                  before the value is written
 //   result pass|fail|timeout|hang    after the command
@@ -43,6 +44,7 @@ struct journal_header {
     std::string version, directory;
     std::vector<std::string> command;
     std::vector<std::pair<std::string, std::string>> originals;  // name, value
+    std::string date;                                            // empty when not recorded
 };
 
 struct journal_contents {

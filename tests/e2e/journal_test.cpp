@@ -231,12 +231,14 @@ TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
     }
 }
 
+// And leaves the result files of what was measured, the hang included, marked partial.
 TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     tune_board b;
     const std::string dq = "tarnm-ddra-read0::dq", journal = (b.scratch / "j").string();
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
-    const strings sweep = {"sweep", "-y", "--journal", journal, dq, "0", "2"};
+    const std::string csv = (b.scratch / "csv").string(), svg = (b.scratch / "svg").string();
+    const strings sweep = {"sweep", "-y", "--journal", journal, "--csv", csv, "--svg", svg, dq, "0", "2"};
     const result killed =
         b.run(run_words(b, sweep, "$PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE", dq + "12", "kill -KILL $PPID", "true"));
     ASSERT_EQ(killed.status, 128 + SIGKILL);
@@ -247,6 +249,12 @@ TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
     const std::string text = slurp(journal);
     EXPECT_EQ(text.substr(text.size() - 17), "\nresult hang\nend\n");
+    const std::string results = slurp(csv);
+    EXPECT_NE(results.find("\n" + dq + "1,+1,pass\n" + dq + "1,+2,hang\n# partial: "), std::string::npos) << results;
+    const std::string shown = "\n" + drawn(svg);
+    EXPECT_NE(shown.find("\ncell " + dq + "1 = +2: hang\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("\nproblem: "), std::string::npos) << shown;
 }
 
 // The stand-in is a plain file: it keeps every byte the sweep writes.

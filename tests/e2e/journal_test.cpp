@@ -40,12 +40,6 @@ std::string results_of(const std::string& csv) {
     return kept;
 }
 
-// The date a CSV file gives, in its "# date: " line.
-std::string date_of(const std::string& csv) {
-    const std::size_t at = csv.find("\n# date: ") + 9;
-    return csv.substr(at, csv.find('\n', at) - at);
-}
-
 // What a picture draws, read back by svg_shows.py, without its title and legend.
 std::string drawn(const fs::path& svg) {
     std::system((SVG_SHOWS " " + svg.string() + " | grep -v -e ^title -e ^legend >" + svg.string() + ".txt").c_str());
@@ -87,18 +81,12 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     const std::string y_held =
         "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
     // clang-format off
-    const struct {
-        const char* name;
-        strings words;
-        std::string point, kill, pass;
-        strings dump;
-        std::string hang;  // the point the resume names
-    } rows[] = {
+    const struct { const char* name; strings words; std::string point, kill, pass, hang; strings dump; } rows[] = {
         {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
-            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}, dq3 + ": -2"},
+            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", dq3 + ": -2", {"dump", dq3}},
         {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"},
             "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held,
-            {"dump", "mmc::rdqs", "mac-tx::delay"}, "mmc::rdqs: 31, mac-tx::delay: 1"},
+            "mmc::rdqs: 31, mac-tx::delay: 1", {"dump", "mmc::rdqs", "mac-tx::delay"}},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -117,8 +105,7 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         }
         const auto killed_file = [&](const char* name) { return slurp(killed.scratch / name); };
         const auto whole_file = [&](const char* name) { return slurp(whole.scratch / name); };
-        const std::string started = date_of(killed_file("csv"));
-        // In another time zone, the date of now would read differently in any case.
+        const std::string started = killed_file("csv").substr(killed_file("csv").find("date: "), 31);
         const result resumed = killed.run({"resume", (killed.scratch / "j").string()}, {{"TZ", "XYZ-5:30"}});
         EXPECT_EQ(resumed.status, tune_status::ok) << resumed.err;
         EXPECT_NE(replaced(resumed.out, "H hang  ", "").find('H'), std::string::npos);
@@ -127,8 +114,8 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         EXPECT_EQ(results_of(replaced(killed_file("csv"), "hang", "fail")), results_of(whole_file("csv")));
         EXPECT_EQ(replaced(drawn(killed.scratch / "svg"), "hang", "fail"), drawn(whole.scratch / "svg"));
         EXPECT_EQ(lines_of(killed_file("runs")), lines_of(whole_file("runs")));
-        EXPECT_EQ(date_of(killed_file("csv")), started);
-        EXPECT_NE(killed_file("svg").find("date: " + started + "<"), std::string::npos) << killed_file("svg");
+        EXPECT_NE(killed_file("csv").find("\n# " + started + "\n"), std::string::npos) << started;
+        EXPECT_NE(killed_file("svg").find(started + "<"), std::string::npos) << started;
         EXPECT_EQ(settings_of(killed_file("conf")), settings_of(whole_file("conf")));
         EXPECT_NE(settings_of(killed_file("conf")), "");
         EXPECT_EQ(killed.run(row.dump).out, whole.run(row.dump).out);
@@ -136,34 +123,19 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     }
 }
 
-// --retry-hang measures the value in flight again: where it passes, the sweep reads as one that went in one go; killed
-// there again, the journal carries on once more and counts it as the hang.
+// --retry-hang measures the value in flight again, killed there again too; passing, it reads as a sweep in one go.
 TEST(PadkitTuneJournal, RetryHangMeasuresTheValueInFlightAgain) {
     const std::string dq3 = "tarnm-ddra-read0::dq3", pass = "[ $PADKIT_SWEEP_VALUE -le 3 ]";
-    tune_board whole;
+    tune_board whole, b;
     const result one_go = whole.run({"sweep", "-y", dq3, "-4", "4", "--", "sh", "-c", pass});
-    for (const int kills : {1, 2}) {
-        SCOPED_TRACE(std::to_string(kills) + " kills at -2");
-        tune_board b;
-        const std::string journal = (b.scratch / "j").string(), runs = (b.scratch / "runs").string();
-        const std::string killed =
-            "[ $(grep -c -- -2 " + runs + ") -gt " + std::to_string(kills) + " ] || kill -KILL $PPID";
-        const strings sweep = run_words(b, {"sweep", "-y", "--journal", journal, dq3, "-4", "4"}, "$PADKIT_SWEEP_VALUE",
-                                        "-2", killed, pass);
-        ASSERT_EQ(b.run(sweep).status, 128 + SIGKILL);
-        const result retried = b.run({"resume", "--retry-hang", journal});
-        if (kills == 1) {
-            EXPECT_EQ(retried.status, ok) << retried.err;
-            EXPECT_EQ(retried.out, one_go.out);
-            EXPECT_EQ(retried.err, p + dq3 + ": -2 measured again" + in_flight + one_go.err);
-            continue;
-        }
-        ASSERT_EQ(retried.status, 128 + SIGKILL) << retried.err;
-        const result resumed = b.run({"resume", journal});
-        EXPECT_EQ(resumed.status, ok) << resumed.err;
-        EXPECT_EQ(resumed.err.rfind(p + dq3 + ": -2 counted as a hang" + in_flight, 0), 0u) << resumed.err;
-        EXPECT_NE(replaced(resumed.out, "H hang", "").find('H'), std::string::npos) << resumed.out;
-    }
+    const std::string journal = (b.scratch / "j").string(), runs = (b.scratch / "runs").string();
+    const std::string twice = "[ $(grep -c -- -2 " + runs + ") -gt 2 ] || kill -KILL $PPID";
+    const strings sweep = {"sweep", "-y", "--journal", journal, dq3, "-4", "4"};
+    ASSERT_EQ(b.run(run_words(b, sweep, "$PADKIT_SWEEP_VALUE", "-2", twice, pass)).status, 128 + SIGKILL);
+    ASSERT_EQ(b.run({"resume", "--retry-hang", journal}).status, 128 + SIGKILL);
+    const result retried = b.run({"resume", "--retry-hang", journal});
+    EXPECT_EQ(retried.out, one_go.out);
+    EXPECT_EQ(retried.err, p + dq3 + ": -2 measured again" + in_flight + one_go.err);
 }
 
 // A run removes the temporary files that a run killed before left beside the result it writes: regular files so named,
@@ -171,24 +143,25 @@ TEST(PadkitTuneJournal, RetryHangMeasuresTheValueInFlightAgain) {
 TEST(PadkitTuneJournal, LeftoverTemporariesOfTheResultRemovedNothingElse) {
     tune_board b;
     const fs::path at = b.scratch;
-    // clang-format off
-    const struct { const char* name; bool removed; } planted[] = {
-        {".conf.padkit-AbC123", true}, {".conf.padkit-zz9Q0x", true}, {".conf.padkit-AbC12", false},
-        {".conf.padkit-AbC1234", false}, {"conf.padkit-AbC123", false}, {".conf.padkit-Ab-123", false},
-        {".conf2.padkit-AbC123", false}, {".other.padkit-AbC123", false},
-    };
-    // clang-format on
-    for (const auto& each : planted)
-        std::ofstream(at / each.name) << "left\n";
-    fs::create_directory(at / ".conf.padkit-Dir456");
+    const strings removed = {".conf.padkit-AbC123", ".conf.padkit-zz9Q0x"};
+    const strings kept = {".conf.padkit-AbC12",
+                          ".conf.padkit-AbC1234",
+                          "conf.padkit-AbC123",
+                          ".conf.padkit-Ab-123",
+                          ".conf2.padkit-AbC123",
+                          ".other.padkit-AbC123",
+                          "target"};
+    for (const strings& names : {removed, kept})
+        for (const std::string& name : names)
+            std::ofstream(at / name) << name;
     fs::create_symlink(at / "target", at / ".conf.padkit-Lnk789");
-    std::ofstream(at / "target") << "kept\n";
     EXPECT_EQ(b.run({"sweep", "-y", "--profile", (at / "conf").string(), "mmc::rdqs", "30", "31", "--", "true"}).status,
               ok);
-    for (const auto& each : planted)
-        EXPECT_EQ(fs::exists(at / each.name), !each.removed) << each.name;
-    EXPECT_TRUE(fs::is_directory(at / ".conf.padkit-Dir456") && fs::is_symlink(at / ".conf.padkit-Lnk789"));
-    EXPECT_EQ(slurp(at / "target"), "kept\n");
+    for (const std::string& name : removed)
+        EXPECT_FALSE(fs::exists(at / name)) << name;
+    for (const std::string& name : kept)
+        EXPECT_EQ(slurp(at / name), name);
+    EXPECT_TRUE(fs::is_symlink(at / ".conf.padkit-Lnk789"));
 }
 
 // Journals cut or changed from a whole sweep's; a refused one leaves board, journal and CSV unwritten.
@@ -249,12 +222,10 @@ TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
     const std::string text = slurp(journal);
     EXPECT_EQ(text.substr(text.size() - 17), "\nresult hang\nend\n");
-    const std::string results = slurp(csv);
-    EXPECT_NE(results.find("\n" + dq + "1,+1,pass\n" + dq + "1,+2,hang\n# partial: "), std::string::npos) << results;
+    EXPECT_NE(slurp(csv).find("\n" + dq + "1,+1,pass\n" + dq + "1,+2,hang\n# partial: "), std::string::npos) << csv;
     const std::string shown = "\n" + drawn(svg);
     EXPECT_NE(shown.find("\ncell " + dq + "1 = +2: hang\n"), std::string::npos) << shown;
     EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
-    EXPECT_EQ(shown.find("\nproblem: "), std::string::npos) << shown;
 }
 
 // The stand-in is a plain file: it keeps every byte the sweep writes.

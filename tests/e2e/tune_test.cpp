@@ -153,8 +153,6 @@ const named_case cli_rows[] = {
     {"unknown option", {{"dump", "-q"}, {}, "", p + "unknown option -q\nusage:...", bad_input}},
     {"dump, unknown name", {{"dump", "nope"}, {}, "", p + "no property or group nope\nusage:...", bad_input}},
     {"apply, no file", {{"apply"}, {}, "", p + "apply needs a FILE\nusage:...", bad_input}},
-    {"resume, both ways", {{"resume", "--restore", "--retry-hang", "<B>/j"}, {},
-        "", p + "resume takes --restore or --retry-hang, not both\nusage:...", bad_input}},
     {"diff, missing file", {{"diff", "<B>/nope"}, {}, "", p + "<B>/nope: No such file or directory\n", bad_input}},
     {"dump --json, one unreadable", {{"dump", "--json", "mac", "mmc::rdqs", "tarnm-ddrb-write7::dq"},
                                      {{"regs", "0x140000 0x200\n"}, {rdqs, "1\n"}},

@@ -115,7 +115,8 @@ int campaign::resume(const std::string& path, resume_mode mode, kind_of_journal 
         !journal_matches(guard.journal, journal, kind->properties(), &journalled) ||
         (!restore && !read_locked(kind->properties(), &now)) || !open_files())
         return tune_status::bad_input;
-    // Those of the run that stopped, even of results written again by no one.
+    // Whatever temporary files the run that stopped left, also of results
+    // that this run does not write again.
     for (const std::string& temporary : journal.temporaries)
         remove_temporaries(result_of_temporary(temporary));
     begin(std::move(journalled));

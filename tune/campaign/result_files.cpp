@@ -40,8 +40,8 @@ bool create(const std::string& path, result_files::file_ptr* file,
 }  // namespace
 
 bool result_files::open(const test_options& options, const printer& csv_header,
-                        journal_file* journal_file) {
-    journal = journal_file;
+                        journal_file* given_journal) {
+    journal = given_journal;
     csv_path = options.csv_path;
     svg_path = options.svg_path;
     profile_path = options.profile_path;

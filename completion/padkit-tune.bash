@@ -52,7 +52,7 @@ _padkit_tune()
         shmoo:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
                 --profile --journal --watchdog --log --" -- "$cur") ;;
-        resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore" -- "$cur") ;;
+        resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore --retry-hang" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The
             # listing's group lines have no tab; sweep takes no group.

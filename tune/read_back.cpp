@@ -249,14 +249,18 @@ bool read_csv_text(const std::string& text, const std::string& path, read_back* 
     return results_of(rows, all, path, out);
 }
 
-// The CSV file the journal's campaign wrote, from its journal TEXT.
-bool journal_csv(const std::string& text, const std::string& path, std::string* csv) {
+// The CSV file the journal's campaign wrote, from its journal TEXT; *DATED:
+// the journal keeps the date the campaign started.
+bool journal_csv(const std::string& text, const std::string& path, std::string* csv, bool* dated) {
     journal_contents journal;
     std::string problem;
     if (!parse_journal(text, PADKIT_VERSION, &journal, &problem)) {
         report("%s:%s", path.c_str(), problem.c_str());
         return false;
     }
+    *dated = !journal.header.date.empty();
+    if (*dated)
+        set_campaign_date(journal.header.date);
     char* buffer = nullptr;
     std::size_t size = 0;
     std::FILE* memory = open_memstream(&buffer, &size);
@@ -280,12 +284,14 @@ bool read_back_file(const std::string& path, read_back* out) {
     if (text.rfind("journal \"", 0) != 0)
         return read_csv_text(text, name, out);
     std::string csv;
-    if (!journal_csv(text, name, &csv) || !read_csv_text(csv, name, out))
+    bool dated = false;
+    if (!journal_csv(text, name, &csv, &dated) || !read_csv_text(csv, name, out))
         return false;
-    // The journal keeps neither the host nor the time of the run.
+    // The journal does not keep the host, nor the date before it had one.
     out->about.erase(std::remove_if(out->about.begin(), out->about.end(),
-                                    [](const fact& each) {
-                                        return each.first == "host" || each.first == "date";
+                                    [dated](const fact& each) {
+                                        return each.first == "host" ||
+                                               (each.first == "date" && !dated);
                                     }),
                      out->about.end());
     return true;

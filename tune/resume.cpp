@@ -13,20 +13,26 @@
 
 int resume_command(int argc, char** argv) {
     static const option long_options[] = {{"restore", no_argument, nullptr, 'r'},
+                                          {"retry-hang", no_argument, nullptr, 'R'},
                                           {"help", no_argument, nullptr, 'h'},
                                           {nullptr, 0, nullptr, 0}};
-    bool restore = false;
+    bool restore = false, retry = false;
     optind = 0;
     for (int option; (option = getopt_long(argc, argv, "+h", long_options, nullptr)) != -1;) {
         if (option == 'h') {
             print_usage(stdout);
             return tune_status::ok;
         }
-        if (option != 'r')
+        if (option != 'r' && option != 'R')
             return unknown_option(argv);
-        restore = true;
+        (option == 'r' ? restore : retry) = true;
     }
+    if (restore && retry)
+        return usage_error("resume takes --restore or --retry-hang, not both");
     if (argc - optind != 1)
         return usage_error("resume needs the journal FILE");
-    return resume_campaign(argv[optind], restore, resumed_kind);
+    const resume_mode mode = restore ? resume_mode::restore
+                             : retry ? resume_mode::retry_hang
+                                     : resume_mode::carry_on;
+    return resume_campaign(argv[optind], mode, resumed_kind);
 }

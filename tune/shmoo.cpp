@@ -73,6 +73,8 @@ public:
                       {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
         next.shown = x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
                      y.visits.text_at(row);
+        next.named = x.prop->name + ": " + x.visits.text_at(column) + ", " + y.prop->name + ": " +
+                     y.visits.text_at(row);
         return next;
     }
 

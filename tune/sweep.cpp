@@ -59,6 +59,7 @@ public:
                       {"PADKIT_SWEEP_VALUE", next.journal[1]},
                       {"PADKIT_SWEEP_SETTING", value}};
         next.shown = prop->name + " = " + plan.axis.text_at(at);
+        next.named = prop->name + ": " + plan.axis.text_at(at);
         return next;
     }
 

@@ -48,7 +48,7 @@ const subcommand subcommands[] = {
      "      [--journal FILE [--watchdog DEVICE]] [--log DIR]\n"
      "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      campaign_command},
-    {"resume", "resume [--restore] FILE", resume_command},
+    {"resume", "resume [--restore | --retry-hang] FILE", resume_command},
     {"trial",
      "trial [--tries N] [--now] FILE\n"
      "trial --status [--json]\n"

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <set>
 #include <string>
 
@@ -12,6 +13,8 @@
 #include "tests/e2e/sim_board.h"
 
 namespace {
+
+const std::string p = "padkit-tune-sim: ", in_flight = " (in flight when the run stopped)\n";
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
@@ -78,12 +81,12 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     const std::string y_held =
         "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
     // clang-format off
-    const struct { const char* name; strings words; std::string point, kill, pass; strings dump; } rows[] = {
+    const struct { const char* name; strings words; std::string point, kill, pass, hang; strings dump; } rows[] = {
         {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
-            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", {"dump", dq3}},
+            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", dq3 + ": -2", {"dump", dq3}},
         {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"},
             "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held,
-            {"dump", "mmc::rdqs", "mac-tx::delay"}},
+            "mmc::rdqs: 31, mac-tx::delay: 1", {"dump", "mmc::rdqs", "mac-tx::delay"}},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -102,7 +105,8 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         }
         const auto killed_file = [&](const char* name) { return slurp(killed.scratch / name); };
         const auto whole_file = [&](const char* name) { return slurp(whole.scratch / name); };
-        const result resumed = killed.run({"resume", (killed.scratch / "j").string()});
+        const std::string started = killed_file("csv").substr(killed_file("csv").find("date: "), 31);
+        const result resumed = killed.run({"resume", (killed.scratch / "j").string()}, {{"TZ", "XYZ-5:30"}});
         EXPECT_EQ(resumed.status, tune_status::ok) << resumed.err;
         EXPECT_NE(replaced(resumed.out, "H hang  ", "").find('H'), std::string::npos);
         EXPECT_NE(killed_file("svg").find("class=\"cell hang\""), std::string::npos);
@@ -110,11 +114,54 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
         EXPECT_EQ(results_of(replaced(killed_file("csv"), "hang", "fail")), results_of(whole_file("csv")));
         EXPECT_EQ(replaced(drawn(killed.scratch / "svg"), "hang", "fail"), drawn(whole.scratch / "svg"));
         EXPECT_EQ(lines_of(killed_file("runs")), lines_of(whole_file("runs")));
+        EXPECT_NE(killed_file("csv").find("\n# " + started + "\n"), std::string::npos) << started;
+        EXPECT_NE(killed_file("svg").find(started + "<"), std::string::npos) << started;
         EXPECT_EQ(settings_of(killed_file("conf")), settings_of(whole_file("conf")));
         EXPECT_NE(settings_of(killed_file("conf")), "");
         EXPECT_EQ(killed.run(row.dump).out, whole.run(row.dump).out);
-        EXPECT_EQ(resumed.err, runs[1].err);
+        EXPECT_EQ(resumed.err, p + row.hang + " counted as a hang" + in_flight + runs[1].err);
     }
+}
+
+// --retry-hang measures the value in flight again, killed there again too; passing, it reads as a sweep in one go.
+TEST(PadkitTuneJournal, RetryHangMeasuresTheValueInFlightAgain) {
+    const std::string dq3 = "tarnm-ddra-read0::dq3", pass = "[ $PADKIT_SWEEP_VALUE -le 3 ]";
+    tune_board whole, b;
+    const result one_go = whole.run({"sweep", "-y", dq3, "-4", "4", "--", "sh", "-c", pass});
+    const std::string journal = (b.scratch / "j").string(), runs = (b.scratch / "runs").string();
+    const std::string twice = "[ $(grep -c -- -2 " + runs + ") -gt 2 ] || kill -KILL $PPID";
+    const strings sweep = {"sweep", "-y", "--journal", journal, dq3, "-4", "4"};
+    ASSERT_EQ(b.run(run_words(b, sweep, "$PADKIT_SWEEP_VALUE", "-2", twice, pass)).status, 128 + SIGKILL);
+    ASSERT_EQ(b.run({"resume", "--retry-hang", journal}).status, 128 + SIGKILL);
+    const result retried = b.run({"resume", "--retry-hang", journal});
+    EXPECT_EQ(retried.out, one_go.out);
+    EXPECT_EQ(retried.err, p + dq3 + ": -2 measured again" + in_flight + one_go.err);
+}
+
+// A run removes the temporary files that a run killed before left beside the result it writes: regular files so named,
+// nothing else.
+TEST(PadkitTuneJournal, LeftoverTemporariesOfTheResultRemovedNothingElse) {
+    tune_board b;
+    const fs::path at = b.scratch;
+    const strings removed = {".conf.padkit-AbC123", ".conf.padkit-zz9Q0x"};
+    const strings kept = {".conf.padkit-AbC12",
+                          ".conf.padkit-AbC1234",
+                          "conf.padkit-AbC123",
+                          ".conf.padkit-Ab-123",
+                          ".conf2.padkit-AbC123",
+                          ".other.padkit-AbC123",
+                          "target"};
+    for (const strings& names : {removed, kept})
+        for (const std::string& name : names)
+            std::ofstream(at / name) << name;
+    fs::create_symlink(at / "target", at / ".conf.padkit-Lnk789");
+    EXPECT_EQ(b.run({"sweep", "-y", "--profile", (at / "conf").string(), "mmc::rdqs", "30", "31", "--", "true"}).status,
+              ok);
+    for (const std::string& name : removed)
+        EXPECT_FALSE(fs::exists(at / name)) << name;
+    for (const std::string& name : kept)
+        EXPECT_EQ(slurp(at / name), name);
+    EXPECT_TRUE(fs::is_symlink(at / ".conf.padkit-Lnk789"));
 }
 
 // Journals cut or changed from a whole sweep's; a refused one leaves board, journal and CSV unwritten.
@@ -133,7 +180,7 @@ TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
         {"stopped while keeping", unkept, not_done,
             journal + ": the run stopped while it kept the centre; put back instead"},
         {"ended", whole, bad_input, journal + ": the sweep it records has ended; nothing written"},
-        {"garbled", replaced(torn, "\"31\"", "\"31"), bad_input, journal + ":7: garbled record"},
+        {"garbled", replaced(torn, "\"31\"", "\"31"), bad_input, journal + ":8: garbled record"},
         {"unknown property", replaced(torn, "mmc::rdqs", "mmc::nothing"), bad_input, "mmc::nothing"},
         {"another version", foreign, bad_input,
             journal + ":1: written by padkit-tune \"0.0.1\"; this is " PADKIT_VERSION},
@@ -157,12 +204,14 @@ TEST(PadkitTuneJournal, TornResumesEndedGarbledUnknownAndForeignRefused) {
     }
 }
 
+// And leaves the result files of what was measured, the hang included, marked partial.
 TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     tune_board b;
     const std::string dq = "tarnm-ddra-read0::dq", journal = (b.scratch / "j").string();
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
-    const strings sweep = {"sweep", "-y", "--journal", journal, dq, "0", "2"};
+    const std::string csv = (b.scratch / "csv").string(), svg = (b.scratch / "svg").string();
+    const strings sweep = {"sweep", "-y", "--journal", journal, "--csv", csv, "--svg", svg, dq, "0", "2"};
     const result killed =
         b.run(run_words(b, sweep, "$PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE", dq + "12", "kill -KILL $PPID", "true"));
     ASSERT_EQ(killed.status, 128 + SIGKILL);
@@ -173,6 +222,10 @@ TEST(PadkitTuneJournal, RestoreAfterKillPutsBackEveryOriginal) {
     EXPECT_EQ(b.run({"dump", dq}).out, "# delays: -5 -5 -5 -5 -5 -5 -5 -5\n" + dq + " = {5,5,5,5,5,5,5,5}\n");
     const std::string text = slurp(journal);
     EXPECT_EQ(text.substr(text.size() - 17), "\nresult hang\nend\n");
+    EXPECT_NE(slurp(csv).find("\n" + dq + "1,+1,pass\n" + dq + "1,+2,hang\n# partial: "), std::string::npos) << csv;
+    const std::string shown = "\n" + drawn(svg);
+    EXPECT_NE(shown.find("\ncell " + dq + "1 = +2: hang\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
 }
 
 // The stand-in is a plain file: it keeps every byte the sweep writes.
@@ -258,6 +311,9 @@ TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
             EXPECT_NE(slurp(at + "svg").find("</svg>"), std::string::npos);
             EXPECT_EQ(settings_of(slurp(at + "conf")), "mmc::rdqs = 31\n");
             EXPECT_EQ(b.run({"dump", "mmc::rdqs"}).out, "mmc::rdqs = 31\n");
+            EXPECT_NE(slurp(at + "j").find("\ntemporary \"" + at + ".conf.padkit-"), std::string::npos);
+            for (const auto& entry : fs::directory_iterator(b.scratch))
+                EXPECT_EQ(entry.path().filename().string().find(".padkit-"), std::string::npos) << entry.path();
         }
     }
 }

@@ -49,6 +49,8 @@ TEST(Journal, ReaderAtItsEdges) {
         {"two tries", head + "try \"x\" \"1\"\ntry \"x\" \"2\"\n", "no: 6: a try while the one before has no result"},
         {"after the end", head + "end\ntry \"x\" \"1\"\n", "no: 6: a record after the end"},
         {"end in flight", head + "try \"x\" \"1\"\nend\n", "no: 6: the end while a try has no result"},
+        {"temporary after keep", head + "keep\ntemporary \"t\"\nend\n", "keeping ended 92"},
+        {"late date", head + "try \"x\" \"1\"\nresult pass\ndate \"d\"\n", "no: 7: a date out of place"},
         {"late original", head + "try \"x\" \"1\"\nresult pass\noriginal \"y\" \"1\"\n",
             "no: 7: an original after the first try"},
     };
@@ -63,8 +65,11 @@ TEST(Journal, ReaderAtItsEdges) {
 TEST(Journal, WrittenAndReadBackByteForByte) {
     const std::string path = system_path("/journal");
     std::remove(path.c_str());
-    const journal_header header{
-        "1.0", "/a dir", {"sweep", "", "a \"b\" \\c", "line\nnext", "\xff\xfe\x7f"}, {{"x", "7"}}};
+    const journal_header header{"1.0",
+                                "/a dir",
+                                {"sweep", "", "a \"b\" \\c", "line\nnext", "\xff\xfe\x7f"},
+                                {{"x", "7"}},
+                                "2026-11-25 01:02:03 +0000"};
     journal_contents contents;
     {
         journal_file file;
@@ -76,6 +81,7 @@ TEST(Journal, WrittenAndReadBackByteForByte) {
     ASSERT_TRUE(again.resume(path, "1.0", &contents));
     EXPECT_EQ(contents.header.command, header.command);
     EXPECT_EQ(contents.header.directory, header.directory);
-    EXPECT_EQ(shown(contents), "1 2:pass 3:hang in-flight 151");
+    EXPECT_EQ(contents.header.date, header.date);
+    EXPECT_EQ(shown(contents), "1 2:pass 3:hang in-flight 184");
     EXPECT_FALSE(journal_file().resume(path, "1.0", &contents)) << "one run at a time";
 }

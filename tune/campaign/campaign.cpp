@@ -16,16 +16,18 @@
 #include "tune/campaign/result_files.h"
 #include "tune/campaign/start.h"
 #include "tune/sweep/chart.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/hang_guard.h"
 #include "tune/sweep/profile_header.h"
 #include "tune/sweep/progress.h"
+#include "tune/sweep/whole_file.h"
 
 namespace {
 
 class campaign {
 public:
     int start(std::unique_ptr<campaign_kind> planned);
-    int resume(const std::string& path, bool restore, kind_of_journal kind_of);
+    int resume(const std::string& path, resume_mode mode, kind_of_journal kind_of);
 
 private:
     const test_options& options() const { return kind->options(); }
@@ -33,7 +35,10 @@ private:
     // Once the originals are known, before the watchdog is armed: from here
     // on stop signals are held and the progress line counts.
     void begin(std::vector<long long> known);
-    int carry_on(const journal_contents& journal, bool restore);
+    int carry_on(const journal_contents& journal, resume_mode mode);
+    // The step in flight when the run stopped: said, and journalled as a
+    // hang or, with RETRY, as not measured.
+    bool settle_in_flight(const campaign_point& point, bool retry);
 
     // Returns the exit status, unless a stop signal ends the program.
     int run();
@@ -47,6 +52,9 @@ private:
     void put_back(std::size_t at);
     void put_back_changed();
     void put_back_all();
+    // The CSV file's end, the SVG and, when FINISHED, the profile; whether
+    // every file is written whole.
+    bool write_files(bool finished);
     // A stop signal that ended a wait for the lock ends the campaign; true
     // when it is the first to.
     bool stopped_by(int signal);
@@ -55,7 +63,8 @@ private:
     // Once the files are WRITTEN (or not): the journal ended, then standard
     // output, last, so that a reader of it that goes away costs no result.
     int finish(bool written);
-    // resume --restore: the originals put back, the chart so far, the journal ended.
+    // resume --restore: the originals put back, the files and the chart of
+    // what was measured, the journal ended.
     int restore_and_end();
     // FOUND: the kind found what it looked for and every file is written.
     // An interrupted campaign that put everything back says so and ends by
@@ -92,24 +101,32 @@ int campaign::start(std::unique_ptr<campaign_kind> planned) {
     return run();
 }
 
-int campaign::resume(const std::string& path, bool restore, kind_of_journal kind_of) {
+int campaign::resume(const std::string& path, resume_mode mode, kind_of_journal kind_of) {
     journal_contents journal;
     if (!open_journal(path, guard.journal, &journal))
         return tune_status::bad_input;
+    // Its result files give the date the campaign started, not today's.
+    set_campaign_date(journal.header.date);
     kind = kind_of(journal.header.command, path);
     // Carrying on reads every property first, as a new campaign does;
     // --restore only writes the originals back.
+    const bool restore = mode == resume_mode::restore;
     std::vector<long long> journalled, now;
     if (!kind || !command_ready(options()) ||
         !journal_matches(guard.journal.path(), journal, kind->properties(), &journalled) ||
-        (!restore && (!read_locked(kind->properties(), &now) || !open_files())))
+        (!restore && !read_locked(kind->properties(), &now)) || !open_files())
         return tune_status::bad_input;
+    // Whatever temporary files the run that stopped left, also of results
+    // that this run does not write again.
+    for (const std::string& temporary : journal.temporaries)
+        remove_temporaries(result_of_temporary(temporary));
     begin(std::move(journalled));
-    return carry_on(journal, restore);
+    return carry_on(journal, mode);
 }
 
 bool campaign::open_files() {
-    return files.open(options(), [this](std::FILE* out) { kind->print_csv_header(out); });
+    return files.open(
+        options(), [this](std::FILE* out) { kind->print_csv_header(out); }, &guard.journal);
 }
 
 void campaign::begin(std::vector<long long> known) {
@@ -124,20 +141,35 @@ void campaign::begin(std::vector<long long> known) {
 }
 
 // The journal's steps must be the kind's own, in order.
-int campaign::carry_on(const journal_contents& journal, bool restore) {
+int campaign::carry_on(const journal_contents& journal, resume_mode mode) {
+    const bool retry = mode == resume_mode::retry_hang;
+    std::optional<campaign_point> in_flight;
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
         if (!is_next_step(*kind, step, journal.steps[step], guard.journal.path()))
             return tune_status::bad_input;
+        if (journal.in_flight && step + 1 == journal.steps.size()) {
+            in_flight = kind->point(step);
+            if (retry)
+                break;
+        }
         record(step, journal.steps[step].result);
     }
-    if (!restore && !arm_watchdog(options(), guard))
+    if (mode != resume_mode::restore && !arm_watchdog(options(), guard))
         return tune_status::bad_input;
-    if (journal.in_flight && !guard.journal.finished(outcome::hang))
+    if (in_flight && !settle_in_flight(*in_flight, retry))
         return tune_status::not_done;
-    if (restore)
+    if (!in_flight && retry)
+        report("no %s was in flight when the %s stopped; carrying on", kind->step, kind->name);
+    if (mode == resume_mode::restore)
         return restore_and_end();
     put_back_all();
     return run();
+}
+
+bool campaign::settle_in_flight(const campaign_point& point, bool retry) {
+    report("%s %s (in flight when the run stopped)", point.named.c_str(),
+           retry ? "measured again" : "counted as a hang");
+    return retry ? guard.journal.stopped() : guard.journal.finished(outcome::hang);
 }
 
 int campaign::run() {
@@ -156,11 +188,7 @@ int campaign::run() {
     // The files before anything is kept and before the journal ends: a run
     // killed after them is carried on by resume to the same end, and one
     // whose files are not all written puts everything back.
-    const bool written = files.finish(
-        ended == point_result::measured, kind->name,
-        [this](std::FILE* out) { kind->print_csv_summary(out); },
-        [this](std::FILE* out) { kind->print_svg(out); },
-        [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
+    const bool written = write_files(ended == point_result::measured);
     if (written && ended == point_result::measured && options().keep_centre)
         keep();
     put_back_changed();
@@ -231,6 +259,13 @@ void campaign::put_back_all() {
         put_back(at);
 }
 
+bool campaign::write_files(bool finished) {
+    return files.finish(
+        finished, kind->name, [this](std::FILE* out) { kind->print_csv_summary(out); },
+        [this](std::FILE* out) { kind->print_svg(out); },
+        [this](std::FILE* out) { kind->print_profile(out, profile_header_lines); });
+}
+
 bool campaign::stopped_by(int signal) {
     if (signal == 0 || ended == point_result::interrupted)
         return false;
@@ -250,6 +285,7 @@ int campaign::finish(bool written) {
 int campaign::restore_and_end() {
     put_back_all();
     kind->conclude(partial());
+    write_files(false);
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));
     guard.close(true);
     return left_changed     ? tune_status::left_changed
@@ -275,6 +311,6 @@ int campaign::end_status(bool found) const {
 
 int run_campaign(std::unique_ptr<campaign_kind> kind) { return campaign().start(std::move(kind)); }
 
-int resume_campaign(const std::string& path, bool restore, kind_of_journal kind_of) {
-    return campaign().resume(path, restore, kind_of);
+int resume_campaign(const std::string& path, resume_mode mode, kind_of_journal kind_of) {
+    return campaign().resume(path, mode, kind_of);
 }

@@ -24,11 +24,18 @@ int run_campaign(std::unique_ptr<campaign_kind> kind);
 using kind_of_journal = std::unique_ptr<campaign_kind> (*)(const std::vector<std::string>& words,
                                                            const std::string& path);
 
+enum class resume_mode {
+    carry_on,    // the step in flight counted as a hang
+    retry_hang,  // the step in flight measured again
+    restore,     // the originals put back, nothing measured
+};
+
 // Carries on with the campaign of the journal at PATH, of the kind KIND_OF
-// gives: the steps it measured replayed, the one in flight recorded as a
-// hang, the originals put back, then the rest measured. With RESTORE, only
-// puts back the originals and ends the journal. Returns the exit status,
-// unless a stop signal ends the program.
-int resume_campaign(const std::string& path, bool restore, kind_of_journal kind_of);
+// gives: the steps it measured replayed, the one in flight named and counted
+// as a hang (or measured again), the originals put back, then the rest
+// measured. With resume_mode::restore, only puts back the originals, writes
+// the result files of what was measured and ends the journal. Returns the
+// exit status, unless a stop signal ends the program.
+int resume_campaign(const std::string& path, resume_mode mode, kind_of_journal kind_of);
 
 #endif

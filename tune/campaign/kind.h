@@ -31,6 +31,7 @@ struct campaign_point {
     environment names;      // for the test command
     journal_point journal;  // what the journal's try record names
     std::string shown;      // on the progress line
+    std::string named;      // in messages: "NAME: VALUE" for each setting
 };
 
 class campaign_kind {

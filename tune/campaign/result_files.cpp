@@ -39,13 +39,15 @@ bool create(const std::string& path, result_files::file_ptr* file,
 
 }  // namespace
 
-bool result_files::open(const test_options& options, const printer& csv_header) {
+bool result_files::open(const test_options& options, const printer& csv_header,
+                        journal_file* given_journal) {
+    journal = given_journal;
     csv_path = options.csv_path;
     svg_path = options.svg_path;
     profile_path = options.profile_path;
     if (!create(csv_path, &csv_file, &csv_header) || !create(svg_path, &svg_file, nullptr))
         return false;
-    if (profile_path.empty() || profile_file.open(profile_path))
+    if (profile_path.empty() || profile_file.prepare(profile_path))
         return true;
     say_unwritten(profile_path, "; nothing written");
     return false;
@@ -67,11 +69,19 @@ bool result_files::finish(bool finished, const char* what, const printer& csv_en
         svg(svg_file.get());
         check_written(svg_file.get(), svg_path, &svg_good);
     }
-    if (!profile_file.stream())
+    if (profile_path.empty())
         return csv_good && svg_good;
     if (!finished) {
         profile_file.discard();
         report("%s: not written; the %s did not finish", profile_path.c_str(), what);
+        return false;
+    }
+    const auto note = [this](const std::string& temporary) {
+        if (journal->is_open())
+            journal->temporary(temporary);
+    };
+    if (!profile_file.create(note)) {
+        say_unwritten(profile_path, "");
         return false;
     }
     profile(profile_file.stream());

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "tune/campaign/test_options.h"
+#include "tune/sweep/journal.h"
 #include "tune/sweep/whole_file.h"
 
 class result_files {
@@ -20,8 +21,9 @@ public:
 
     // Creates the files the options name, the CSV file with its header,
     // before anything is written to the board, so that a bad path costs
-    // nothing. Says why it cannot.
-    bool open(const test_options& options, const printer& csv_header);
+    // nothing. The profile's temporary file waits for the end, recorded in
+    // JOURNAL first when it is open. Says why it cannot.
+    bool open(const test_options& options, const printer& csv_header, journal_file* journal);
 
     // Where a step's line goes; none when no CSV file is written.
     std::FILE* csv() const { return csv_file.get(); }
@@ -39,6 +41,7 @@ private:
     file_ptr csv_file{nullptr, std::fclose};
     file_ptr svg_file{nullptr, std::fclose};
     whole_file profile_file;
+    journal_file* journal = nullptr;
     bool csv_good = true;
 };
 

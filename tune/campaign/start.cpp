@@ -12,6 +12,7 @@
 #include "tune/board/board_io.h"
 #include "tune/sweep/command_run.h"
 #include "tune/sweep/consent.h"
+#include "tune/sweep/facts.h"
 #include "tune/sweep/run_log.h"
 
 namespace {
@@ -61,7 +62,7 @@ bool start_guard(const test_options& options, const std::vector<property*>& prop
         report("cannot tell the current directory: %s; nothing written", std::strerror(errno));
         return false;
     }
-    journal_header header{PADKIT_VERSION, directory.get(), options.words, {}};
+    journal_header header{PADKIT_VERSION, directory.get(), options.words, {}, campaign_date()};
     for (std::size_t at = 0; at < props.size(); ++at)
         header.originals.emplace_back(props[at]->name, props[at]->domain().shown(originals[at]));
     return guard.journal.create(options.journal_path, header);

@@ -23,6 +23,11 @@ std::string shell_word(std::string word) {
     return quoted + "'";
 }
 
+std::string& started() {
+    static std::string date;
+    return date;
+}
+
 std::string host_name() {
     char name[256] = "";
     if (gethostname(name, sizeof name - 1) != 0)
@@ -48,11 +53,19 @@ std::string local_time_text() {
     return when;
 }
 
+const std::string& campaign_date() {
+    if (started().empty())
+        started() = local_time_text();
+    return started();
+}
+
+void set_campaign_date(const std::string& date) { started() = date; }
+
 facts run_facts(const std::string& kind, const std::string& what,
                 const std::vector<std::string>& command) {
     return {{kind, what},
             {"host", host_name()},
-            {"date", local_time_text()},
+            {"date", campaign_date()},
             {"test", shell_words(command)}};
 }
 

@@ -19,8 +19,15 @@ std::string shell_words(const std::vector<std::string>& words);
 // The time now, as "YYYY-MM-DD HH:MM:SS +ZZZZ".
 std::string local_time_text();
 
+// When the campaign this run measures started, as local_time_text() gives
+// it: the time of the first call, unless a run that carries on a campaign
+// set it first.
+const std::string& campaign_date();
+// DATE: a campaign's own start, or empty for now.
+void set_campaign_date(const std::string& date);
+
 // A run of KIND ("sweep", "shmoo") over WHAT (the names, ranges and steps),
-// on this host, now, with the test COMMAND.
+// on this host, at the campaign's date, with the test COMMAND.
 facts run_facts(const std::string& kind, const std::string& what,
                 const std::vector<std::string>& command);
 

@@ -134,6 +134,16 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
         head.originals.emplace_back(line.fields[0], line.fields[1]);
         return "";
     }
+    if (is(line, "temporary", 1)) {
+        contents->temporaries.push_back(line.fields[0]);
+        return "";
+    }
+    if (is(line, "date", 1)) {
+        if (!contents->steps.empty() || !head.date.empty())
+            return "a date out of place";
+        head.date = line.fields[0];
+        return "";
+    }
     if (contents->keeping && !is(line, "end", 0))
         return "a record after the keep";
     if (is(line, "keep", 0)) {
@@ -213,6 +223,7 @@ bool journal_file::create(const std::string& path, const journal_header& header)
                        record("directory", {header.directory}) + record("command", header.command);
     for (const auto& [name, value] : header.originals)
         text += record("original", {name, value});
+    text += record("date", {header.date});
     // The new name is in its directory only once the directory is on disk.
     const std::string::size_type slash = path.rfind('/');
     const std::string directory = slash == std::string::npos ? "."
@@ -276,6 +287,10 @@ bool journal_file::finished(outcome result) {
 }
 
 bool journal_file::stopped() { return append("stop\n"); }
+
+bool journal_file::temporary(const std::string& path) {
+    return append(record("temporary", {path}));
+}
 
 bool journal_file::keeping() {
     if (!kept_before)

@@ -9,10 +9,14 @@
 //   directory "DIR"                  where the sweep was started
 //   command "sweep" "-y" ...         the subcommand's words
 //   original "NAME" "VALUE"          one per swept property
+//   date "YYYY-MM-DD HH:MM:SS +ZZZZ" when it started; older journals have none
 // then per step:
 //   try "FIELD" ...                  before the value is written
 //   result pass|fail|timeout|hang    after the command
-//   stop                             instead of a result: a signal ended the sweep
+//   stop                             instead of a result: a signal ended the sweep,
+//                                    or a resume measures the value again
+// and, at any time, before a result file's temporary file is created:
+//   temporary "PATH"
 // then, before --keep centre writes what it keeps:
 //   keep
 // and at the very end:
@@ -40,6 +44,7 @@ struct journal_header {
     std::string version, directory;
     std::vector<std::string> command;
     std::vector<std::pair<std::string, std::string>> originals;  // name, value
+    std::string date;                                            // empty when not recorded
 };
 
 struct journal_contents {
@@ -49,7 +54,8 @@ struct journal_contents {
     bool in_flight = false;  // the last step is such a hang, not yet recorded as one
     bool keeping = false;    // a keep record: the run was keeping the centre
     bool ended = false;
-    std::size_t length = 0;  // up to the end of the last whole line
+    std::vector<std::string> temporaries;  // the paths of temporary files, as recorded
+    std::size_t length = 0;                // up to the end of the last whole line
 };
 
 // Reads a journal's text. Refuses garbled records, records out of order and
@@ -76,6 +82,7 @@ public:
     bool tried(const journal_point& point);
     bool finished(outcome result);
     bool stopped();
+    bool temporary(const std::string& path);
     // The keep record; false without one when the journal has it already: the
     // run carried on here stopped while it kept, most likely hung by it.
     bool keeping();

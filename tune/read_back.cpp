@@ -100,7 +100,8 @@ std::optional<long long> original_of(const std::string& name, const given_facts&
     std::string problem;
     const value_domain domain = property::get_property(name)->domain();
     if (original == given.originals.end() ||
-        !domain.code_of_shown(original->second, &taken, &problem) ||
+        !domain.code_of_shown(original->second.substr(0, original->second.find(" (delay ")), &taken,
+                              &problem) ||
         !domain.axis_value_of(taken, &value))
         return std::nullopt;
     if (code)

@@ -33,7 +33,7 @@ fact values_fact(const std::string& name, const value_axis& axis) {
 }
 
 fact original_fact(property* prop, long long code) {
-    return {"original", prop->name + " = " + prop->domain().shown(code)};
+    return {"original", prop->name + " = " + prop->domain().told(code)};
 }
 
 bool read_csv_file(const std::string& path, std::string* text, struct stat* identity) {

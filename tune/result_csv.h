@@ -22,7 +22,7 @@
 // Lines a campaign's CSV file gives beyond what its rows and summary say:
 // "# values: NAME V ...", the values of NAME's axis in the order visited, as
 // the rows write them, and "# original: NAME = VALUE", the value before the
-// campaign as profiles write it.
+// campaign as profiles write it, a DQ delay's delay beside it.
 fact values_fact(const std::string& name, const value_axis& axis);
 fact original_fact(property* prop, long long code);
 

@@ -170,7 +170,7 @@ TEST(PadkitTuneShmoo, CsvAndSvg) {
     EXPECT_EQ(rows.substr(0, rows.find('\n', rows.find('\n') + 1) + 1),
               "x_name,x_value,y_name,y_value,result\n" + dq3 + ",-3," + core + ",880000,fail\n");
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35 + 2 + 3) << "the points, the originals, the summary";
-    EXPECT_NE(rows.find("\n# original: " + dq3 + " = 0\n# original: " + core + " = 900000\n# summary: "),
+    EXPECT_NE(rows.find("\n# original: " + dq3 + " = 0 (delay -0)\n# original: " + core + " = 900000\n# summary: "),
               std::string::npos);
     EXPECT_NE(rows.find("\n# summary: safest point X=+1, Y=900000 (margin 1 delay step in X"), std::string::npos);
     EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);

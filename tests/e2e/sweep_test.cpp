@@ -151,7 +151,7 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     for (int k = 0; k < 8; ++k) {
         const std::string name = dq + std::to_string(k), cell = name + " = ", first = k ? "fail" : "timeout";
         expected_csv += name + ",0," + first + "\n" + name + ",+1,pass\n" + name + ",+2,pass\n";
-        originals += "# original: " + name + " = 5\n";
+        originals += "# original: " + name + " = 5 (delay -5)\n";
         expected_svg += "name " + name + "\ncell " + cell + "0: " + first + "\ncell " + cell + "+1: pass\ncell " +
                         cell + "+2: pass\nwindow " + cell + "+1: pass .. " + cell + "+2: pass 2\nedge right of " +
                         cell + "+2: pass\ncentre " + cell + "+1: pass\n";

@@ -77,10 +77,10 @@ public:
 
     void print_csv_header(std::FILE* out) const override { print_grid_csv_header(out, about); }
 
-    void record(std::size_t step, outcome result, std::FILE* csv) override {
+    void record(std::size_t step, const std::vector<outcome>& outcomes, std::FILE* csv) override {
         const grid_point at{x.other_order(step % x.visits.size()),
                             y.other_order(step / x.visits.size())};
-        results.cells[at.y][at.x] = result;
+        results.cells[at.y][at.x] = outcomes.front();
         if (csv)
             print_grid_csv_point(csv, results, at);
     }

@@ -70,7 +70,7 @@ TEST(Journal, WrittenAndReadBackByteForByte) {
         journal_file file;
         ASSERT_TRUE(file.create(path, header));
         EXPECT_FALSE(journal_file().create(path, header)) << "an existing journal is never replaced";
-        ASSERT_TRUE(file.tried({"x", "1 2"}) && file.finished(outcome::pass) && file.tried({"x", "3"}));
+        ASSERT_TRUE(file.tried({"x", "1 2"}) && file.finished({outcome::pass}) && file.tried({"x", "3"}));
     }
     journal_file again;
     ASSERT_TRUE(again.resume(path, "1.0", &contents));

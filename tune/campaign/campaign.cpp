@@ -37,7 +37,7 @@ private:
     // Returns the exit status, unless a stop signal ends the program.
     int run();
     void measure(std::size_t step, const campaign_point& point);
-    void record(std::size_t step, outcome result);
+    void record(std::size_t step, const std::vector<outcome>& results);
     void mark(const std::vector<setting>& settings, bool as_changed);
     // --keep centre: what the kind keeps written in place of the originals.
     void keep();
@@ -66,6 +66,7 @@ private:
     // stop signals are let go, whichever way the campaign ends.
     std::optional<stop_signals> stop;
     hang_guard guard;
+    failing_bits_place failing_place;  // removed before the end, which may be by a signal
     result_files files;
     std::vector<property*> props;
     std::vector<long long> originals;  // of props, their codes
@@ -125,17 +126,22 @@ void campaign::begin(std::vector<long long> known) {
 // The journal's steps must be the kind's own, in order.
 int campaign::carry_on(const journal_contents& journal, bool restore) {
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
+        const journal_step& measured = journal.steps[step];
         const std::optional<campaign_point> point = kind->point(step);
-        if (!point || point->journal != journal.steps[step].point) {
+        const std::size_t members = point ? point->judged.members() : 0;
+        if (!point || point->journal != measured.point ||
+            (!measured.members.empty() && measured.members.size() != members)) {
             report("%s:%zu: not the next %s of this %s; nothing written",
-                   guard.journal.path().c_str(), journal.steps[step].line, kind->step, kind->name);
+                   guard.journal.path().c_str(), measured.line, kind->step, kind->name);
             return tune_status::bad_input;
         }
-        record(step, journal.steps[step].result);
+        // One outcome stands for every member: a hang, a time-out.
+        record(step, measured.members.empty() ? std::vector<outcome>(members, measured.result)
+                                              : measured.members);
     }
     if (!restore && !arm_watchdog(options(), guard))
         return tune_status::bad_input;
-    if (journal.in_flight && !guard.journal.finished(outcome::hang))
+    if (journal.in_flight && !guard.journal.finished({outcome::hang}))
         return tune_status::not_done;
     if (restore)
         return restore_and_end();
@@ -176,16 +182,16 @@ void campaign::measure(std::size_t step, const campaign_point& point) {
     const std::vector<setting> writes(point.settings.begin() + (in_place ? point.carried : 0),
                                       point.settings.end());
     in_place = true;
-    const point_result got =
-        measure_point(writes, point.journal, options(), point.names, *stop, *progress, guard);
+    const point_result got = measure_point(writes, point.journal, options(), point.names,
+                                           point.judged, failing_place, *stop, *progress, guard);
     ended = got.what;
     stop_signal = got.signal;
     if (got.what == point_result::measured)
-        record(step, got.result);
+        record(step, got.results);
 }
 
-void campaign::record(std::size_t step, outcome result) {
-    kind->record(step, result, files.csv());
+void campaign::record(std::size_t step, const std::vector<outcome>& results) {
+    kind->record(step, results, files.csv());
     files.csv_line_written();
     done = step + 1;
 }
@@ -243,6 +249,7 @@ bool campaign::stopped_by(int signal) {
 }
 
 int campaign::finish(bool written) {
+    failing_place.remove();
     guard.close(ended != point_result::interrupted);
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));
     kind->print_summary(stdout);

@@ -43,6 +43,18 @@ bool read_map(const std::string& path, std::map<std::string, unsigned>* map) {
 
 }  // namespace
 
+member_bits bus_bits::judging(std::size_t first, std::size_t count) const {
+    member_bits judged{width, {}};
+    for (std::size_t row = first; row < first + count && row < bits.size() && bits[row]; ++row)
+        judged.bits.push_back(*bits[row]);
+    return judged.bits.size() == count ? judged : member_bits{};
+}
+
+void bus_bits::name_bus(environment* names) const {
+    if (!bus.empty())
+        names->emplace_back("PADKIT_SWEEP_BUS", bus);
+}
+
 bool parse_dq_line(const std::string& name, dq_line* line) {
     const std::string::size_type colons = name.find("::dq");
     for (const char* direction : {"-read", "-write"}) {

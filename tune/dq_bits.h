@@ -4,11 +4,14 @@
 #ifndef PADKIT_TUNE_DQ_BITS_H
 #define PADKIT_TUNE_DQ_BITS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "properties/property.h"
+#include "tune/sweep/command_run.h"
+#include "tune/sweep/failing_bits.h"
 
 // A DQ line's delay by its name: CONTROLLER-readK::dqI or CONTROLLER-writeK::dqI.
 struct dq_line {
@@ -28,6 +31,12 @@ struct bus_bits {
     unsigned width = 0;
     // Per row, its data bit; none for a write lane's dq8, which has none.
     std::vector<std::optional<unsigned>> bits;
+
+    // What judges COUNT rows from FIRST written together: their bits, or
+    // the exit status when the rows are no DQ lines or one has no data bit.
+    member_bits judging(std::size_t first, std::size_t count) const;
+    // PADKIT_SWEEP_BUS for the command, when the rows are DQ lines.
+    void name_bus(environment* names) const;
 };
 
 // The bits of ROWS, DQ lines of one controller, or none when the first is

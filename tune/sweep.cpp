@@ -74,16 +74,10 @@ public:
             return std::nullopt;
         const std::size_t first = step / axis.size() * at_once, at = step % axis.size();
         campaign_point next;
-        for (std::size_t row = first; row < first + at_once; ++row) {
+        for (std::size_t row = first; row < first + at_once; ++row)
             next.settings.push_back(
                 {member(rows[row]), plan_of(rows[row]).codes[rows[row].row][at]});
-            if (bits.bits.empty() || !bits.bits[row])
-                continue;
-            next.judged.width = bits.width;
-            next.judged.bits.push_back(*bits.bits[row]);
-        }
-        if (next.judged.bits.size() != at_once)
-            next.judged = {};  // a line without a data bit is judged by the exit status
+        next.judged = bits.judging(first, at_once);
         const std::string name = given.parallel ? joined(given.names) : member(rows[first])->name;
         const std::string value = std::to_string(axis.values[at]);
         next.puts_back = at + 1 == axis.size();
@@ -92,8 +86,7 @@ public:
         next.names = {{"PADKIT_SWEEP_NAME", name},
                       {"PADKIT_SWEEP_VALUE", value},
                       {"PADKIT_SWEEP_SETTING", plan_of(rows[first]).settings[rows[first].row][at]}};
-        if (!bits.bus.empty())
-            next.names.emplace_back("PADKIT_SWEEP_BUS", bits.bus);
+        bits.name_bus(&next.names);
         next.shown = name + " = " + axis.text_at(at);
         return next;
     }

@@ -70,7 +70,7 @@ failing_bits read_bits(const std::string& path, const member_bits& judged,
     failing_bits file = read_failing_bits(path, judged.width);
     if (file.what == failing_bits::garbled) {
         progress.clear();
-        report("%s: %s; every line fails", path.c_str(), file.problem.c_str());
+        report("the failing bits: %s; every line fails", file.problem.c_str());
     }
     return file;
 }

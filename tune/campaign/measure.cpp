@@ -83,10 +83,11 @@ point_result run_tests(const test_options& options, environment names, const mem
     if (!judged.bits.empty())
         names.emplace_back("PADKIT_FAILING_BITS", "");
     for (long long run = 0; run < options.runs; ++run) {
-        if (!judged.bits.empty() && (path = place.fresh_file()).empty())
-            return {point_result::not_started, {}, 0};
-        if (!judged.bits.empty())
+        if (!judged.bits.empty()) {
+            if ((path = place.fresh_file()).empty())
+                return {point_result::not_started, {}, 0};
             names.back().second = path;
+        }
         const command_result got =
             run_command(options.command, names, options.timeout_seconds, stop, [&] {
                 progress.refresh();
@@ -99,7 +100,8 @@ point_result run_tests(const test_options& options, environment names, const mem
                       &results);
             break;
         case command_result::timed_out:
-            return {point_result::measured, {results.size(), outcome::timeout}, 0};
+            return {point_result::measured, std::vector<outcome>(results.size(), outcome::timeout),
+                    0};
         case command_result::not_started:
             progress.clear();
             report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "tune/dq_bits.h"
 
-#include <fstream>
-#include <iterator>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <map>
 
 #include "runtime/report.h"
+#include "tune/profile/input_text.h"
 #include "tune/sweep/bit_map.h"
 
 namespace {
@@ -27,18 +31,22 @@ unsigned bus_width(const std::string& controller) {
     return lanes * data_lines;
 }
 
+// Far beyond the lines of every DQ line of a board.
+constexpr std::size_t max_map_size = 1 << 20;
+
+// Not blocking on a FIFO named by mistake.
 bool read_map(const std::string& path, std::map<std::string, unsigned>* map) {
-    std::ifstream in(path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    std::string problem;
-    if (!in.good() && !in.eof()) {
-        report("--bits: cannot read %s; nothing written", path.c_str());
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        report("%s: %s; nothing written", shown(path).c_str(), std::strerror(errno));
         return false;
     }
-    if (parse_bit_map(text, map, &problem))
-        return true;
-    report("%s:%s; nothing written", path.c_str(), problem.c_str());
-    return false;
+    std::string text, problem;
+    const bool read = read_bounded(fd, shown(path), max_map_size, &text);
+    close(fd);
+    if (read && !parse_bit_map(text, map, &problem))
+        report("%s:%s; nothing written", shown(path).c_str(), problem.c_str());
+    return read && problem.empty();
 }
 
 }  // namespace

@@ -13,9 +13,6 @@
 
 #include "tune/sweep/outcome.h"
 
-// The widest data bus a controller has.
-constexpr unsigned max_bus_width = 64;
-
 struct failing_bits {
     enum kind {
         absent,   // not created: the exit status decides
@@ -23,7 +20,7 @@ struct failing_bits {
         garbled,  // anything else: every bit fails
     };
     kind what;
-    uint64_t bits;        // when named, bit N for data bit N
+    uint64_t bits;        // when named, bit N for data bit N of a bus of at most 64
     std::string problem;  // when garbled
 };
 

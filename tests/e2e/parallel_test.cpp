@@ -35,7 +35,7 @@ std::string results_in(const std::string& csv) {
     std::istringstream in(csv);
     std::string letters;
     for (std::string line; std::getline(in, line);)
-        if (line[0] != '#' && line.rfind("name,", 0) != 0)
+        if (line[0] != '#' && line.find("name,") == std::string::npos)
             letters += line[line.rfind(',') + 1];
     return letters;
 }
@@ -147,7 +147,7 @@ TEST(PadkitTuneParallel, RefusesLanesAndMapsThatDoNotFitWritingNothing) {
 
 // What the command leaves in $PADKIT_FAILING_BITS decides per line; tarnm-ddra-read1's lines carry bits 8 to 15.
 TEST(PadkitTuneParallel, FailingBitsJudgeEachLine) {
-    const strings lane = {"--parallel", "tarnm-ddra-read1::dq"}, dq1 = {"tarnm-ddra-read1::dq1"};
+    const strings lane = {"sweep", "--parallel", "tarnm-ddra-read1::dq"}, dq1 = {"sweep", "tarnm-ddra-read1::dq1"};
     const std::string garbled = "padkit-tune-sim: the failing bits: ", all = "; every line fails\n";
     const std::string bits = " >\"$PADKIT_FAILING_BITS\"", second_run = "[ -e \"$0.2\" ] && echo 15" + bits;
     // clang-format off
@@ -161,12 +161,14 @@ TEST(PadkitTuneParallel, FailingBitsJudgeEachLine) {
         {"no file, the bus named", lane, "[ $PADKIT_SWEEP_BUS = tarnm-ddra ] && [ ! -e \"$PADKIT_FAILING_BITS\" ]",
             "pppppppp", ""},
         {"bits 9 and 14, exit 1", lane, "printf '9\\n 14'" + bits + "; exit 1", "pfppppfp", ""},
-        {"--runs 2: failed in either run", {"--runs", "2", lane[0], lane[1]},
+        {"--runs 2: failed in either run", {"sweep", "--runs", "2", lane[1], lane[2]},
             second_run + " || { touch \"$0.2\"; echo 8" + bits + "; }", "fppppppf", ""},
-        {"a write lane leaves out dq8", {"--parallel", "tarnm-ddra-write1::dq"}, "echo 9" + bits, "pfpppppp",
+        {"a write lane leaves out dq8", {"sweep", "--parallel", "tarnm-ddra-write1::dq"}, "echo 9" + bits, "pfpppppp",
             "padkit-tune-sim: tarnm-ddra-write1::dq8 carries no data bit: left out; sweep it alone\n"},
         {"a line alone, its bit", dq1, "echo 9" + bits, "f", ""},
         {"a line alone, another bit, exit 1", dq1, "echo 8" + bits + "; exit 1", "p", ""},
+        {"a shmoo's Y, a line", {"shmoo", "core_regulator::microvolts", "900000", "900000", dq1[1]},
+            "echo 9" + bits, "f", ""},
     };
     // clang-format on
     for (const auto& row : rows) {
@@ -174,8 +176,8 @@ TEST(PadkitTuneParallel, FailingBitsJudgeEachLine) {
         tune_board b;
         const fs::path tmp = b.scratch / "tmp", csv = b.scratch / "csv";
         fs::create_directory(tmp);
-        strings words = {"sweep", "-y", "--csv", csv.string()};
-        words.insert(words.end(), row.swept.begin(), row.swept.end());
+        strings words = {row.swept[0], "-y", "--csv", csv.string()};
+        words.insert(words.end(), row.swept.begin() + 1, row.swept.end());
         words.insert(words.end(), {"0", "0", "--", "sh", "-c", row.command, (b.scratch / "run").string()});
         const result got = b.run(words, {{"TMPDIR", tmp.c_str()}});
         EXPECT_EQ(results_in(slurp(csv)), row.results);

@@ -34,7 +34,7 @@ _padkit_tune()
         done
         case $prev in
             --keep) mapfile -t COMPREPLY < <(compgen -W "original centre" -- "$cur") && return ;;
-            --csv | --svg | --profile | --journal | --watchdog) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
+            --csv | --svg | --profile | --journal | --watchdog | --bits) mapfile -t COMPREPLY < <(compgen -f -- "$cur") && return ;;
             --log) mapfile -t COMPREPLY < <(compgen -d -- "$cur") && return ;;
             --step | --xstep | --ystep | --weigh | --runs | --timeout) return ;;
         esac
@@ -48,7 +48,7 @@ _padkit_tune()
         bless:-*) mapfile -t COMPREPLY < <(compgen -W "-h --help" -- "$cur") ;;
         sweep:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --step --runs --timeout --keep --csv --svg --profile --journal
-                --watchdog --log --" -- "$cur") ;;
+                --watchdog --log --parallel --bits --" -- "$cur") ;;
         shmoo:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
                 --profile --journal --watchdog --log --" -- "$cur") ;;

@@ -11,6 +11,7 @@
 #include "runtime/report.h"
 #include "tune/board/board_io.h"
 #include "tune/campaign/kind.h"
+#include "tune/dq_bits.h"
 #include "tune/kinds.h"
 #include "tune/result_csv.h"
 #include "tune/shmoo_plan.h"
@@ -26,11 +27,12 @@ namespace {
 // safest point is the passing one with the most room around it.
 class shmoo final : public campaign_kind {
 public:
-    shmoo(shmoo_options options, shmoo_axis x, shmoo_axis y)
+    shmoo(shmoo_options options, shmoo_axis x, shmoo_axis y, bus_bits bits)
         : campaign_kind("shmoo", "point", "both settings restored"),
           given(std::move(options)),
           x(std::move(x)),
           y(std::move(y)),
+          bits(std::move(bits)),
           results(this->x.rising(), this->y.rising()),
           about(shmoo_facts(given, this->x, this->y)) {
         results.weigh_x = given.weigh_x;
@@ -71,6 +73,8 @@ public:
                       {"PADKIT_SHMOO_Y_NAME", y.prop->name},
                       {"PADKIT_SHMOO_Y_VALUE", next.journal[1]},
                       {"PADKIT_SHMOO_Y_SETTING", y.settings[row]}};
+        bits.name_bus(&next.names);
+        next.judged = bits.judging(0, 1);
         next.shown = x.prop->name + " = " + x.visits.text_at(column) + ", " + y.prop->name + " = " +
                      y.visits.text_at(row);
         next.named = x.prop->name + ": " + x.visits.text_at(column) + ", " + y.prop->name + ": " +
@@ -85,10 +89,10 @@ public:
         print_grid_csv_header(out, header);
     }
 
-    void record(std::size_t step, outcome result, std::FILE* csv) override {
+    void record(std::size_t step, const std::vector<outcome>& outcomes, std::FILE* csv) override {
         const grid_point at{x.other_order(step % x.visits.size()),
                             y.other_order(step / x.visits.size())};
-        results.cells[at.y][at.x] = result;
+        results.cells[at.y][at.x] = outcomes.front();
         if (csv)
             print_grid_csv_point(csv, results, at);
     }
@@ -137,6 +141,7 @@ public:
 private:
     const shmoo_options given;
     shmoo_axis x, y;
+    const bus_bits bits;  // of the axis that is a DQ line, if one is
     grid_results results;
     const facts about;
     std::optional<safest_point> safest;
@@ -150,8 +155,11 @@ sweep_request plan_shmoo_campaign(int argc, char** argv, std::unique_ptr<campaig
     if (request != sweep_request::run)
         return request;
     shmoo_axis x, y;
-    if (!plan_shmoo(options, &x, &y))
+    bus_bits bits;
+    if (!plan_shmoo(options, &x, &y) || !plan_bits({x.prop}, "", &bits) ||
+        (bits.bus.empty() && !plan_bits({y.prop}, "", &bits)))
         return sweep_request::bad;
-    *kind = std::make_unique<shmoo>(std::move(options), std::move(x), std::move(y));
+    *kind =
+        std::make_unique<shmoo>(std::move(options), std::move(x), std::move(y), std::move(bits));
     return sweep_request::run;
 }

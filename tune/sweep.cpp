@@ -10,6 +10,7 @@
 
 #include "runtime/report.h"
 #include "tune/campaign/kind.h"
+#include "tune/dq_bits.h"
 #include "tune/kinds.h"
 #include "tune/result_csv.h"
 #include "tune/sweep/chart.h"
@@ -20,76 +21,115 @@
 
 namespace {
 
-// Row by row, each over the axis and put back before the next; a row's
-// window is the widest run of passing values.
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words)
+        text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
+// A row of the sweep: a member of one of the NAMEs.
+struct row_at {
+    std::size_t plan, row;
+};
+
+// Row by row, each over the axis and put back before the next, or with
+// --parallel every row at once, a value at a time; a row's window is the
+// widest run of passing values.
 class sweep final : public campaign_kind {
 public:
-    sweep(sweep_options options, sweep_plan plan)
+    sweep(sweep_options options, std::vector<sweep_plan> plans, bus_bits bits)
         : campaign_kind("sweep", "value", "every swept property restored"),
           given(std::move(options)),
-          plan(std::move(plan)),
-          about(
-              run_facts("sweep", given.name + " " + this->plan.axis.swept_text(), given.command)) {
-        results.axis = this->plan.axis;
-        results.group = this->plan.group;
+          plans(std::move(plans)),
+          bits(std::move(bits)),
+          axis(this->plans.front().axis),
+          about(run_facts("sweep", joined(given.names) + " " + axis.swept_text(), given.command)) {
+        for (std::size_t plan = 0; plan < this->plans.size(); ++plan) {
+            for (std::size_t row = 0; row < this->plans[plan].rows.size(); ++row)
+                rows.push_back({plan, row});
+            results.emplace_back();
+            results.back().axis = axis;
+            results.back().group = this->plans[plan].group;
+        }
+        at_once = given.parallel ? rows.size() : 1;
     }
 
     const test_options& options() const override { return given; }
-    std::vector<property*> properties() const override { return plan.rows; }
+    std::vector<property*> properties() const override {
+        std::vector<property*> props;
+        for (const row_at& each : rows)
+            props.push_back(member(each));
+        return props;
+    }
     std::string description() const override {
-        const value_axis& axis = plan.axis;
-        return "This sweeps " + given.name + " over " + axis.text(axis.values.front()) + ".." +
-               axis.text(axis.values.back()) + " (" + std::to_string(axis.size()) +
-               (axis.size() == 1 ? " value)" : " values)");
+        return "This sweeps " + joined(given.names) + (given.parallel ? " in parallel" : "") +
+               " over " + axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) +
+               " (" + std::to_string(axis.size()) + (axis.size() == 1 ? " value)" : " values)");
     }
     void begin(const std::vector<long long>& known) override { originals = known; }
-    std::size_t steps() const override { return plan.rows.size() * plan.axis.size(); }
+    std::size_t steps() const override { return rows.size() / at_once * axis.size(); }
 
     std::optional<campaign_point> point(std::size_t step) const override {
         if (step >= steps())
             return std::nullopt;
-        const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
-        property* prop = plan.rows[row];
-        const std::string& value = plan.settings[row][at];
+        const std::size_t first = step / axis.size() * at_once, at = step % axis.size();
         campaign_point next;
-        next.settings = {{prop, plan.codes[row][at]}};
-        next.puts_back = at + 1 == plan.axis.size();
-        next.journal = {prop->name, std::to_string(plan.axis.values[at])};
-        next.names = {{"PADKIT_SWEEP_NAME", prop->name},
-                      {"PADKIT_SWEEP_VALUE", next.journal[1]},
-                      {"PADKIT_SWEEP_SETTING", value}};
-        next.shown = prop->name + " = " + plan.axis.text_at(at);
-        next.named = prop->name + ": " + plan.axis.text_at(at);
+        for (std::size_t row = first; row < first + at_once; ++row)
+            next.settings.push_back(
+                {member(rows[row]), plan_of(rows[row]).codes[rows[row].row][at]});
+        next.judged = bits.judging(first, at_once);
+        const std::string name = given.parallel ? joined(given.names) : member(rows[first])->name;
+        const std::string value = std::to_string(axis.values[at]);
+        next.puts_back = at + 1 == axis.size();
+        next.journal = given.parallel ? given.names : journal_point{name};
+        next.journal.push_back(value);
+        next.names = {{"PADKIT_SWEEP_NAME", name},
+                      {"PADKIT_SWEEP_VALUE", value},
+                      {"PADKIT_SWEEP_SETTING", plan_of(rows[first]).settings[rows[first].row][at]}};
+        bits.name_bus(&next.names);
+        next.shown = name + " = " + axis.text_at(at);
+        next.named = name + ": " + axis.text_at(at);
         return next;
     }
 
     void print_csv_header(std::FILE* out) const override {
         facts header = about;
-        header.push_back(values_fact(given.name, plan.axis));
+        header.push_back(values_fact(joined(given.names), axis));
         ::print_csv_header(out, header);
     }
 
-    void record(std::size_t step, outcome result, std::FILE* csv) override {
-        const std::size_t row = step / plan.axis.size(), at = step % plan.axis.size();
-        if (at == 0) {
-            results.rows.push_back(
-                {plan.rows[row]->name, {}, plan.settings[row], plan.delays[row], {}});
-            long long original = 0;
-            if (plan.rows[row]->domain().axis_value_of(originals[row], &original))
-                results.rows.back().original = original;
+    void record(std::size_t step, const std::vector<outcome>& outcomes, std::FILE* csv) override {
+        const std::size_t first = step / axis.size() * at_once, at = step % axis.size();
+        for (std::size_t row = first; row < first + at_once; ++row) {
+            const row_at& where = rows[row];
+            const sweep_plan& plan = plans[where.plan];
+            std::vector<sweep_row>& lane = results[where.plan].rows;
+            if (at == 0) {
+                lane.push_back({member(where)->name,
+                                {},
+                                plan.settings[where.row],
+                                plan.delays[where.row],
+                                {}});
+                long long original = 0;
+                if (member(where)->domain().axis_value_of(originals[row], &original))
+                    lane.back().original = original;
+            }
+            lane[where.row].results.push_back(outcomes[row - first]);
+            if (csv)
+                print_csv_line(csv, lane[where.row].name, axis.text_at(at), outcomes[row - first]);
         }
-        results.rows.back().results.push_back(result);
-        if (csv)
-            print_csv_line(csv, results.rows.back().name, plan.axis.text_at(at), result);
     }
 
     void conclude(bool partial) override {
-        results.partial = partial;
         centres.clear();
-        for (const sweep_row& row : results.rows) {
-            const sweep_window window = widest_window(row.results);
-            centres.push_back(window.count ? std::optional(window_centre(window, plan.axis.values))
-                                           : std::nullopt);
+        for (sweep_results& lane : results) {
+            lane.partial = partial;
+            for (const sweep_row& row : lane.rows) {
+                const sweep_window window = widest_window(row.results);
+                centres.push_back(window.count ? std::optional(window_centre(window, axis.values))
+                                               : std::nullopt);
+            }
         }
     }
     bool found() const override {
@@ -101,7 +141,8 @@ public:
         std::vector<setting> settings;
         for (std::size_t row = 0; row < centres.size(); ++row)
             if (centres[row])
-                settings.push_back({plan.rows[row], plan.codes[row][*centres[row]]});
+                settings.push_back(
+                    {member(rows[row]), plan_of(rows[row]).codes[rows[row].row][*centres[row]]});
         return settings;
     }
     void report_kept() const override {
@@ -109,36 +150,92 @@ public:
             if (!centres[row])
                 continue;
             const std::size_t at = *centres[row];
-            report("%s: kept at the centre, %s", plan.rows[row]->name.c_str(),
-                   value_with_setting(plan.axis, at, plan.settings[row][at]).c_str());
+            report("%s: kept at the centre, %s", member(rows[row])->name.c_str(),
+                   value_with_setting(axis, at, plan_of(rows[row]).settings[rows[row].row][at])
+                       .c_str());
         }
     }
 
     void print_chart(std::FILE* out, std::size_t columns) const override {
-        ::print_chart(out, results, columns);
+        for (const sweep_results& lane : results)
+            ::print_chart(out, lane, columns);
     }
     // The chart ends with the lines that sum it up.
     void print_summary(std::FILE*) const override {}
     void print_csv_summary(std::FILE* out) const override {
         for (std::size_t row = 0; row < originals.size(); ++row)
-            print_fact_lines(out, {original_fact(plan.rows[row], originals[row])});
-        ::print_csv_summary(out, results);
+            print_fact_lines(out, {original_fact(member(rows[row]), originals[row])});
+        for (const sweep_results& lane : results)
+            ::print_csv_summary(out, lane);
     }
     void print_svg(std::FILE* out) const override {
-        ::print_svg(out, {results}, about, mark::common_centre);
+        ::print_svg(out, results, about, mark::common_centre);
     }
     void print_profile(std::FILE* out, const std::string& header) const override {
-        ::print_profile(out, results, header);
+        for (std::size_t plan = 0; plan < plans.size(); ++plan) {
+            sweep_results lane = results[plan];
+            // A composite set whole only when no member was left out.
+            if (plans[plan].left_out)
+                lane.group.clear();
+            ::print_profile(out, lane, plan == 0 ? header : "");
+        }
     }
 
 private:
+    property* member(const row_at& where) const { return plans[where.plan].rows[where.row]; }
+    const sweep_plan& plan_of(const row_at& where) const { return plans[where.plan]; }
+
     const sweep_options given;
-    const sweep_plan plan;
+    const std::vector<sweep_plan> plans;  // one per NAME
+    const bus_bits bits;                  // per row
+    const value_axis axis;                // every plan's
     const facts about;
-    std::vector<long long> originals;  // per row, the code before the sweep
-    sweep_results results;
+    std::vector<row_at> rows;                         // every plan's, in order
+    std::size_t at_once = 1;                          // rows written together
+    std::vector<long long> originals;                 // per row, the code before the sweep
+    std::vector<sweep_results> results;               // per plan
     std::vector<std::optional<std::size_t>> centres;  // per row measured, of its window
 };
+
+// --parallel takes lanes of DQ lines of one controller and one direction,
+// each once, and leaves out the lines that have no data bit.
+bool lanes_fit(const sweep_options& options, std::vector<sweep_plan>* plans) {
+    std::optional<dq_line> first;
+    for (sweep_plan& plan : *plans) {
+        dq_line line;
+        if (plan.group.empty() || !parse_dq_line(plan.rows.front()->name, &line)) {
+            report("--parallel: %s is no lane of DQ lines; nothing written",
+                   plan.rows.front()->name.c_str());
+            return false;
+        }
+        if (!first)
+            first = line;
+        if (line.controller != first->controller || line.write != first->write) {
+            report("--parallel: %s is not a %s lane of %s; nothing written", plan.group.c_str(),
+                   first->write ? "write" : "read", first->controller.c_str());
+            return false;
+        }
+        if (std::count(options.names.begin(), options.names.end(), plan.group) > 1) {
+            report("--parallel: %s is named twice; nothing written", plan.group.c_str());
+            return false;
+        }
+        const auto without_bit = [](property* row) {
+            dq_line line;
+            return parse_dq_line(row->name, &line) && line.dq >= data_lines;
+        };
+        const auto dropped = std::stable_partition(
+            plan.rows.begin(), plan.rows.end(), [&](property* row) { return !without_bit(row); });
+        for (auto row = dropped; row != plan.rows.end(); ++row)
+            report("%s carries no data bit: left out; sweep it alone", (*row)->name.c_str());
+        const std::size_t kept = static_cast<std::size_t>(dropped - plan.rows.begin());
+        plan.left_out = kept < plan.rows.size();
+        plan.rows.resize(kept);
+        plan.codes.resize(kept);
+        plan.settings.resize(kept);
+        plan.delays.resize(kept);
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -147,9 +244,21 @@ sweep_request plan_sweep_campaign(int argc, char** argv, std::unique_ptr<campaig
     const sweep_request request = parse_sweep_options(argc, argv, options);
     if (request != sweep_request::run)
         return request;
-    sweep_plan plan;
-    if (!plan_sweep(options, &plan))
+    std::vector<sweep_plan> plans;
+    for (const std::string& name : options.names) {
+        swept_range range = options;
+        range.name = name;
+        if (!plan_sweep(range, &plans.emplace_back()))
+            return sweep_request::bad;
+    }
+    if (options.parallel && !lanes_fit(options, &plans))
         return sweep_request::bad;
-    *kind = std::make_unique<sweep>(std::move(options), std::move(plan));
+    std::vector<property*> rows;
+    for (const sweep_plan& plan : plans)
+        rows.insert(rows.end(), plan.rows.begin(), plan.rows.end());
+    bus_bits bits;
+    if (!plan_bits(rows, options.bits_path, &bits))
+        return sweep_request::bad;
+    *kind = std::make_unique<sweep>(std::move(options), std::move(plans), std::move(bits));
     return sweep_request::run;
 }

@@ -70,10 +70,12 @@ bool parse_nonzero(const char* what, const char* text, long long* out) {
     return true;
 }
 
-// An option that only one subcommand has, by its long name, and what takes its value.
+// An option that only one subcommand has, by its long name, and what takes its
+// value (nullptr for a switch).
 struct own_option {
     const char* name;
     std::function<bool(const char*)> take;
+    int has_arg = required_argument;
 };
 
 // A step: a number other than 0.
@@ -131,11 +133,11 @@ bool parse_option(int option, const char* arg, test_options& options,
 }
 
 // Options end at the first operand, whatever the environment says, so that
-// a range may be negative; then exactly as many operands as NEEDS names,
-// "--" and the command.
+// a range may be negative; then exactly as many operands as NEEDS names (or
+// more of the first, once the options set *MANY), "--" and the command.
 sweep_request parse_words(int argc, char** argv, test_options& options,
                           const std::vector<own_option>& own, const std::vector<const char*>& needs,
-                          std::vector<std::string>* operands) {
+                          std::vector<std::string>* operands, const bool* many = nullptr) {
     int separator = 1;
     while (separator < argc && std::strcmp(argv[separator], "--") != 0)
         ++separator;
@@ -147,7 +149,7 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
         {"log", required_argument, nullptr, 'l'},     {"help", no_argument, nullptr, 'h'}};
     for (std::size_t at = 0; at < own.size(); ++at)
         long_options.push_back(
-            {own[at].name, required_argument, nullptr, first_own_option + static_cast<int>(at)});
+            {own[at].name, own[at].has_arg, nullptr, first_own_option + static_cast<int>(at)});
     long_options.push_back({nullptr, 0, nullptr, 0});
     optind = 0;
     for (int option;
@@ -171,10 +173,12 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
             return sweep_request::bad;
         }
     }
-    if (operands->size() != needs.size() || separator + 1 >= argc) {
+    const bool repeated = many && *many && operands->size() > needs.size();
+    if ((operands->size() != needs.size() && !repeated) || separator + 1 >= argc) {
         std::string names;
         for (const char* name : needs)
-            names += std::string(names.empty() ? "" : " ") + name;
+            names += std::string(names.empty() ? "" : " ") + name +
+                     (many && *many && names.empty() ? "..." : "");
         usage_error(std::string(argv[0]) + " needs " + names + ", then -- and the command");
         return sweep_request::bad;
     }
@@ -204,11 +208,17 @@ bool parse_range(const std::vector<std::string>& operands, std::size_t first, sw
 
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options) {
     std::vector<std::string> operands;
-    const sweep_request request =
-        parse_words(argc, argv, options, {step_option("step", &options.step)},
-                    {"NAME", "FROM", "TO"}, &operands);
+    const sweep_request request = parse_words(
+        argc, argv, options,
+        {step_option("step", &options.step),
+         {"parallel", [&](const char*) { return options.parallel = true; }, no_argument},
+         {"bits",
+          [&](const char* arg) { return take_file_name("--bits", arg, &options.bits_path); }}},
+        {"NAME", "FROM", "TO"}, &operands, &options.parallel);
     if (request != sweep_request::run)
         return request;
+    options.names.assign(operands.begin(), operands.end() - 2);
+    operands.erase(operands.begin() + 1, operands.end() - 2);
     return parse_range(operands, 0, &options) ? sweep_request::run : sweep_request::bad;
 }
 

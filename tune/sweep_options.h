@@ -15,7 +15,12 @@ struct swept_range {
     long long step = 0;  // 0: the property's own default; below 0 only when FROM is above TO
 };
 
-struct sweep_options : test_options, swept_range {};
+struct sweep_options : test_options, swept_range {
+    // --parallel: every NAME's members written together, each judged by its own bit.
+    bool parallel = false;
+    std::vector<std::string> names;  // NAME..., the first in name
+    std::string bits_path;           // --bits: the board's own map of DQ lines to data bits
+};
 
 struct shmoo_options : test_options {
     swept_range x, y;

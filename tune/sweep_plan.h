@@ -21,6 +21,7 @@ struct sweep_plan {
     std::vector<std::vector<std::string>> settings;
     // Per row and axis value, a DQ delay's signed delay; empty otherwise.
     std::vector<std::vector<std::string>> delays;
+    bool left_out = false;  // members of the composite not swept: it cannot be set whole
 };
 
 // Beyond this a range is a typing mistake rather than a sweep.

@@ -38,8 +38,9 @@ const subcommand subcommands[] = {
      apply_command},
     {"sweep",
      "sweep [-y] [--step N] [--runs K] [--timeout SEC] [--keep original|centre]\n"
-     "      [--csv FILE] [--svg FILE] [--profile FILE]\n"
+     "      [--csv FILE] [--svg FILE] [--profile FILE] [--bits FILE]\n"
      "      [--journal FILE [--watchdog DEVICE]] [--log DIR] NAME FROM TO -- COMMAND [ARG ...]\n"
+     "sweep --parallel [OPTIONS] LANE... FROM TO -- COMMAND [ARG ...]\n"
      "      (options before NAME; FROM, TO and N may be negative)",
      campaign_command},
     {"shmoo",

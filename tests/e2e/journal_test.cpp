@@ -84,6 +84,9 @@ TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
     const struct { const char* name; strings words; std::string point, kill, pass, hang; strings dump; } rows[] = {
         {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
             "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -le 3 ]", dq3 + ": -2", {"dump", dq3}},
+        {"sweep in parallel, a hang for every line", {"sweep", "-y", "--parallel", "tarnm-ddra-read0::dq", "-4", "4"},
+            "$PADKIT_SWEEP_VALUE", "-2", "[ $PADKIT_SWEEP_VALUE -ge -3 ] || echo 1 >$PADKIT_FAILING_BITS",
+            "tarnm-ddra-read0::dq: -2", {"dump", "tarnm-ddra-read0::dq"}},
         {"shmoo mid-row", {"shmoo", "-y", "mmc::rdqs", "30", "33", "mac-tx::delay", "0", "2"},
             "$PADKIT_SHMOO_X_VALUE,$PADKIT_SHMOO_Y_VALUE", "31,1", "[ $PADKIT_SHMOO_X_VALUE -le 32 ] && " + y_held,
             "mmc::rdqs: 31, mac-tx::delay: 1", {"dump", "mmc::rdqs", "mac-tx::delay"}},

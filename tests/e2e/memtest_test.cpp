@@ -77,20 +77,6 @@ TEST(PadkitMemtest, SigintEndsItAfterItsReport) {
     EXPECT_FALSE(fs::exists(b.scratch / "bits"));
 }
 
-// The eyes of a board, by line: its lowest and highest passing delay at the nominal core voltage.
-std::map<std::string, std::pair<int, int>> eyes_of(const sim_board& b) {
-    std::map<std::string, std::pair<int, int>> eyes;
-    std::istringstream lines(slurp(b.dir / "eye"));
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        std::string name;
-        int low = 0, high = 0;
-        if (words >> name >> low >> high)
-            eyes[name] = {low, high};
-    }
-    return eyes;
-}
-
 // A line's delay, counted from the lower (L) or upper (H) edge of its eye.
 struct delay {
     const char* line;

@@ -176,6 +176,20 @@ inline bool mount_point(sim_board& b, const fs::path& path) {
     return in_namespace(b, path, "mount --bind \"$0\" \"$0\"");
 }
 
+// The eyes of a board, by line: its lowest and highest passing delay at the nominal core voltage.
+inline std::map<std::string, std::pair<int, int>> eyes_of(const sim_board& b) {
+    std::map<std::string, std::pair<int, int>> eyes;
+    std::istringstream lines(slurp(b.dir / "eye"));
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string name;
+        int low = 0, high = 0;
+        if (words >> name >> low >> high)
+            eyes[name] = {low, high};
+    }
+    return eyes;
+}
+
 // padkit-tune-sim on a board created by padkit-sim -h (padkit-tune-sim's -h creates none).
 struct tune_board : sim_board {
     tune_board() : sim_board(PADKIT_SIM) {

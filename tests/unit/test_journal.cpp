@@ -44,6 +44,11 @@ TEST(Journal, ReaderAtItsEdges) {
         {"bad escape", head + "try \"x\\q\"\n", "no: 5: garbled record"},
         {"two blanks", head + "try \"x\"  \"1\"\n", "no: 5: garbled record"},
         {"unknown outcome", head + "try \"x\" \"1\"\nresult maybe\n", "no: 6: garbled record"},
+        {"an outcome per line", head + "try \"x\" \"1\"\nresult \"pass\" \"timeout\"\n", "1:timeout 105"},
+        {"one line's outcome quoted", head + "try \"x\" \"1\"\nresult \"pass\"\n", "no: 6: garbled record"},
+        {"a word and lines' outcomes", head + "try \"x\" \"1\"\nresult fail \"pass\" \"fail\"\n",
+            "no: 6: garbled record"},
+        {"an unknown line's outcome", head + "try \"x\" \"1\"\nresult \"pass\" \"maybe\"\n", "no: 6: garbled record"},
         {"unknown record", head + "retry \"x\"\n", "no: 5: garbled record"},
         {"result alone", head + "result pass\n", "no: 5: a result without a try"},
         {"two tries", head + "try \"x\" \"1\"\ntry \"x\" \"2\"\n", "no: 6: a try while the one before has no result"},
@@ -75,7 +80,7 @@ TEST(Journal, WrittenAndReadBackByteForByte) {
         journal_file file;
         ASSERT_TRUE(file.create(path, header));
         EXPECT_FALSE(journal_file().create(path, header)) << "an existing journal is never replaced";
-        ASSERT_TRUE(file.tried({"x", "1 2"}) && file.finished(outcome::pass) && file.tried({"x", "3"}));
+        ASSERT_TRUE(file.tried({"x", "1 2"}) && file.finished({outcome::pass}) && file.tried({"x", "3"}));
     }
     journal_file again;
     ASSERT_TRUE(again.resume(path, "1.0", &contents));

@@ -43,7 +43,7 @@ private:
     // Returns the exit status, unless a stop signal ends the program.
     int run();
     void measure(std::size_t step, const campaign_point& point);
-    void record(std::size_t step, outcome result);
+    void record(std::size_t step, const std::vector<outcome>& results);
     void mark(const std::vector<setting>& settings, bool as_changed);
     // --keep centre: what the kind keeps written in place of the originals.
     void keep();
@@ -76,6 +76,7 @@ private:
     // stop signals are let go, whichever way the campaign ends.
     std::optional<stop_signals> stop;
     hang_guard guard;
+    failing_bits_place failing_place;  // removed before the end, which may be by a signal
     result_files files;
     std::vector<property*> props;
     std::vector<long long> originals;  // of props, their codes
@@ -145,14 +146,15 @@ int campaign::carry_on(const journal_contents& journal, resume_mode mode) {
     const bool retry = mode == resume_mode::retry_hang;
     std::optional<campaign_point> in_flight;
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
-        if (!is_next_step(*kind, step, journal.steps[step], guard.journal.path()))
+        std::vector<outcome> results;
+        if (!is_next_step(*kind, step, journal.steps[step], guard.journal.path(), &results))
             return tune_status::bad_input;
         if (journal.in_flight && step + 1 == journal.steps.size()) {
             in_flight = kind->point(step);
             if (retry)
                 break;
         }
-        record(step, journal.steps[step].result);
+        record(step, results);
     }
     if (mode != resume_mode::restore && !arm_watchdog(options(), guard))
         return tune_status::bad_input;
@@ -169,7 +171,7 @@ int campaign::carry_on(const journal_contents& journal, resume_mode mode) {
 bool campaign::settle_in_flight(const campaign_point& point, bool retry) {
     report("%s %s (in flight when the run stopped)", point.named.c_str(),
            retry ? "measured again" : "counted as a hang");
-    return retry ? guard.journal.stopped() : guard.journal.finished(outcome::hang);
+    return retry ? guard.journal.stopped() : guard.journal.finished({outcome::hang});
 }
 
 int campaign::run() {
@@ -201,16 +203,17 @@ void campaign::measure(std::size_t step, const campaign_point& point) {
     const std::vector<setting> writes(point.settings.begin() + (in_place ? point.carried : 0),
                                       point.settings.end());
     in_place = true;
-    const point_result got = measure_point(writes, point.journal, point.shown, options(),
-                                           point.names, *stop, *progress, guard);
+    const point_result got =
+        measure_point(writes, point.journal, point.shown, options(), point.names, point.judged,
+                      failing_place, *stop, *progress, guard);
     ended = got.what;
     stop_signal = got.signal;
     if (got.what == point_result::measured)
-        record(step, got.result);
+        record(step, got.results);
 }
 
-void campaign::record(std::size_t step, outcome result) {
-    kind->record(step, result, files.csv());
+void campaign::record(std::size_t step, const std::vector<outcome>& results) {
+    kind->record(step, results, files.csv());
     files.csv_line_written();
     done = step + 1;
 }
@@ -275,6 +278,7 @@ bool campaign::stopped_by(int signal) {
 }
 
 int campaign::finish(bool written) {
+    failing_place.remove();
     guard.close(ended != point_result::interrupted);
     kind->print_chart(stdout, terminal_columns(STDOUT_FILENO));
     kind->print_summary(stdout);

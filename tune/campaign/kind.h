@@ -17,6 +17,7 @@
 #include "tune/board/board_io.h"
 #include "tune/campaign/test_options.h"
 #include "tune/sweep/command_run.h"
+#include "tune/sweep/failing_bits.h"
 #include "tune/sweep/journal.h"
 #include "tune/sweep/window.h"
 
@@ -29,6 +30,7 @@ struct campaign_point {
     // of a sweep's row.
     bool puts_back = false;
     environment names;      // for the test command
+    member_bits judged;     // its members' failing bits, when the command names them
     journal_point journal;  // what the journal's try record names
     std::string shown;      // on the progress line
     std::string named;      // in messages: "NAME: VALUE" for each setting
@@ -67,9 +69,9 @@ public:
 
     // The report.
     virtual void print_csv_header(std::FILE* out) const = 0;
-    // The result of each step in turn, and its line into the CSV file when
-    // one is written.
-    virtual void record(std::size_t step, outcome result, std::FILE* csv) = 0;
+    // The results of each step in turn, one per member its point judged, and
+    // its lines into the CSV file when one is written.
+    virtual void record(std::size_t step, const std::vector<outcome>& results, std::FILE* csv) = 0;
     // No more steps follow: what the results show is worked out, once,
     // before anything below is asked. PARTIAL: the steps stopped before the
     // last one, and results not fully measured sum up nothing.

@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -82,13 +83,35 @@ bool open_log(const test_options& options, const std::string& shown, long long r
     return false;
 }
 
-point_result run_tests(const std::string& shown, const test_options& options,
-                       const environment& names, const stop_signals& stop, progress_line& progress,
-                       hang_guard& guard) {
+// What the failing-bits file says of the run just ended; a garbled one is said.
+failing_bits read_bits(const std::string& path, const member_bits& judged,
+                       progress_line& progress) {
+    if (judged.bits.empty())
+        return {failing_bits::absent, 0, ""};
+    failing_bits file = read_failing_bits(path, judged.width);
+    if (file.what == failing_bits::garbled) {
+        progress.clear();
+        report("the failing bits: %s; every line fails", file.problem.c_str());
+    }
+    return file;
+}
+
+point_result run_tests(const std::string& shown, const test_options& options, environment names,
+                       const member_bits& judged, failing_bits_place& place,
+                       const stop_signals& stop, progress_line& progress, hang_guard& guard) {
+    std::vector<outcome> results(judged.members(), outcome::pass);
+    std::string path;
+    if (!judged.bits.empty())
+        names.emplace_back("PADKIT_FAILING_BITS", "");
     for (long long run = 0; run < options.runs; ++run) {
+        if (!judged.bits.empty()) {
+            if ((path = place.fresh_file()).empty())
+                return {point_result::not_started, {}, 0};
+            names.back().second = path;
+        }
         int log = -1;
         if (!open_log(options, shown, run, progress, &log))
-            return {point_result::not_started, outcome::fail, 0};
+            return {point_result::not_started, {}, 0};
         const command_result got = run_command(
             options.command, names, options.timeout_seconds, stop,
             [&] {
@@ -99,38 +122,45 @@ point_result run_tests(const std::string& shown, const test_options& options,
         if (log >= 0)
             close(log);
         switch (got.what) {
-        case command_result::passed: break;
-        case command_result::failed: return {point_result::measured, outcome::fail, 0};
-        case command_result::timed_out: return {point_result::measured, outcome::timeout, 0};
+        case command_result::passed:
+        case command_result::failed:
+            judge_run(got.what == command_result::passed, read_bits(path, judged, progress), judged,
+                      &results);
+            break;
+        case command_result::timed_out:
+            return {point_result::measured, std::vector<outcome>(results.size(), outcome::timeout),
+                    0};
         case command_result::not_started:
             progress.clear();
             report("cannot run %s: %s", options.command.front().c_str(), std::strerror(got.detail));
-            return {point_result::not_started, outcome::fail, 0};
-        case command_result::interrupted:
-            return {point_result::interrupted, outcome::fail, got.detail};
+            return {point_result::not_started, {}, 0};
+        case command_result::interrupted: return {point_result::interrupted, {}, got.detail};
         }
+        if (std::count(results.begin(), results.end(), outcome::pass) == 0)
+            break;  // nothing a further run could change
     }
-    return {point_result::measured, outcome::pass, 0};
+    return {point_result::measured, results, 0};
 }
 
 }  // namespace
 
 point_result measure_point(const std::vector<setting>& changes, const journal_point& point,
                            const std::string& shown, const test_options& options,
-                           const environment& names, const stop_signals& stop,
+                           const environment& names, const member_bits& judged,
+                           failing_bits_place& place, const stop_signals& stop,
                            progress_line& progress, hang_guard& guard) {
     if (const int signal = stop.take())
-        return {point_result::interrupted, outcome::fail, signal};
+        return {point_result::interrupted, {}, signal};
     if (!guard.trying(point))
-        return {point_result::write_failed, outcome::fail, 0};
+        return {point_result::write_failed, {}, 0};
     int signal = 0;
-    const point_result got = write_locked(changes, guard.watchdog, &stop, &signal)
-                                 ? run_tests(shown, options, names, stop, progress, guard)
-                             : signal
-                                 ? point_result{point_result::interrupted, outcome::fail, signal}
-                                 : point_result{point_result::write_failed, outcome::fail, 0};
+    const point_result got =
+        write_locked(changes, guard.watchdog, &stop, &signal)
+            ? run_tests(shown, options, names, judged, place, stop, progress, guard)
+        : signal ? point_result{point_result::interrupted, {}, signal}
+                 : point_result{point_result::write_failed, {}, 0};
     if (got.what == point_result::measured)
-        guard.measured(got.result);
+        guard.measured(got.results);
     else
         guard.not_measured();
     return got;

@@ -7,10 +7,15 @@
 #include "tune/campaign/start.h"
 
 bool is_next_step(const campaign_kind& kind, std::size_t step, const journal_step& measured,
-                  const std::string& path) {
+                  const std::string& path, std::vector<outcome>* results) {
     const std::optional<campaign_point> point = kind.point(step);
-    if (point && point->journal == measured.point)
+    const std::size_t members = point ? point->judged.members() : 0;
+    if (point && point->journal == measured.point &&
+        (measured.members.empty() || measured.members.size() == members)) {
+        *results = measured.members.empty() ? std::vector<outcome>(members, measured.result)
+                                            : measured.members;
         return true;
+    }
     report("%s:%zu: not the next %s of this %s; nothing written", path.c_str(), measured.line,
            kind.step, kind.name);
     return false;
@@ -26,9 +31,10 @@ std::unique_ptr<campaign_kind> replay_journal(const journal_contents& journal,
     kind->begin(originals);
     kind->print_csv_header(csv);
     for (std::size_t step = 0; step < journal.steps.size(); ++step) {
-        if (!is_next_step(*kind, step, journal.steps[step], path))
+        std::vector<outcome> results;
+        if (!is_next_step(*kind, step, journal.steps[step], path, &results))
             return nullptr;
-        kind->record(step, journal.steps[step].result, csv);
+        kind->record(step, results, csv);
     }
     kind->conclude(kind->point(journal.steps.size()).has_value());
     kind->print_csv_summary(csv);

@@ -9,15 +9,17 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tune/campaign/campaign.h"
 #include "tune/campaign/kind.h"
 #include "tune/sweep/journal.h"
 
-// Whether the journal's step is the kind's point of STEP; says where it is
-// not, in the journal at PATH.
+// Whether the journal's step is the kind's point of STEP, with its RESULTS,
+// one per member the point judges (a single outcome stands for every member:
+// a hang); says where it is not, in the journal at PATH.
 bool is_next_step(const campaign_kind& kind, std::size_t step, const journal_step& measured,
-                  const std::string& path);
+                  const std::string& path, std::vector<outcome>* results);
 
 // The campaign of the journal at PATH: its kind planned from the command
 // words, given the originals and every step measured (the one in flight as

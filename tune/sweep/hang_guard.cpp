@@ -6,10 +6,10 @@ bool hang_guard::trying(const journal_point& point) {
     return !watchdog.failed() && (!journal.is_open() || journal.tried(point));
 }
 
-void hang_guard::measured(outcome result) {
+void hang_guard::measured(const std::vector<outcome>& results) {
     watchdog.keep_alive();
     if (journal.is_open())
-        journal.finished(result);
+        journal.finished(results);
 }
 
 void hang_guard::not_measured() {

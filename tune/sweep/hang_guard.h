@@ -5,6 +5,8 @@
 #ifndef PADKIT_HANG_GUARD_H
 #define PADKIT_HANG_GUARD_H
 
+#include <vector>
+
 #include "tune/sweep/journal.h"
 #include "tune/sweep/outcome.h"
 #include "tune/sweep/watchdog.h"
@@ -17,7 +19,7 @@ struct hang_guard {
     // when either failed, now or before: the point must not be written.
     bool trying(const journal_point& point);
     // After the command; a failed record is reported, and the next try fails.
-    void measured(outcome result);
+    void measured(const std::vector<outcome>& results);
     // The point tried last was not measured.
     void not_measured();
     // Before --keep centre writes; false when it must not: its record cannot

@@ -155,7 +155,7 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
     if (line.keyword == "try" && line.word.empty() && !line.fields.empty()) {
         if (contents->in_flight)
             return "a try while the one before has no result";
-        contents->steps.push_back({line.fields, outcome::hang, number});
+        contents->steps.push_back({line.fields, outcome::hang, {}, number});
         contents->in_flight = true;
         return "";
     }
@@ -165,7 +165,8 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
         contents->ended = true;
         return "";
     }
-    const bool result = line.keyword == "result" && line.fields.empty();
+    const bool result = line.keyword == "result" && line.word.empty() != line.fields.empty() &&
+                        line.fields.size() != 1;
     if (!result && !is(line, "stop", 0))
         return "garbled record";
     if (!contents->in_flight)
@@ -175,7 +176,17 @@ std::string take_record(const parsed_line& line, std::size_t number, const std::
         contents->steps.pop_back();
         return "";
     }
-    return parse_outcome(line.word, &contents->steps.back().result) ? "" : "garbled record";
+    journal_step& step = contents->steps.back();
+    if (line.fields.empty())
+        return parse_outcome(line.word, &step.result) ? "" : "garbled record";
+    step.result = outcome::pass;
+    for (const std::string& field : line.fields) {
+        if (!parse_outcome(field, &step.members.emplace_back()))
+            return "garbled record";
+        if (step.result == outcome::pass)
+            step.result = step.members.back();
+    }
+    return "";
 }
 
 }  // namespace
@@ -282,8 +293,13 @@ bool journal_file::resume(const std::string& path, const std::string& version,
 
 bool journal_file::tried(const journal_point& point) { return append(record("try", point)); }
 
-bool journal_file::finished(outcome result) {
-    return append(std::string("result ") + outcome_name(result) + '\n');
+bool journal_file::finished(const std::vector<outcome>& results) {
+    if (results.size() == 1)
+        return append(std::string("result ") + outcome_name(results.front()) + '\n');
+    std::vector<std::string> names;
+    for (outcome each : results)
+        names.push_back(outcome_name(each));
+    return append(record("result", names));
 }
 
 bool journal_file::stopped() { return append("stop\n"); }

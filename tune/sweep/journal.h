@@ -13,6 +13,8 @@
 // then per step:
 //   try "FIELD" ...                  before the value is written
 //   result pass|fail|timeout|hang    after the command
+//   result "pass" "fail" ...         instead, for a point of several members
+//                                    judged each by its own failing bit
 //   stop                             instead of a result: a signal ended the sweep,
 //                                    or a resume measures the value again
 // and, at any time, before a result file's temporary file is created:
@@ -35,9 +37,10 @@
 using journal_point = std::vector<std::string>;
 
 struct journal_step {
-    journal_point point;  // what was tried: a sweep's name and value
-    outcome result;
-    std::size_t line;  // of its try record, for messages
+    journal_point point;           // what was tried: a sweep's name and value
+    outcome result;                // of several members, the first that did not pass, else pass
+    std::vector<outcome> members;  // per member, when the point judged several
+    std::size_t line;              // of its try record, for messages
 };
 
 struct journal_header {
@@ -80,7 +83,8 @@ public:
     bool resume(const std::string& path, const std::string& version, journal_contents* contents);
 
     bool tried(const journal_point& point);
-    bool finished(outcome result);
+    // One outcome per member the point judged.
+    bool finished(const std::vector<outcome>& results);
     bool stopped();
     bool temporary(const std::string& path);
     // The keep record; false without one when the journal has it already: the

@@ -253,4 +253,18 @@ TEST(PadkitTuneReliability, KeepCentreKeepsNothingWhenTheProfileCannotBeWritten)
     }
 }
 
+// A centre that cannot be kept (the regulator's limit lowered by the last run) is not kept: the original goes back and
+// the sweep fails.
+TEST(PadkitTuneReliability, KeepCentreThatCannotBeWrittenPutsBackAndFails) {
+    tune_board b;
+    const std::string core = "core_regulator::microvolts", limit = (b.dir / "sys/class/regulator/regulator.2").string();
+    b.change("p", (core + " = 880000\n").c_str());
+    ASSERT_EQ(b.run({"apply", (b.dir / "p").string()}).status, 0);
+    const std::string lower = "[ $PADKIT_SWEEP_VALUE != 920000 ] || echo 890000 >" + limit + "/max_microvolts";
+    const result got = b.run(
+        {"sweep", "-y", "--step", "10000", "--keep", "centre", core, "880000", "920000", "--", "sh", "-c", lower});
+    EXPECT_EQ(got.status, not_done) << got.err;
+    EXPECT_EQ(b.run({"dump", core}).out, core + " = 880000\n");
+}
+
 }  // namespace

@@ -231,7 +231,8 @@ void campaign::keep() {
     mark(kept, true);
     int signal = 0;
     if (!write_locked(kept, guard.watchdog, &*stop, &signal)) {
-        stopped_by(signal);
+        if (!stopped_by(signal))
+            ended = point_result::write_failed;
         return;
     }
     mark(kept, false);

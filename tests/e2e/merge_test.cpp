@@ -111,6 +111,8 @@ TEST(PadkitTuneMerge, RowsInAnyOrderMergeAsOrdered) {
 // Three boards swept for real, each passing 26 delays shifted by 3 against the one before; the
 // profile of the common centre applied to a fourth board leaves the code of +3 there.
 TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board boards[3], fresh;
     const auto in_dir = [&](const std::string& name) { return (fresh.scratch / name).string(); };
     strings merge = {"merge", "--csv", in_dir("m.csv"), "--svg", in_dir("m.svg"), "--profile", in_dir("m.conf")};
@@ -137,9 +139,9 @@ TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
     EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << profile;
     EXPECT_EQ(fresh.run({"dump", dq3}).out, "# delay: +3\n" + dq3 + " = 67\n");
     const std::string svg = in_dir("m.svg");
-    EXPECT_EQ(
-        std::system((SVG_SHOWS " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),
-        0);
+    EXPECT_EQ(std::system(
+                  (SVG_SHOWS + " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),
+              0);
     EXPECT_EQ(slurp(svg + ".txt"), "block " + dq3 +
                                        "\nname b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n" +
                                        "ship b1 = +3: pass\n");

@@ -37,7 +37,7 @@ struct trial_board : tune_board {
         const std::string out = (scratch / "out").string(), json = (scratch / "json").string();
         run({"trial", "--status", "--json"});
         const std::string python =
-            PYTHON3
+            PYTHON3 +
             " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
             "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
             "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], j[\"applied\"], end=\"\")' " +
@@ -64,6 +64,8 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 }  // namespace
 
 TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     // clang-format off
     trial_board().live({
         {"installed", {"trial", "--tries", "2", "<B>/t"},
@@ -87,6 +89,8 @@ TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
 }
 
 TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     const std::string not_applied = " has not been applied whole in this boot; not blessed\n";
     // clang-format off
     trial_board().live({

@@ -60,7 +60,7 @@ INITSCRIPT_PACKAGES = "${PN}-tune"
 INITSCRIPT_NAME:${PN}-tune = "padkit-tune"
 INITSCRIPT_PARAMS:${PN}-tune = "start 05 S ."
 
-# The end-to-end tests run padkit-sim, padkit-tune-sim and both padkit-memtests; those that need
-# python3, strace or unshare skip where they are missing.
+# The end-to-end tests run padkit-sim, padkit-tune-sim and both padkit-memtests, and coreutils' env and timeout;
+# those that need python3, strace or unshare skip where they are missing.
 RDEPENDS:${PN}-ptest += "${PN}-sim ${PN}-memtest coreutils"
 RRECOMMENDS:${PN}-ptest += "python3-core python3-xml strace util-linux-unshare"

@@ -52,7 +52,7 @@ FILES:${PN}-tune = "${sbindir}/padkit-tune ${datadir}/bash-completion/completion
                     ${systemd_system_unitdir} ${INIT_D_DIR} ${localstatedir}/lib/padkit"
 FILES:${PN}-memtest = "${sbindir}/padkit-memtest ${datadir}/bash-completion/completions/padkit-memtest"
 FILES:${PN}-sim = "${bindir}/padkit-*sim ${datadir}/bash-completion/completions/padkit-*sim"
-FILES:${PN} += "${sysconfdir}/padkit.d"
+FILES:${PN} += "${datadir}/bash-completion/completions/padkit"
 
 SYSTEMD_PACKAGES = "${PN}-tune"
 SYSTEMD_SERVICE:${PN}-tune = "padkit-tune.service padkit-tune-bless.service"

@@ -39,7 +39,7 @@ std::string results_of(const std::string& csv) {
 
 // What a picture draws, read back by svg_shows.py, without its title and legend.
 std::string drawn(const fs::path& svg) {
-    std::system((SVG_SHOWS + " " + svg.string() + " | grep -v -e ^title -e ^legend >" + svg.string() + ".txt").c_str());
+    std::system((SVG_SHOWS " " + svg.string() + " | grep -v -e ^title -e ^legend >" + svg.string() + ".txt").c_str());
     return slurp(svg.string() + ".txt");
 }
 

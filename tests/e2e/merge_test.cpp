@@ -139,9 +139,9 @@ TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
     EXPECT_EQ(fresh.run({"apply", in_dir("m.conf")}).status, ok) << profile;
     EXPECT_EQ(fresh.run({"dump", dq3}).out, "# delay: +3\n" + dq3 + " = 67\n");
     const std::string svg = in_dir("m.svg");
-    EXPECT_EQ(std::system(
-                  (SVG_SHOWS + " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),
-              0);
+    EXPECT_EQ(
+        std::system((SVG_SHOWS " " + svg + " | grep -e ^block -e ^common -e ^name -e ^ship >" + svg + ".txt").c_str()),
+        0);
     EXPECT_EQ(slurp(svg + ".txt"), "block " + dq3 +
                                        "\nname b1\nname b2\nname b3\ncommon b1 = -6: pass .. b3 = +13: pass 60\n" +
                                        "ship b1 = +3: pass\n");

@@ -77,7 +77,7 @@ TEST(PadkitTunePictures, EveryKindExplainsItself) {
         b.launcher = {"sh", "-c", prelude + row.script, "sh"};
         b.run({});
         const std::string svg = (b.dir / "p.svg").string();
-        ASSERT_EQ(std::system((SVG_SHOWS + " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0) << slurp(svg + ".txt");
+        ASSERT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0) << slurp(svg + ".txt");
         const std::string shown = "\n" + slurp(svg + ".txt");
         for (const std::string& line : row.shows)
             EXPECT_NE(shown.find("\n" + cut_as(line, line) + (line == cut_as(line, line) ? "\n" : "")),

@@ -173,7 +173,7 @@ TEST(PadkitTuneShmoo, CsvAndSvg) {
               "x_name,x_value,y_name,y_value,result\n" + dq3 + ",-3," + core + ",880000,fail\n");
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 35 + 3) << "the points and the summary";
     EXPECT_NE(rows.find("\n# summary: safest point X=+1, Y=900000 (margin 1 delay step in X"), std::string::npos);
-    EXPECT_EQ(std::system((SVG_SHOWS + " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
     std::string shown = slurp(svg + ".txt"), cells;
     for (std::string::size_type at = 0; (at = shown.find("cell ", at)) != std::string::npos; at += 5)
         cells += 'c';

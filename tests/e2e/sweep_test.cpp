@@ -162,7 +162,7 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
     EXPECT_EQ(text.rfind("# sweep: " + dq + " 0..+2, step 1 delay step\n# host: ", 0), 0u) << text;
     EXPECT_NE(text.find("\n# test: sh -c '[ $PADKIT_SWEEP_NAME$PADKIT_SWEEP_VALUE != "), std::string::npos) << text;
     EXPECT_EQ(text.substr(text.find("name,value,result")), expected_csv + summary_facts);
-    EXPECT_EQ(std::system((SVG_SHOWS + " " + svg +
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg +
                            " | grep -v -e ^title -e ^block -e ^axis-title -e ^legend -e ^ticks >" + svg + ".txt 2>&1")
                               .c_str()),
               0);
@@ -196,7 +196,7 @@ TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
         EXPECT_EQ(got.out.substr(got.out.size() - std::min(got.out.size(), row.ending.size())), row.ending);
         EXPECT_EQ(b.run({"dump", dq3}).out, "# delay: +5\n" + dq3 + " = 69\n");
         std::system(
-            (SVG_SHOWS + " " + svg + " | sed -n 's/^ticks top: //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt")
+            (SVG_SHOWS " " + svg + " | sed -n 's/^ticks top: //p; s/^original //p' | tr '\\n' ' ' >" + svg + ".txt")
                 .c_str());
         EXPECT_EQ(slurp(svg + ".txt"), dq3 + " = +12: pass " + row.axis_labels);
     }
@@ -239,7 +239,7 @@ TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
     const std::string text = slurp(csv);
     EXPECT_NE(text.find("\n# partial: not every value was measured\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\n# summary: " + partial), std::string::npos) << text;
-    EXPECT_EQ(std::system((SVG_SHOWS + " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
+    EXPECT_EQ(std::system((SVG_SHOWS " " + svg + " >" + svg + ".txt 2>&1").c_str()), 0);
     const std::string shown = slurp(svg + ".txt");
     EXPECT_NE(shown.find("\npartial partial: not every value was measured\n"), std::string::npos) << shown;
     EXPECT_NE(shown.find("\nsummary " + partial), std::string::npos) << shown;

@@ -37,7 +37,7 @@ struct trial_board : tune_board {
         const std::string out = (scratch / "out").string(), json = (scratch / "json").string();
         run({"trial", "--status", "--json"});
         const std::string python =
-            PYTHON3 +
+            PYTHON3
             " -c 'import json, os, sys; j = json.load(open(sys.argv[1])); "
             "print(*sorted(n for d in sys.argv[2:] if os.path.isdir(d) for n in os.listdir(d)), \"|\", "
             "j[\"state\"], j[\"tries_left\"], j[\"tries_done\"], j[\"applied\"], end=\"\")' " +

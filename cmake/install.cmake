@@ -80,8 +80,8 @@ install(CODE "
                           WORLD_READ WORLD_EXECUTE)
 ")
 
-# padkit-sim is for trying padkit on a workstation, not for the board.
-if(TARGET padkit-sim AND NOT CMAKE_CROSSCOMPILING)
+# padkit-sim is for trying padkit on a workstation, on a board only when asked.
+if(TARGET padkit-sim AND PADKIT_INSTALL_SIM)
     install(TARGETS padkit-sim padkit-tune-sim padkit-memtest-sim
             RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${padkit_doc}/padkit-sim.1.gz ${padkit_doc}/padkit-tune-sim.1.gz

@@ -232,7 +232,7 @@ TEST(PadkitSim, BoardDirectoryFromEnvironment) {
 // A request served whose output is lost fails: the file size limit refuses the first byte.
 TEST(PadkitSim, LostOutput) {
     // clang-format off
-    const struct { const char* program; strings args; int status; } rows[] = {
+    const struct { std::string program; strings args; int status; } rows[] = {
         {PADKIT_SIM, {"-r", mmc}, shell_status(padkit_status::output_failed)},
         {PADKIT_TUNE_SIM, {"dump", mmc}, tune_status::not_done},
     };

@@ -77,9 +77,11 @@ using namespace tune_status;
 // Killed and resumed: as one run in which the killed point failed, but shown as a hang. The
 // shmoo passes only where the board holds Y.
 TEST(PadkitTuneJournal, KilledAndResumedAsIfInOneGo) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     const std::string dq3 = "tarnm-ddra-read0::dq3";
     const std::string y_held =
-        "[ $(" PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
+        "[ $(" PADKIT_SIM_EMULATOR " \"" + PADKIT_SIM + "\" mac-tx::delay 2>/dev/null) = $PADKIT_SHMOO_Y_VALUE ]";
     // clang-format off
     const struct { const char* name; strings words; std::string point, kill, pass, hang; strings dump; } rows[] = {
         {"sweep signed, kept", {"sweep", "-y", "--keep", "centre", dq3, "-4", "4"},
@@ -249,6 +251,8 @@ TEST(PadkitTuneJournal, WatchdogKeptAliveWhileTheCommandRunsThenClosed) {
 
 // Register writes go to a new regs file each (.regs-XXXXXX, renamed into place).
 TEST(PadkitTuneJournal, EveryRecordOnDiskBeforeTheNextWrite) {
+    if (lacks("strace"))
+        GTEST_SKIP() << "needs strace";
     if (*PADKIT_SIM_EMULATOR)
         GTEST_SKIP() << "strace follows the emulator, not the program";
     tune_board b;
@@ -270,6 +274,8 @@ TEST(PadkitTuneJournal, EveryRecordOnDiskBeforeTheNextWrite) {
 // SIGTERM at each fsync in turn, the journal's creation first: held from before the watchdog (a stand-in file) is
 // opened, so that its last byte is the magic close.
 TEST(PadkitTuneJournal, StopSignalAtAnySyncLeavesTheWatchdogClosed) {
+    if (lacks("strace"))
+        GTEST_SKIP() << "needs strace";
     if (*PADKIT_SIM_EMULATOR)
         GTEST_SKIP() << "strace follows the emulator, not the program";
     tune_board b;
@@ -291,6 +297,8 @@ TEST(PadkitTuneJournal, StopSignalAtAnySyncLeavesTheWatchdogClosed) {
 // Killed at each rename in turn (the profile's), then resumed unless its journal ended: every result file as a run
 // in one go leaves it, and the centre kept.
 TEST(PadkitTuneJournal, KillAtAnyRenameLosesNoResultFile) {
+    if (lacks("strace"))
+        GTEST_SKIP() << "needs strace";
     if (*PADKIT_SIM_EMULATOR)
         GTEST_SKIP() << "strace follows the emulator, not the program";
     for (const std::string call : {"rename", "renameat", "renameat2"}) {

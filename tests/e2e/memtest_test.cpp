@@ -56,7 +56,7 @@ TEST(PadkitMemtest, SigintEndsItAfterItsReport) {
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (pid == 0) {
         setenv("PADKIT_FAILING_BITS", (b.scratch / "bits").c_str(), 1);
-        const std::string run = "exec " PADKIT_SIM_EMULATOR " \"" PADKIT_MEMTEST "\" --size 1M --passes 1000000";
+        const std::string run = "exec " PADKIT_SIM_EMULATOR " \"" + PADKIT_MEMTEST + "\" --size 1M --passes 1000000";
         execl("/bin/sh", "sh", "-c", run.c_str(), nullptr);
         _exit(127);
     }

@@ -111,6 +111,8 @@ TEST(PadkitTuneMerge, RowsInAnyOrderMergeAsOrdered) {
 // Three boards swept for real, each passing 26 delays shifted by 3 against the one before; the
 // profile of the common centre applied to a fourth board leaves the code of +3 there.
 TEST(PadkitTuneMerge, ThreeShiftedBoardsToProfileCsvAndSvg) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board boards[3], fresh;
     const auto in_dir = [&](const std::string& name) { return (fresh.scratch / name).string(); };
     strings merge = {"merge", "--csv", in_dir("m.csv"), "--svg", in_dir("m.svg"), "--profile", in_dir("m.conf")};

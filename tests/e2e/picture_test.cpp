@@ -69,6 +69,8 @@ const picture_row rows[] = {
 }  // namespace
 
 TEST(PadkitTunePictures, EveryKindExplainsItself) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     for (const picture_row& row : rows) {
         SCOPED_TRACE(row.name);
         tune_board b;

@@ -157,6 +157,8 @@ TEST(PadkitTuneShmoo, YWrittenOnceARow) {
 // Row by row to the CSV after the facts; the SVG read back by an XML parser: a cell per point, both axes
 // titled with their units and ticked on both sides, both marks, the margin around the safest point, the summary.
 TEST(PadkitTuneShmoo, CsvAndSvg) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board b;
     const std::string csv = (b.scratch / "s.csv").string(), svg = (b.scratch / "s.svg").string();
     const result got = b.run(shmoo({"-y", "--csv", csv, "--svg", svg}, dq_diamond, dq_grid));

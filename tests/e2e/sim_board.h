@@ -23,6 +23,27 @@
 
 namespace fs = std::filesystem;
 
+// Where the suite finds what it runs: a program where the environment's NAME says (an installed suite), else at
+// BUILT, its place in the build tree relative to the test program; the helpers in PADKIT_E2E_DIR, by default the
+// test program's directory, which shell commands read from the environment.
+inline fs::path test_program_dir() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+inline const bool helpers_found = setenv("PADKIT_E2E_DIR", test_program_dir().c_str(), 0) == 0;
+inline std::string program_path(const char* name, const char* built) {
+    const char* given = std::getenv(name);
+    return given ? given : (test_program_dir() / built).lexically_normal().string();
+}
+#define PADKIT_SIM program_path("PADKIT_SIM", BUILT_PADKIT_SIM)
+#define PADKIT_TUNE_SIM program_path("PADKIT_TUNE_SIM", BUILT_PADKIT_TUNE_SIM)
+#define PADKIT_MEMTEST program_path("PADKIT_MEMTEST", BUILT_PADKIT_MEMTEST)
+#define PADKIT_MEMTEST_SIM program_path("PADKIT_MEMTEST_SIM", BUILT_PADKIT_MEMTEST_SIM)
+#define PYTHON3 "python3"
+#define SVG_SHOWS PYTHON3 " \"$PADKIT_E2E_DIR/svg_shows.py\""
+
+// Whether TOOL is missing here, as it may be on a board that runs the installed suite: its tests skip.
+inline bool lacks(const std::string& tool) {
+    return std::system(("command -v '" + tool + "' >/dev/null 2>&1").c_str()) != 0;
+}
+
 using strings = std::vector<std::string>;
 // Environment variables, or board files as in change(); nullptr unsets or removes.
 using settings = std::vector<std::pair<std::string, const char*>>;

@@ -22,7 +22,7 @@ const std::string cpu = "cpu_regulator::microvolts";
 
 // Passes when the composite reads 5 everywhere but at the swept member, which holds the setting.
 const std::string members_apart =
-    PADKIT_SIM_EMULATOR " \"" PADKIT_SIM "\" " + dq +
+    PADKIT_SIM_EMULATOR " \"" + PADKIT_SIM + "\" " + dq +
     " 2>/dev/null | tr -d '{}' | "
     "awk -F, -v k=${PADKIT_SWEEP_NAME##*dq} -v v=$PADKIT_SWEEP_SETTING "
     "'{for (i = 1; i <= NF; i++) if ($i != (i == k + 1 ? v : 5)) bad = 1} END {exit bad || NR != 1}'";
@@ -137,6 +137,8 @@ TEST(PadkitTuneSweep, ChartsWindowsAndWhatIsLeft) {
 // hanging past the time-out (long enough for the check to run padkit-sim under an emulator);
 // the SVG is read back by an XML parser.
 TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board b;
     b.change("fives", (dq + " = {5,5,5,5,5,5,5,5}").c_str());
     b.run({"apply", (b.dir / "fives").string()});
@@ -176,6 +178,8 @@ TEST(PadkitTuneSweep, CompositeMemberByMemberToCsvAndSvg) {
 
 // A DQ delay is swept on its signed delay and written as the code for it; here it starts at +12 (code 76).
 TEST(PadkitTuneSweep, DqMemberOnItsSignedDelay) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     const std::string dq3 = dq + "3", window = dq3 + ": window -10..+20 (31 values), centre +5 (setting 69)";
     // clang-format off
     const struct { const char* name; std::string from, to, ending, axis_labels; } rows[] = {
@@ -227,6 +231,8 @@ TEST(PadkitTuneSweep, CompositeCommonWindowAndProfile) {
 // A lane stopped by SIGTERM once its first member is measured: partial in its summary, CSV and SVG, and no common
 // window from the one member measured.
 TEST(PadkitTuneSweep, CompositeStoppedAfterItsFirstMemberIsPartial) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board b;
     const std::string csv = (b.scratch / "lane.csv").string(), svg = (b.scratch / "lane.svg").string();
     const result got = b.run(sweep({"-y", "--csv", csv, "--svg", svg, dq, "-2", "2"},
@@ -292,7 +298,7 @@ std::string on_terminal(const tune_board& b, const std::string& args) {
     if (pid == 0) {
         setenv("PADKIT_SIM_DIR", b.dir.c_str(), 1);
         dup2(open((b.scratch / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        const std::string run = PADKIT_SIM_EMULATOR " \"" PADKIT_TUNE_SIM "\" " + args;
+        const std::string run = PADKIT_SIM_EMULATOR " \"" + PADKIT_TUNE_SIM + "\" " + args;
         execl("/bin/sh", "sh", "-c", run.c_str(), nullptr);
         _exit(127);
     }

@@ -64,6 +64,8 @@ const strings boot, bless = {"bless"}, remove_trial = {"trial", "--remove"};
 }  // namespace
 
 TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     // clang-format off
     trial_board().live({
         {"installed", {"trial", "--tries", "2", "<B>/t"},
@@ -87,6 +89,8 @@ TEST(PadkitTuneTrial, BlessedAfterItsFirstTryIsKnownGood) {
 }
 
 TEST(PadkitTuneTrial, NeverBlessedOrFailedIsLeftOut) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     const std::string not_applied = " has not been applied whole in this boot; not blessed\n";
     // clang-format off
     trial_board().live({

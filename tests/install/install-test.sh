@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installation checks: install-test.sh man|completion|boot|layout|deb SOURCE_DIR BUILD_DIR [PADKIT_SIM]
+# Installation checks: install-test.sh man|completion|boot|layout|deb|ptest SOURCE_DIR BUILD_DIR [PADKIT_SIM]
 # PADKIT_SIM is given when padkit-sim is installed; exit 77 means skipped.
 set -u
 case=$1 src=$2 build=$3 sim=${4:-} fails=0
@@ -69,6 +69,24 @@ layout)
     expect "$(installed ./opt/padkit/ ./opt/padkit/)" "$(cd "$tmp/stage" && find . ! -type d | sort | xargs)" "files"
     cmp "$build/completion/padkit.bash" "$tmp/stage/opt/padkit/share/bash-completion/completions/padkit" ||
         fails=1 ;;
+ptest)
+    [ -n "$sim" ] || { echo "skipped: no padkit-sim installed"; exit 77; }
+    stage && DESTDIR=$tmp/stage cmake --install "$build" --prefix /opt/padkit --component e2e-tests >/dev/null || exit 1
+    # Each installed program notes its runs: the suite must run these, not the build tree's.
+    for program in bin/padkit-sim bin/padkit-tune-sim bin/padkit-memtest-sim sbin/padkit-memtest; do
+        mv "$tmp/stage/opt/padkit/$program" "$tmp/stage/opt/padkit/$program.real"
+        # shellcheck disable=SC2016 # expanded by the stand-in
+        printf '#!/bin/bash\necho "${0##*/}" >>%s\nexec -a "$0" "$0.real" "$@"\n' "$tmp/ran" \
+            >"$tmp/stage/opt/padkit/$program" && chmod +x "$tmp/stage/opt/padkit/$program"
+    done
+    filter='PadkitSim.LostOutput:PadkitTunePictures.*:PadkitMemtest*'
+    "$(find "$tmp/stage" -name run-ptest)" --gtest_filter="$filter" >"$tmp/out" 2>&1
+    expect 0 $? "run-ptest status"
+    cases=$("$build/tests/e2e/padkit_e2e_tests" --gtest_list_tests --gtest_filter="$filter" |
+        awk '/^[^ ]/ { suite = $1 } /^ / { print "PASS: " suite $1 }')
+    expect "$cases" "$(cat "$tmp/out")" "one line a case"
+    expect "padkit-memtest padkit-memtest-sim padkit-sim padkit-tune-sim" "$(sort -u "$tmp/ran" | xargs)" "programs run"
+    ;;
 deb)
     cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp" >/dev/null || exit 1
     arch=$(sed -n 's/^set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "\(.*\)")$/\1/p' "$build/CPackConfig.cmake")

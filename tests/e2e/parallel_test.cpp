@@ -17,7 +17,7 @@ const settings seed = {{"PADKIT_SIM_EYE_SEED", "7"}};
 std::string counted_memtest(const sim_board& b, const std::string& width) {
     const fs::path script = b.scratch / "memtest";
     std::ofstream(script) << "#!/bin/sh\necho >>" << (b.scratch / "runs").string() << "\nexec " PADKIT_SIM_EMULATOR
-                          << " " PADKIT_MEMTEST_SIM " --size 64K --bus-width " << width << "\n";
+                          << " " << PADKIT_MEMTEST_SIM << " --size 64K --bus-width " << width << "\n";
     fs::permissions(script, fs::perms::owner_all);
     return script.string();
 }

@@ -27,8 +27,10 @@ std::string svg_shows(const fs::path& path, const std::string& leave_out = "^$")
 }  // namespace
 
 // The chart and summary of the run, again from its CSV file and from its journal; the SVG from the CSV file as the
-// run drew it (the journal knows neither the host nor the date); JSON that parses.
+// run drew it (but for its title: the journal does not know the host); JSON that parses.
 TEST(PadkitTuneReport, ShowsWhatTheRunShowed) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     // clang-format off
     const struct { const char* name; strings args; std::string command; int status; } rows[] = {
         {"sweep of a lane, step 2", {"sweep", "--step", "2", dq, "-9", "9"},
@@ -66,6 +68,8 @@ TEST(PadkitTuneReport, ShowsWhatTheRunShowed) {
 // Per line the edges, width, centre, original and margins; an edge the range cut and a line without a window
 // flagged. Member 0 never passes, member 1 from -1 up, the others -2..+2.
 TEST(PadkitTuneReport, JsonHoldsTheEdgesOfEveryLine) {
+    if (lacks(PYTHON3))
+        GTEST_SKIP() << "needs python3";
     tune_board b;
     const result run = b.run(campaign(b, {"sweep", dq, "-3", "3"},
                                       "v=$PADKIT_SWEEP_VALUE; case $PADKIT_SWEEP_NAME in *0) false;; "

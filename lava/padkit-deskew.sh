@@ -136,6 +136,9 @@ report_lines() {
         }'
 }
 
+case $MIN_MARGIN in
+'' | *[!0-9]*) fail deskew-campaign "MIN_MARGIN: a number of delay steps, not '$MIN_MARGIN'" ;;
+esac
 for program in padkit-tune "${TEST_COMMAND%% *}"; do
     command -v "$program" >/dev/null ||
         fail "$program" "$program: not found on this board; its image needs padkit-tune and padkit-memtest"

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -31,6 +32,24 @@ edge_line line_of(const sweep_row& row, const value_axis& axis) {
     return line;
 }
 
+// The numbers of a line in the table's order.
+std::vector<std::optional<long long>> numbers_of(const edge_line& line) {
+    return {line.lower,    line.upper,        line.width,       line.centre,
+            line.original, line.margin_below, line.margin_above};
+}
+
+std::string flags_of(const edge_line& line) {
+    std::string flags;
+    for (const auto& [set, text] : {std::pair{line.no_window, "no window"},
+                                    std::pair{line.lower_not_found, "lower edge cut by the range"},
+                                    std::pair{line.upper_not_found, "upper edge cut by the range"}})
+        if (set)
+            flags += (flags.empty() ? "" : "; ") + std::string(text);
+    return flags;
+}
+
+const char* const columns[] = {"lower", "upper", "width", "centre", "original", "below", "above"};
+
 }  // namespace
 
 edge_table edge_table_of(const std::string& name, const sweep_results& results) {
@@ -38,4 +57,46 @@ edge_table edge_table_of(const std::string& name, const sweep_results& results) 
     for (const sweep_row& row : results.rows)
         table.lines.push_back(line_of(row, results.axis));
     return table;
+}
+
+void print_edge_table(std::FILE* out, const edge_table& table) {
+    std::fprintf(out, "%s, in %s:\n", table.name.c_str(), table.unit.c_str());
+    const auto lane_of = [](const std::string& line) {
+        const std::string::size_type colons = line.find("::");
+        return colons == std::string::npos ? std::string() : line.substr(0, colons + 2);
+    };
+    int width = 8;
+    for (const edge_line& line : table.lines) {
+        const std::size_t lane = lane_of(line.line).size();
+        width = std::max(
+            {width, static_cast<int>(lane), static_cast<int>(line.line.size() - lane) + 2});
+    }
+    std::string lane;
+    for (const edge_line& line : table.lines) {
+        if (lane_of(line.line) != lane || &line == &table.lines.front()) {
+            lane = lane_of(line.line);
+            std::fprintf(out, "  %-*s", width, lane.c_str());
+            for (const char* column : columns)
+                std::fprintf(out, " %8s", column);
+            std::fputc('\n', out);
+        }
+        std::fprintf(out, "    %-*s", width - 2, line.line.substr(lane.size()).c_str());
+        for (const std::optional<long long>& number : numbers_of(line))
+            std::fprintf(out, " %8s", number ? std::to_string(*number).c_str() : "-");
+        const std::string flags = flags_of(line);
+        std::fprintf(out, "%s%s\n", flags.empty() ? "" : "  ", flags.c_str());
+    }
+}
+
+void print_edge_table_csv(std::FILE* out, const edge_table& table) {
+    std::fputs("line", out);
+    for (const char* column : columns)
+        std::fprintf(out, ",%s", column);
+    std::fputs(",flags\n", out);
+    for (const edge_line& line : table.lines) {
+        std::fputs(line.line.c_str(), out);
+        for (const std::optional<long long>& number : numbers_of(line))
+            std::fprintf(out, ",%s", number ? std::to_string(*number).c_str() : "");
+        std::fprintf(out, ",%s\n", flags_of(line).c_str());
+    }
 }

@@ -126,7 +126,8 @@ public:
     void print_csv_header(std::FILE* out) const override {
         facts header = about;
         header.push_back(values_fact(joined(given.whats), axis));
-        ::print_csv_header(out, header);
+        print_fact_lines(out, header);
+        std::fputs(deskew_csv_header, out);
     }
 
     void record(std::size_t, const std::vector<outcome>& results, std::FILE* csv) override {
@@ -200,7 +201,7 @@ public:
             print_fact_lines(out, {original_fact(member(rows[row]), originals[row])});
         print_summary_facts(out, stopped, summary());
         for (const edge_table& table : tables) {
-            print_fact_lines(out, {{"table", table.name + ", in " + table.unit}});
+            print_fact_lines(out, {{table_key, table.name + ", in " + table.unit}});
             print_edge_table_csv(out, table);
         }
     }

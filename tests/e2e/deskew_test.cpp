@@ -143,7 +143,7 @@ TEST(PadkitTuneDeskew, NoiseAtTheEdgesMovesThemAtMostAStepInward) {
 }
 
 // Killed at twenty points chosen at random and resumed with --retry-hang each time: the result of a campaign in one
-// go, each killed run once more and no other run repeated.
+// go, each killed run once more and no other run repeated; its journal and CSV file read back as the table it printed.
 TEST(PadkitTuneDeskew, KilledAnywhereAndResumedEndsAsInOneGo) {
     tune_board killed, whole;
     const strings what = {"tarnm-ddra-write0::dq", "tarnm-ddra-read2::dq"};
@@ -168,4 +168,13 @@ TEST(PadkitTuneDeskew, KilledAnywhereAndResumedEndsAsInOneGo) {
     EXPECT_EQ(settings_of(slurp(killed.scratch / "conf")), settings_of(slurp(whole.scratch / "conf")));
     EXPECT_EQ(results_of(slurp(killed.scratch / "csv")), results_of(slurp(whole.scratch / "csv")));
     EXPECT_EQ(runs_of(killed).first + runs_of(killed).second, runs + kills.size());
+    for (const char* file : {"j", "csv"})
+        EXPECT_EQ(killed.run({"report", (killed.scratch / file).string()}).out, got.out) << file;
+    const std::string json = (killed.scratch / "r.json").string();
+    std::ofstream(json) << killed.run({"report", "--json", (killed.scratch / "j").string()}).out;
+    const std::string keys =
+        "import json, sys; print(*(len([l for l in t['lines'] if l['width'] and l['margin_below'] "
+        "and l['margin_above']]) for t in json.load(sys.stdin)['tables']))";
+    EXPECT_EQ(std::system((PYTHON3 " -c \"" + keys + "\" <" + json + " >" + json + ".txt").c_str()), 0);
+    EXPECT_EQ(slurp(json + ".txt"), "9 8\n");
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -38,17 +39,29 @@ std::vector<std::optional<long long>> numbers_of(const edge_line& line) {
             line.original, line.margin_below, line.margin_above};
 }
 
-std::string flags_of(const edge_line& line) {
+// The flags of a line and their text.
+std::vector<std::pair<bool*, const char*>> flags_in(edge_line* line) {
+    return {{&line->no_window, "no window"},
+            {&line->lower_not_found, "lower edge cut by the range"},
+            {&line->upper_not_found, "upper edge cut by the range"}};
+}
+
+std::string flags_of(edge_line line) {
     std::string flags;
-    for (const auto& [set, text] : {std::pair{line.no_window, "no window"},
-                                    std::pair{line.lower_not_found, "lower edge cut by the range"},
-                                    std::pair{line.upper_not_found, "upper edge cut by the range"}})
-        if (set)
+    for (const auto& [set, text] : flags_in(&line))
+        if (*set)
             flags += (flags.empty() ? "" : "; ") + std::string(text);
     return flags;
 }
 
 const char* const columns[] = {"lower", "upper", "width", "centre", "original", "below", "above"};
+
+std::string csv_header() {
+    std::string header = "line";
+    for (const char* column : columns)
+        header += std::string(",") + column;
+    return header + ",flags";
+}
 
 }  // namespace
 
@@ -89,14 +102,43 @@ void print_edge_table(std::FILE* out, const edge_table& table) {
 }
 
 void print_edge_table_csv(std::FILE* out, const edge_table& table) {
-    std::fputs("line", out);
-    for (const char* column : columns)
-        std::fprintf(out, ",%s", column);
-    std::fputs(",flags\n", out);
+    std::fprintf(out, "%s\n", csv_header().c_str());
     for (const edge_line& line : table.lines) {
         std::fputs(line.line.c_str(), out);
         for (const std::optional<long long>& number : numbers_of(line))
             std::fprintf(out, ",%s", number ? std::to_string(*number).c_str() : "");
         std::fprintf(out, ",%s\n", flags_of(line).c_str());
     }
+}
+
+bool is_edge_table_header(const std::string& line) { return line == csv_header(); }
+
+bool parse_edge_line_csv(const std::string& text, edge_line* line, std::string* problem) {
+    std::vector<std::string> fields;
+    for (std::string::size_type start = 0; start != std::string::npos;) {
+        const std::string::size_type comma = text.find(',', start);
+        fields.push_back(text.substr(start, comma - start));
+        start = comma == std::string::npos ? comma : comma + 1;
+    }
+    *line = {};
+    std::optional<long long>* numbers[] = {&line->lower,       &line->upper,    &line->width,
+                                           &line->centre,      &line->original, &line->margin_below,
+                                           &line->margin_above};
+    if (fields.size() != std::size(numbers) + 2)
+        return *problem = "expected " + csv_header(), false;
+    line->line = fields.front();
+    for (std::size_t at = 0; at < std::size(numbers); ++at) {
+        const std::string& field = fields[at + 1];
+        char* end = nullptr;
+        if (!field.empty())
+            *numbers[at] = std::strtoll(field.c_str(), &end, 10);
+        if (!field.empty() && (*end || field.size() > 20))
+            return *problem = "'" + field + "' is not a number", false;
+    }
+    std::string flags = fields.back();
+    for (const auto& [set, flag] : flags_in(line))
+        *set = flags.find(flag) != std::string::npos;
+    if (flags_of(*line) != flags)
+        return *problem = "'" + flags + "' are not the flags of a line", false;
+    return true;
 }

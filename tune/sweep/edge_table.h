@@ -43,4 +43,9 @@ void print_edge_table(std::FILE* out, const edge_table& table);
 // what it lacks.
 void print_edge_table_csv(std::FILE* out, const edge_table& table);
 
+// Whether LINE is the CSV header line of a table.
+bool is_edge_table_header(const std::string& line);
+// A CSV line of a table read back; false, said why in *PROBLEM, when it is none.
+bool parse_edge_line_csv(const std::string& text, edge_line* line, std::string* problem);
+
 #endif

@@ -29,18 +29,6 @@ namespace {
 // Values apart of the coarse pass; a window at least half as wide is found.
 constexpr std::size_t coarse_stride = 8;
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
-// A member of a lane.
-struct row_at {
-    std::size_t plan, row;
-};
-
 // Lines searched together in the same runs.
 struct line_group {
     std::string name;               // "tarnm-ddra-read", or the line judged alone
@@ -61,7 +49,7 @@ std::string direction_of(const std::string& line) {
 
 class deskew final : public campaign_kind {
 public:
-    deskew(deskew_options options, std::vector<sweep_plan> lanes, std::vector<row_at> rows,
+    deskew(deskew_options options, std::vector<sweep_plan> lanes, std::vector<plan_row> rows,
            std::vector<line_group> groups)
         : campaign_kind("deskew", "point", "every DQ line restored"),
           given(std::move(options)),
@@ -73,12 +61,7 @@ public:
     }
 
     const test_options& options() const override { return given; }
-    std::vector<property*> properties() const override {
-        std::vector<property*> props;
-        for (const row_at& each : rows)
-            props.push_back(member(each));
-        return props;
-    }
+    std::vector<property*> properties() const override { return members_of(lanes, rows); }
     std::string description() const override {
         return "This deskews " + std::to_string(rows.size()) + " DQ lines of " +
                joined(given.whats) + " over " + axis.text(axis.values.front()) + ".." +
@@ -147,8 +130,14 @@ public:
         stopped = partial;
         found_lanes.clear();
         tables.clear();
+        centres.clear();
         if (partial)
             return;
+        for (std::size_t row = 0; row < rows.size(); ++row) {
+            const sweep_window window = window_of(row);
+            centres.push_back(window.count ? std::optional(window_centre(window, axis.values))
+                                           : std::nullopt);
+        }
         for (const sweep_plan& lane : lanes)
             found_lanes.push_back({axis, {}, lane.group, false});
         for (std::size_t row = 0; row < rows.size(); ++row)
@@ -171,22 +160,8 @@ public:
                     return false;
         return true;
     }
-    std::vector<setting> kept() const override {
-        std::vector<setting> settings;
-        for (std::size_t row = 0; row < rows.size(); ++row)
-            if (const std::optional<std::size_t> at = centre_of(row))
-                settings.push_back(
-                    {member(rows[row]), lanes[rows[row].plan].codes[rows[row].row][*at]});
-        return settings;
-    }
-    void report_kept() const override {
-        for (std::size_t row = 0; row < rows.size(); ++row)
-            if (const std::optional<std::size_t> at = centre_of(row))
-                report("%s: kept at the centre, %s", member(rows[row])->name.c_str(),
-                       value_with_setting(axis, *at,
-                                          lanes[rows[row].plan].settings[rows[row].row][*at])
-                           .c_str());
-    }
+    std::vector<setting> kept() const override { return centre_settings(lanes, rows, centres); }
+    void report_kept() const override { report_centres_kept(lanes, rows, centres); }
 
     void print_chart(std::FILE* out, std::size_t) const override {
         for (const edge_table& table : tables)
@@ -213,7 +188,7 @@ public:
     }
 
 private:
-    property* member(const row_at& where) const { return lanes[where.plan].rows[where.row]; }
+    property* member(const plan_row& where) const { return member_of(lanes, where); }
 
     // The group still searching; groups.size() once every one is done.
     std::size_t current() const {
@@ -226,7 +201,7 @@ private:
     // A row's window as the search found it, one interval: passing between
     // its edges, failing beyond. For the table and the profile, never drawn.
     sweep_row found_row(std::size_t row) const {
-        const row_at& where = rows[row];
+        const plan_row& where = rows[row];
         sweep_row found{member(where)->name,
                         std::vector<outcome>(axis.size(), outcome::fail),
                         lanes[where.plan].settings[where.row],
@@ -248,13 +223,6 @@ private:
                 return group.search.window(static_cast<std::size_t>(line - group.rows.begin()));
         }
         return {};
-    }
-
-    std::optional<std::size_t> centre_of(std::size_t row) const {
-        const sweep_window window = window_of(row);
-        if (stopped || window.count == 0)
-            return std::nullopt;
-        return window_centre(window, axis.values);
     }
 
     std::vector<std::string> summary() const {
@@ -284,15 +252,16 @@ private:
 
     const deskew_options given;
     const std::vector<sweep_plan> lanes;
-    const std::vector<row_at> rows;  // every lane's, in order
-    std::vector<line_group> groups;  // searched one after another
+    const std::vector<plan_row> rows;  // every lane's, in order
+    std::vector<line_group> groups;    // searched one after another
     const value_axis axis;
     const facts about;
     std::vector<long long> originals;  // per row
     std::size_t recorded = 0;          // points
     bool stopped = false;
-    std::vector<sweep_results> found_lanes;  // per lane, once concluded
-    std::vector<edge_table> tables;          // per controller and direction
+    std::vector<sweep_results> found_lanes;           // per lane, once concluded
+    std::vector<edge_table> tables;                   // per controller and direction
+    std::vector<std::optional<std::size_t>> centres;  // per row, of its window
 };
 
 // The lanes of a controller in one direction: CONTROLLER-readK::dq, K from 0.
@@ -334,7 +303,7 @@ bool lanes_named(const std::string& what, std::vector<std::string>* lanes) {
 
 // Groups of the lines with a data bit, one per controller and direction in
 // the order first named, then each line without one alone.
-bool plan_groups(const std::vector<sweep_plan>& lanes, const std::vector<row_at>& rows,
+bool plan_groups(const std::vector<sweep_plan>& lanes, const std::vector<plan_row>& rows,
                  const deskew_options& options, std::vector<line_group>* groups) {
     const std::size_t stride = options.full ? 1 : coarse_stride;
     const std::size_t values = lanes.front().axis.size();
@@ -385,7 +354,6 @@ sweep_request plan_deskew_campaign(int argc, char** argv, std::unique_ptr<campai
         if (!lanes_named(what, &names))
             return sweep_request::bad;
     std::vector<sweep_plan> lanes;
-    std::vector<row_at> rows;
     for (const std::string& name : names) {
         if (std::count(names.begin(), names.end(), name) > 1) {
             report("%s is named twice; nothing written", name.c_str());
@@ -395,9 +363,8 @@ sweep_request plan_deskew_campaign(int argc, char** argv, std::unique_ptr<campai
         range.name = name;
         if (!plan_sweep(range, &lanes.emplace_back()))
             return sweep_request::bad;
-        for (std::size_t row = 0; row < lanes.back().rows.size(); ++row)
-            rows.push_back({lanes.size() - 1, row});
     }
+    std::vector<plan_row> rows = rows_of(lanes);
     std::vector<line_group> groups;
     if (!plan_groups(lanes, rows, options, &groups))
         return sweep_request::bad;

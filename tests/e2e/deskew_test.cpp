@@ -49,11 +49,6 @@ strings deskew(const sim_board& b, strings options, const strings& what) {
     return options;
 }
 
-// A profile without its two header lines, which name the command line and the time.
-std::string settings_of(const std::string& profile) {
-    return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
-}
-
 // The table rows of a CSV file by line: lower and upper edge.
 std::map<std::string, std::pair<int, int>> edges_in(const std::string& csv) {
     std::istringstream in(csv.substr(csv.find("\nline,lower,")));
@@ -66,16 +61,6 @@ std::map<std::string, std::pair<int, int>> edges_in(const std::string& csv) {
             edges[name] = {std::stoi(lower), std::stoi(upper)};
     }
     return edges;
-}
-
-// A CSV file without the facts that differ between two runs of one campaign: when and with which command.
-std::string results_of(const std::string& csv) {
-    std::istringstream in(csv);
-    std::string kept;
-    for (std::string line; std::getline(in, line);)
-        if (line.rfind("# date: ", 0) != 0 && line.rfind("# test: ", 0) != 0)
-            kept += line + "\n";
-    return kept;
 }
 
 using namespace tune_status;

@@ -10,7 +10,7 @@ _padkit_tune()
     local cur=${COMP_WORDS[COMP_CWORD]} prog=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo resume merge report trial bless -h --help --version" -- "$cur")
+        mapfile -t COMPREPLY < <(compgen -W "dump diff apply sweep shmoo deskew resume merge report trial bless -h --help --version" -- "$cur")
         return
     fi
     if [[ $command == merge ]]; then
@@ -20,7 +20,7 @@ _padkit_tune()
         esac
         return
     fi
-    if [[ $command == sweep || $command == shmoo ]]; then
+    if [[ $command == sweep || $command == shmoo || $command == deskew ]]; then
         local i prev=${COMP_WORDS[COMP_CWORD - 1]}
         # After "--" comes the test command: its name, then its own words.
         for ((i = 2; i < COMP_CWORD; i++)); do
@@ -52,6 +52,19 @@ _padkit_tune()
         shmoo:-*)
             mapfile -t COMPREPLY < <(compgen -W "-y --xstep --ystep --weigh --runs --timeout --keep --csv --svg
                 --profile --journal --watchdog --log --" -- "$cur") ;;
+        deskew:-*)
+            mapfile -t COMPREPLY < <(compgen -W "-y --full --runs --timeout --keep --csv --profile --journal
+                --watchdog --log --bits --" -- "$cur") ;;
+        deskew:*)
+            # Controllers, their lanes and all, from the listing's lanes.
+            local line=${COMP_LINE:0:COMP_POINT} word
+            word=${line##*[[:space:]]}
+            mapfile -t COMPREPLY < <(compgen -W "all $(timeout 5 "${prog/padkit-tune/padkit}" -l 2>/dev/null |
+                sed -n -e h -e "s/^\t\([^ ]*::dq\) :.*/\1/p" -e g -e "s/^\t\([^ ]*\)-read0::dq :.*/\1/p")" -- "$word")
+            if [[ $word == *:* && $COMP_WORDBREAKS == *:* ]]; then
+                COMPREPLY=("${COMPREPLY[@]#"${word%"${word##*:}"}"}")
+            fi
+            ;;
         resume:-*) mapfile -t COMPREPLY < <(compgen -W "--restore --retry-hang" -- "$cur") ;;
         dump:* | sweep:* | shmoo:*)
             # The words of a name as readline splits them at its colons. The

@@ -20,6 +20,7 @@ struct kind_row {
 const kind_row kinds[] = {
     {"sweep", plan_sweep_campaign},
     {"shmoo", plan_shmoo_campaign},
+    {"deskew", plan_deskew_campaign},
 };
 // clang-format on
 

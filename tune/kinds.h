@@ -18,6 +18,7 @@ using kind_planner = sweep_request (*)(int argc, char** argv, std::unique_ptr<ca
 
 sweep_request plan_sweep_campaign(int argc, char** argv, std::unique_ptr<campaign_kind>* kind);
 sweep_request plan_shmoo_campaign(int argc, char** argv, std::unique_ptr<campaign_kind>* kind);
+sweep_request plan_deskew_campaign(int argc, char** argv, std::unique_ptr<campaign_kind>* kind);
 
 // The planned kind of the campaign that a journal's command words started
 // (a kind_of_journal for resume_campaign); none, said why, when they name no

@@ -85,7 +85,11 @@ given_facts split_facts(const facts& all, read_back* out) {
             given.originals[value.substr(0, equals)] = value.substr(equals + 3);
         } else if (key == partial_key) {
             out->partial = true;
-        } else if (key != "summary") {
+        } else if (key == "summary") {
+            // A sweep's is worked out again from its rows.
+            if (out->kind == "deskew")
+                out->summary.push_back(value);
+        } else if (key != table_key) {
             out->about.emplace_back(key, value);
         }
     }
@@ -205,10 +209,32 @@ bool grid_of(const csv_rows& rows, const given_facts& given, const std::string& 
     return true;
 }
 
+// A deskew's line: a row of what was run, or a table's header or line, its
+// name in the table fact before it.
+bool take_deskew_line(const std::string& line, const facts& all, std::vector<edge_table>* tables,
+                      std::string* problem) {
+    if (is_edge_table_header(line)) {
+        const std::string named =
+            all.empty() || all.back().first != table_key ? "" : all.back().second;
+        const std::string::size_type in = named.rfind(", in ");
+        if (in == std::string::npos)
+            return *problem = std::string("a table without its \"# ") + table_key + ": \" line",
+                   false;
+        tables->push_back({named.substr(0, in), named.substr(in + 5), {}});
+        return true;
+    }
+    std::vector<std::string> fields;
+    if (tables->empty())
+        return csv_fields(line, 3, "LINE,VALUE,RESULT", &fields, problem);
+    return parse_edge_line_csv(line, &tables->back().lines.emplace_back(), problem);
+}
+
 bool results_of(const csv_rows& rows, const facts& all, const std::string& path, read_back* out) {
     const given_facts given = split_facts(all, out);
     if (out->kind == "shmoo")
         return grid_of(rows, given, path, out);
+    if (out->kind == "deskew")
+        return true;
     const std::vector<std::string>& names = rows.cells.names;
     if (out->kind == "sweep") {
         out->sweeps.emplace_back();
@@ -233,17 +259,21 @@ bool read_csv_text(const std::string& text, const std::string& path, read_back* 
                 out->kind = line == "name,value,result"                         ? "sweep"
                             : line == "name,value,boards_passing,boards,result" ? "merge"
                             : line == "x_name,x_value,y_name,y_value,result"    ? "shmoo"
+                            : line + "\n" == deskew_csv_header                  ? "deskew"
                                                                                 : "";
-                *problem = "expected the header of a sweep's, a shmoo's or a merge's CSV file";
+                *problem =
+                    "expected the header of a sweep's, a shmoo's, a merge's or a deskew's "
+                    "CSV file";
                 return !out->kind.empty();
             }
-            return out->kind == "sweep"   ? take_sweep_row(line, &rows.cells, problem)
-                   : out->kind == "merge" ? take_merge_row(line, &rows, problem)
-                                          : take_grid_row(line, &rows, problem);
+            return out->kind == "sweep"    ? take_sweep_row(line, &rows.cells, problem)
+                   : out->kind == "merge"  ? take_merge_row(line, &rows, problem)
+                   : out->kind == "deskew" ? take_deskew_line(line, all, &out->tables, problem)
+                                           : take_grid_row(line, &rows, problem);
         });
     if (!read)
         return false;
-    if (rows.cells.names.empty() && rows.points.empty()) {
+    if (rows.cells.names.empty() && rows.points.empty() && out->tables.empty()) {
         report("%s: no measured value", path.c_str());
         return false;
     }

@@ -8,12 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "tune/sweep/edge_table.h"
 #include "tune/sweep/facts.h"
 #include "tune/sweep/grid.h"
 #include "tune/sweep/window.h"
 
 struct read_back {
-    std::string kind;  // "sweep", "shmoo" or "merge"
+    std::string kind;  // "sweep", "shmoo", "merge" or "deskew"
     facts about;       // what the run says of itself, as its pictures show it
     bool partial = false;
     // A sweep's results; a merge's, a section per property, each with one
@@ -21,6 +22,9 @@ struct read_back {
     std::vector<sweep_results> sweeps;
     std::optional<grid_results> grid;  // a shmoo's
     std::optional<safest_point> safest;
+    // A deskew's tables of edges and the lines of its summary, as it wrote them.
+    std::vector<edge_table> tables;
+    std::vector<std::string> summary;
 };
 
 // Reads the file at PATH; says what is wrong with it, as FILE:LINE where it can.

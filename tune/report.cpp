@@ -8,6 +8,7 @@
 #include <string>
 
 #include "runtime/exit_status.h"
+#include "runtime/report.h"
 #include "tune/commands.h"
 #include "tune/read_back.h"
 #include "tune/report_json.h"
@@ -35,6 +36,10 @@ void print_text(const read_back& got) {
         std::printf("%s", &results == &got.sweeps.front() ? "" : "\n");
         print_chart(stdout, results, columns);
     }
+    for (const edge_table& table : got.tables)
+        print_edge_table(stdout, table);
+    for (const std::string& line : got.summary)
+        std::printf("%s\n", line.c_str());
 }
 
 void print_picture(const read_back& got) {
@@ -46,7 +51,7 @@ void print_picture(const read_back& got) {
 }
 
 void print_json(const read_back& got) {
-    report_document document{got.kind, got.about, got.partial, {}, nullptr, got.safest};
+    report_document document{got.kind, got.about, got.partial, got.tables, nullptr, got.safest};
     if (got.grid)
         document.grid = &*got.grid;
     for (const sweep_results& results : got.sweeps)
@@ -77,9 +82,14 @@ int report_command(int argc, char** argv) {
     }
     if (argc - optind != 1)
         return usage_error("report needs one FILE: a CSV file or a journal");
+    const std::string path = argv[optind];
     read_back got;
-    if (!read_back_file(argv[optind], &got))
+    if (!read_back_file(path, &got))
         return tune_status::bad_input;
+    if (got.kind == "deskew" && print == print_picture) {
+        report("%s: a deskew draws no picture, its values are not all measured", path.c_str());
+        return tune_status::bad_input;
+    }
     print(got);
     return tune_status::ok;
 }

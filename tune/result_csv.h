@@ -24,6 +24,10 @@
 // the rows write them, and "# original: NAME = VALUE", the value before the
 // campaign as profiles write it, a DQ delay's delay beside it.
 fact values_fact(const std::string& name, const value_axis& axis);
+// A deskew's file: its rows, each line at a value it was run at, then per
+// table of edges "# table: NAME, in UNIT" and the table (edge_table.h).
+constexpr const char* deskew_csv_header = "line,value,result\n";
+constexpr const char* table_key = "table";
 fact original_fact(property* prop, long long code);
 
 // Reads the file at PATH whole, with its identity; a file far beyond the CSV

@@ -21,18 +21,6 @@
 
 namespace {
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
-// A row of the sweep: a member of one of the NAMEs.
-struct row_at {
-    std::size_t plan, row;
-};
-
 // Row by row, each over the axis and put back before the next, or with
 // --parallel every row at once, a value at a time; a row's window is the
 // widest run of passing values.
@@ -44,24 +32,18 @@ public:
           plans(std::move(plans)),
           bits(std::move(bits)),
           axis(this->plans.front().axis),
-          about(run_facts("sweep", joined(given.names) + " " + axis.swept_text(), given.command)) {
-        for (std::size_t plan = 0; plan < this->plans.size(); ++plan) {
-            for (std::size_t row = 0; row < this->plans[plan].rows.size(); ++row)
-                rows.push_back({plan, row});
+          about(run_facts("sweep", joined(given.names) + " " + axis.swept_text(), given.command)),
+          rows(rows_of(this->plans)) {
+        for (const sweep_plan& plan : this->plans) {
             results.emplace_back();
             results.back().axis = axis;
-            results.back().group = this->plans[plan].group;
+            results.back().group = plan.group;
         }
         at_once = given.parallel ? rows.size() : 1;
     }
 
     const test_options& options() const override { return given; }
-    std::vector<property*> properties() const override {
-        std::vector<property*> props;
-        for (const row_at& each : rows)
-            props.push_back(member(each));
-        return props;
-    }
+    std::vector<property*> properties() const override { return members_of(plans, rows); }
     std::string description() const override {
         return "This sweeps " + joined(given.names) + (given.parallel ? " in parallel" : "") +
                " over " + axis.text(axis.values.front()) + ".." + axis.text(axis.values.back()) +
@@ -102,7 +84,7 @@ public:
     void record(std::size_t step, const std::vector<outcome>& outcomes, std::FILE* csv) override {
         const std::size_t first = step / axis.size() * at_once, at = step % axis.size();
         for (std::size_t row = first; row < first + at_once; ++row) {
-            const row_at& where = rows[row];
+            const plan_row& where = rows[row];
             const sweep_plan& plan = plans[where.plan];
             std::vector<sweep_row>& lane = results[where.plan].rows;
             if (at == 0) {
@@ -137,24 +119,8 @@ public:
             centres.begin(), centres.end(),
             [](const std::optional<std::size_t>& centre) { return centre.has_value(); });
     }
-    std::vector<setting> kept() const override {
-        std::vector<setting> settings;
-        for (std::size_t row = 0; row < centres.size(); ++row)
-            if (centres[row])
-                settings.push_back(
-                    {member(rows[row]), plan_of(rows[row]).codes[rows[row].row][*centres[row]]});
-        return settings;
-    }
-    void report_kept() const override {
-        for (std::size_t row = 0; row < centres.size(); ++row) {
-            if (!centres[row])
-                continue;
-            const std::size_t at = *centres[row];
-            report("%s: kept at the centre, %s", member(rows[row])->name.c_str(),
-                   value_with_setting(axis, at, plan_of(rows[row]).settings[rows[row].row][at])
-                       .c_str());
-        }
-    }
+    std::vector<setting> kept() const override { return centre_settings(plans, rows, centres); }
+    void report_kept() const override { report_centres_kept(plans, rows, centres); }
 
     void print_chart(std::FILE* out, std::size_t columns) const override {
         for (const sweep_results& lane : results)
@@ -182,15 +148,15 @@ public:
     }
 
 private:
-    property* member(const row_at& where) const { return plans[where.plan].rows[where.row]; }
-    const sweep_plan& plan_of(const row_at& where) const { return plans[where.plan]; }
+    property* member(const plan_row& where) const { return member_of(plans, where); }
+    const sweep_plan& plan_of(const plan_row& where) const { return plans[where.plan]; }
 
     const sweep_options given;
     const std::vector<sweep_plan> plans;  // one per NAME
     const bus_bits bits;                  // per row
     const value_axis axis;                // every plan's
     const facts about;
-    std::vector<row_at> rows;                         // every plan's, in order
+    const std::vector<plan_row> rows;                 // every plan's, in order
     std::size_t at_once = 1;                          // rows written together
     std::vector<long long> originals;                 // per row, the code before the sweep
     std::vector<sweep_results> results;               // per plan

@@ -191,6 +191,17 @@ sweep_request parse_words(int argc, char** argv, test_options& options,
     return sweep_request::run;
 }
 
+// A word that can only be a number, not a name.
+bool is_number(const std::string& word) {
+    const std::size_t digit = word.size() > 1 && (word[0] == '-' || word[0] == '+');
+    return digit < word.size() && std::isdigit(static_cast<unsigned char>(word[digit]));
+}
+
+// --bits FILE, as sweep and deskew take it.
+own_option bits_option(std::string* path) {
+    return {"bits", [path](const char* arg) { return take_file_name("--bits", arg, path); }};
+}
+
 // NAME FROM TO at FIRST of the operands.
 bool parse_range(const std::vector<std::string>& operands, std::size_t first, swept_range* range) {
     range->name = operands[first];
@@ -212,8 +223,7 @@ sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options)
         argc, argv, options,
         {step_option("step", &options.step),
          {"parallel", [&](const char*) { return options.parallel = true; }, no_argument},
-         {"bits",
-          [&](const char* arg) { return take_file_name("--bits", arg, &options.bits_path); }}},
+         bits_option(&options.bits_path)},
         {"NAME", "FROM", "TO"}, &operands, &options.parallel);
     if (request != sweep_request::run)
         return request;
@@ -236,4 +246,26 @@ sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options)
     return parse_range(operands, 0, &options.x) && parse_range(operands, 3, &options.y)
                ? sweep_request::run
                : sweep_request::bad;
+}
+
+sweep_request parse_deskew_options(int argc, char** argv, deskew_options& options) {
+    options.runs = 2;
+    options.range.from = -63;
+    options.range.to = 63;
+    const bool many = true;
+    const sweep_request request =
+        parse_words(argc, argv, options,
+                    {{"full", [&](const char*) { return options.full = true; }, no_argument},
+                     bits_option(&options.bits_path)},
+                    {"WHAT"}, &options.whats, &many);
+    if (request != sweep_request::run)
+        return request;
+    const std::size_t count = options.whats.size();
+    if (count < 3 || !is_number(options.whats[count - 2]) || !is_number(options.whats[count - 1]))
+        return sweep_request::run;
+    if (!parse_value("FROM", options.whats[count - 2], &options.range.from) ||
+        !parse_value("TO", options.whats[count - 1], &options.range.to))
+        return sweep_request::bad;
+    options.whats.resize(count - 2);
+    return sweep_request::run;
 }

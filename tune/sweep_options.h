@@ -36,6 +36,13 @@ bool parse_signed_value(const std::string& text, long long* out, std::string* pr
 // the usage, since an unset variable would drop the file without a word.
 bool take_file_name(const char* option, const char* value, std::string* path);
 
+struct deskew_options : test_options {
+    std::vector<std::string> whats;  // WHAT...: controllers, lanes, or all
+    swept_range range;               // FROM TO, the DQ axis by default
+    bool full = false;               // --full: the coarse pass visits every value
+    std::string bits_path;           // --bits, as sweep's
+};
+
 enum class sweep_request { run, help, bad };
 
 // Read the subcommand's words (argv[0] is the subcommand's name): options,
@@ -44,5 +51,7 @@ enum class sweep_request { run, help, bad };
 // usage, on standard error.
 sweep_request parse_sweep_options(int argc, char** argv, sweep_options& options);
 sweep_request parse_shmoo_options(int argc, char** argv, shmoo_options& options);
+// WHAT... [FROM TO], --runs 2 unless given.
+sweep_request parse_deskew_options(int argc, char** argv, deskew_options& options);
 
 #endif

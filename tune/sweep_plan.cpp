@@ -8,6 +8,7 @@
 #include <string>
 
 #include "runtime/report.h"
+#include "tune/sweep/chart.h"
 
 namespace {
 
@@ -145,4 +146,48 @@ bool plan_sweep(const swept_range& options, sweep_plan* plan) {
     for (property* row : plan->rows)
         good = row_codes(row, plan->axis, plan) && good;
     return good;
+}
+
+std::vector<plan_row> rows_of(const std::vector<sweep_plan>& plans) {
+    std::vector<plan_row> rows;
+    for (std::size_t plan = 0; plan < plans.size(); ++plan)
+        for (std::size_t row = 0; row < plans[plan].rows.size(); ++row)
+            rows.push_back({plan, row});
+    return rows;
+}
+
+property* member_of(const std::vector<sweep_plan>& plans, const plan_row& at) {
+    return plans[at.plan].rows[at.row];
+}
+
+std::vector<property*> members_of(const std::vector<sweep_plan>& plans,
+                                  const std::vector<plan_row>& rows) {
+    std::vector<property*> members;
+    for (const plan_row& at : rows)
+        members.push_back(member_of(plans, at));
+    return members;
+}
+
+std::vector<setting> centre_settings(const std::vector<sweep_plan>& plans,
+                                     const std::vector<plan_row>& rows,
+                                     const std::vector<std::optional<std::size_t>>& centres) {
+    std::vector<setting> settings;
+    for (std::size_t row = 0; row < centres.size(); ++row)
+        if (centres[row])
+            settings.push_back({member_of(plans, rows[row]),
+                                plans[rows[row].plan].codes[rows[row].row][*centres[row]]});
+    return settings;
+}
+
+void report_centres_kept(const std::vector<sweep_plan>& plans, const std::vector<plan_row>& rows,
+                         const std::vector<std::optional<std::size_t>>& centres) {
+    for (std::size_t row = 0; row < centres.size(); ++row) {
+        if (!centres[row])
+            continue;
+        const sweep_plan& plan = plans[rows[row].plan];
+        report("%s: kept at the centre, %s", member_of(plans, rows[row])->name.c_str(),
+               value_with_setting(plan.axis, *centres[row],
+                                  plan.settings[rows[row].row][*centres[row]])
+                   .c_str());
+    }
 }

@@ -4,10 +4,12 @@
 #define PADKIT_SWEEP_PLAN_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "properties/property.h"
+#include "tune/board/board_io.h"
 #include "tune/sweep/axis.h"
 #include "tune/sweep_options.h"
 
@@ -41,5 +43,24 @@ void axis_settings(const value_domain& domain, const value_axis& axis,
 // value's code is checked against every row's domain, without touching the
 // board. On failure says why and returns false.
 bool plan_sweep(const swept_range& options, sweep_plan* plan);
+
+// A row of one of several plans, all on one axis.
+struct plan_row {
+    std::size_t plan, row;
+};
+
+// Every row of PLANS, plan after plan.
+std::vector<plan_row> rows_of(const std::vector<sweep_plan>& plans);
+property* member_of(const std::vector<sweep_plan>& plans, const plan_row& at);
+std::vector<property*> members_of(const std::vector<sweep_plan>& plans,
+                                  const std::vector<plan_row>& rows);
+
+// Per row, the position of its centre on the axis, where it has one: the
+// settings --keep centre writes, and the messages that say so.
+std::vector<setting> centre_settings(const std::vector<sweep_plan>& plans,
+                                     const std::vector<plan_row>& rows,
+                                     const std::vector<std::optional<std::size_t>>& centres);
+void report_centres_kept(const std::vector<sweep_plan>& plans, const std::vector<plan_row>& rows,
+                         const std::vector<std::optional<std::size_t>>& centres);
 
 #endif

@@ -49,6 +49,12 @@ const subcommand subcommands[] = {
      "      [--journal FILE [--watchdog DEVICE]] [--log DIR]\n"
      "      X XFROM XTO Y YFROM YTO -- COMMAND [ARG ...]",
      campaign_command},
+    {"deskew",
+     "deskew [-y] [--full] [--runs K] [--timeout SEC] [--keep original|centre]\n"
+     "       [--csv FILE] [--profile FILE] [--bits FILE]\n"
+     "       [--journal FILE [--watchdog DEVICE]] [--log DIR]\n"
+     "       CONTROLLER|LANE|all ... [FROM TO] -- COMMAND [ARG ...]",
+     campaign_command},
     {"resume", "resume [--restore | --retry-hang] FILE", resume_command},
     {"trial",
      "trial [--tries N] [--now] FILE\n"

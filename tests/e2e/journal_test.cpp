@@ -30,16 +30,6 @@ std::multiset<std::string> lines_of(const std::string& text) {
     return lines;
 }
 
-// A CSV file without the facts that differ between two runs of one sweep: when and with which command.
-std::string results_of(const std::string& csv) {
-    std::istringstream in(csv);
-    std::string kept;
-    for (std::string line; std::getline(in, line);)
-        if (line.rfind("# date: ", 0) != 0 && line.rfind("# test: ", 0) != 0)
-            kept += line + "\n";
-    return kept;
-}
-
 // What a picture draws, read back by svg_shows.py, without its title and legend.
 std::string drawn(const fs::path& svg) {
     std::system((SVG_SHOWS " " + svg.string() + " | grep -v -e ^title -e ^legend >" + svg.string() + ".txt").c_str());
@@ -53,11 +43,6 @@ strings run_words(const sim_board& b, strings words, const std::string& point, c
                                "echo " + point + " >>" + (b.scratch / "runs").string() + "; [ " + point +
                                    " != " + kill + " ] || " + then + "; " + pass});
     return words;
-}
-
-// A profile without its two header lines, which name the command line and the time.
-std::string settings_of(const std::string& profile) {
-    return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
 }
 
 // The program run under strace with OPTIONS. LeakSanitizer refuses to run under ptrace; a sanitized build runs here

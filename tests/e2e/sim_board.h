@@ -53,6 +53,21 @@ inline std::string slurp(const fs::path& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// A CSV file without the facts that differ between two runs of one campaign: when and with which command.
+inline std::string results_of(const std::string& csv) {
+    std::istringstream in(csv);
+    std::string kept;
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind("# date: ", 0) != 0 && line.rfind("# test: ", 0) != 0)
+            kept += line + "\n";
+    return kept;
+}
+
+// A profile without its two header lines, which name the command line and the time.
+inline std::string settings_of(const std::string& profile) {
+    return profile.substr(profile.find('\n', profile.find('\n') + 1) + 1);
+}
+
 struct result {
     std::string out, err, trace;
     int status;

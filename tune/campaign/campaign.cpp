@@ -203,9 +203,11 @@ void campaign::measure(std::size_t step, const campaign_point& point) {
     const std::vector<setting> writes(point.settings.begin() + (in_place ? point.carried : 0),
                                       point.settings.end());
     in_place = true;
-    const point_result got =
-        measure_point(writes, point.journal, point.shown, options(), point.names, point.judged,
-                      failing_place, *stop, *progress, guard);
+    test_options runs = options();
+    if (point.runs)
+        runs.runs = point.runs;
+    const point_result got = measure_point(writes, point.journal, point.shown, runs, point.names,
+                                           point.judged, failing_place, *stop, *progress, guard);
     ended = got.what;
     stop_signal = got.signal;
     if (got.what == point_result::measured)

@@ -29,6 +29,7 @@ struct campaign_point {
     // What it wrote goes back to the originals once it is measured: the end
     // of a sweep's row.
     bool puts_back = false;
+    long long runs = 0;     // times the command runs; 0: as --runs says
     environment names;      // for the test command
     member_bits judged;     // its members' failing bits, when the command names them
     journal_point journal;  // what the journal's try record names

@@ -6,6 +6,7 @@
 #ifndef PADKIT_SWEEP_EDGE_TABLE_H
 #define PADKIT_SWEEP_EDGE_TABLE_H
 
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,5 +33,19 @@ struct edge_table {
 };
 
 edge_table edge_table_of(const std::string& name, const sweep_results& results);
+
+// The table as text: its name and unit, then lane by lane (a line's name up
+// to its "::") a heading and a row per line, labelled by the rest of its
+// name, "-" for what it lacks and its flags at the end.
+void print_edge_table(std::FILE* out, const edge_table& table);
+
+// The table in CSV: a header line, then a line per line, empty fields for
+// what it lacks.
+void print_edge_table_csv(std::FILE* out, const edge_table& table);
+
+// Whether LINE is the CSV header line of a table.
+bool is_edge_table_header(const std::string& line);
+// A CSV line of a table read back; false, said why in *PROBLEM, when it is none.
+bool parse_edge_line_csv(const std::string& text, edge_line* line, std::string* problem);
 
 #endif

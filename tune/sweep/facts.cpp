@@ -37,6 +37,13 @@ std::string host_name() {
 
 }  // namespace
 
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words)
+        text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
 std::string shell_words(const std::vector<std::string>& words) {
     std::string line;
     for (const std::string& word : words)

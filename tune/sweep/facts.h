@@ -16,6 +16,9 @@ using facts = std::vector<fact>;
 // The words as a shell would take them back, on one line.
 std::string shell_words(const std::vector<std::string>& words);
 
+// The words with a blank between each two, as they are.
+std::string joined(const std::vector<std::string>& words);
+
 // The time now, as "YYYY-MM-DD HH:MM:SS +ZZZZ".
 std::string local_time_text();
 
